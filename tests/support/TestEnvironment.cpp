@@ -1,0 +1,76 @@
+#include "TestEnvironment.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace curatool::test {
+
+namespace {
+
+std::string CreateRoot()
+{
+    const char* outer = std::getenv("CURATOOL_TEST_TMP");
+    std::string base = outer && *outer ? outer : "/tmp";
+    std::string pattern = base + "/curatool-test-XXXXXX";
+    if (!mkdtemp(pattern.data()))
+        std::abort();
+    for (const char* sub : {"home", "home/.config", "tmp", "root", "runtime"})
+        fs::create_directories(pattern + "/" + sub);
+    fs::permissions(pattern + "/runtime", fs::perms::owner_all, fs::perm_options::replace);
+    setenv("XDG_RUNTIME_DIR", (pattern + "/runtime").c_str(), 1);
+    setenv("HOME", (pattern + "/home").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (pattern + "/home/.config").c_str(), 1);
+    setenv("TMPDIR", (pattern + "/tmp").c_str(), 1);
+    setenv("CURATOOL_ROOT", (pattern + "/root").c_str(), 1);
+    return pattern;
+}
+
+}  // namespace
+
+const std::string& ScratchRoot()
+{
+    static const std::string root = CreateRoot();
+    return root;
+}
+
+std::string MakeScratchDir(const std::string& name)
+{
+    static int counter = 0;
+    fs::path dir = fs::path(ScratchRoot()) / "work" / (name + "-" + std::to_string(++counter));
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    return dir.string();
+}
+
+bool WriteFile(const std::string& path, const std::string& bytes)
+{
+    std::error_code ec;
+    fs::path p(path);
+    if (p.has_parent_path())
+        fs::create_directories(p.parent_path(), ec);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << bytes;
+    return bool(out);
+}
+
+std::string ReadFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+bool Exists(const std::string& path)
+{
+    std::error_code ec;
+    return fs::exists(fs::symlink_status(path, ec));
+}
+
+}  // namespace curatool::test

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace curatool::test {
+
+// Every test process runs inside its own scratch tree: HOME, XDG_CONFIG_HOME, TMPDIR and
+// CURATOOL_ROOT all point below it, so nothing a test does reaches the real system.
+const std::string& ScratchRoot();
+
+// A fresh, empty folder below the scratch root.
+std::string MakeScratchDir(const std::string& name);
+
+// Writes bytes to a file, creating parent folders; returns false on failure.
+bool WriteFile(const std::string& path, const std::string& bytes);
+
+// Reads a whole file; empty when it cannot be read.
+std::string ReadFile(const std::string& path);
+
+bool Exists(const std::string& path);
+
+}  // namespace curatool::test
