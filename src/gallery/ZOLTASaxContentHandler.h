@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ZOLTASaxAttributes.h"
+#include "ZOLTASaxString.h"
+#include "ZoltaResult.h"
+
+#include <cstdint>
+
+// Base of every reader of gallery documents. The parser calls these in document order; a
+// non-zero result from any of them stops the parse and becomes the parse's result.
+// `position` and `length` are the parser's byte position and the size of the whole buffer,
+// so position / length is the share of the work done.
+class ZOLTASaxContentHandler
+{
+public:
+    virtual ~ZOLTASaxContentHandler();
+
+    virtual HRESULT StartDocument();
+    virtual HRESULT EndDocument();
+
+    // `text` is the run of text directly behind the start tag (invalid when there is none
+    // or it is white space only); text after a child's end tag is never reported.
+    virtual HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+                                 const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
+                                 const ZOLTASaxString& text, std::uint32_t position,
+                                 std::uint32_t length);
+
+    // At an end tag only `qName` is fresh: `prefix` is empty and `localName` still names the
+    // last start tag.
+    virtual HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+                               const ZOLTASaxString& qName, std::uint32_t position,
+                               std::uint32_t length);
+
+    // Kept for the shape of the interface; the parser never calls it.
+    virtual HRESULT UnusedEvent();
+};
