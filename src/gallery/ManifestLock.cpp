@@ -1,0 +1,7 @@
+#include "ManifestLock.h"
+
+std::recursive_mutex& GetManifestLock()
+{
+    static std::recursive_mutex lock;
+    return lock;
+}
