@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <set>
 #include <cstdlib>
 #include <dirent.h>
 #include <string>

@@ -1,0 +1,248 @@
+#include "CLinuxGUILangSettings.h"
+#include "CSettingsStore.h"
+#include "CZOLTALanguageSettingsCache.h"
+#include "LanguageSettings.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QTranslator>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using curatool::test::MakeScratchDir;
+using curatool::test::WriteFile;
+
+const CAtlString kLanguageSection(L"Software\\ZOLTA Technologies Inc.\\Language");
+
+std::string U(const CAtlString& text)
+{
+    return text.ToQString().toStdString();
+}
+
+std::string Home()
+{
+    return std::getenv("HOME");
+}
+
+std::string KdeGlobals()
+{
+    return Home() + "/.kde/share/config/kdeglobals";
+}
+
+// A child process (re-executed by the death-test machinery) reports through its exit code; it
+// clears its own scratch tree first, since it never returns to the test main.
+[[noreturn]] void ExitWith(bool passed)
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(curatool::test::ScratchRoot(), ignored);
+    _exit(passed ? 0 : 1);
+}
+
+class LanguageSettingsTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        unsetenv("KDE_FULL_SESSION");
+        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+            const char* value = std::getenv(name);
+            saved.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
+        }
+    }
+    void TearDown() override
+    {
+        unsetenv("KDE_FULL_SESSION");
+        std::filesystem::remove(KdeGlobals());
+        CSettingsStore::DeleteSection(true, kLanguageSection);
+        CZOLTALanguageSettingsCache::DestroyInstance();
+        for (const auto& [name, value] : saved) {
+            if (value)
+                setenv(name.c_str(), value->c_str(), 1);
+            else
+                unsetenv(name.c_str());
+        }
+    }
+    static void StoreLanguage(const wchar_t* language)
+    {
+        ASSERT_EQ(0, CSettingsStore::WriteString(true, kLanguageSection, L"LanguageID", language,
+                                                 L"com.zoltaworks.Registry"));
+    }
+    static void StartKdeSession(const std::string& languages)
+    {
+        ASSERT_TRUE(WriteFile(KdeGlobals(), "[General]\nwidgetStyle=Breeze\n\n[Locale]\nLanguage=" + languages + "\n"));
+        setenv("KDE_FULL_SESSION", "true", 1);
+    }
+    // The system locale is read once per process, so a locale is tried in a fresh child.
+    static void WithLocale(const char* locale)
+    {
+        setenv("LC_ALL", locale, 1);
+        unsetenv("LC_MESSAGES");
+    }
+    static std::string LanguageCode()
+    {
+        return U(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->GetLanguageCode());
+    }
+
+    std::vector<std::pair<std::string, std::optional<std::string>>> saved;
+};
+
+TEST(LanguageOfLocale, OnlyEnglishPortugueseChineseAndHindiKeepTheirRegion)
+{
+    EXPECT_EQ("en_CA", LanguageOfLocaleName("C").toStdString());
+    EXPECT_EQ("fr", LanguageOfLocaleName("fr_CA").toStdString());
+    EXPECT_EQ("de", LanguageOfLocaleName("de_DE").toStdString());
+    EXPECT_EQ("pt_BR", LanguageOfLocaleName("pt_BR").toStdString());
+    EXPECT_EQ("zh_TW", LanguageOfLocaleName("zh_TW").toStdString());
+    EXPECT_EQ("hi_IN", LanguageOfLocaleName("hi_IN").toStdString());
+    EXPECT_EQ("en_US", LanguageOfLocaleName("en_US").toStdString());
+    EXPECT_EQ("es", LanguageOfLocaleName("es").toStdString());
+    // Only the first part counts: "english" is not English.
+    EXPECT_EQ("eng", LanguageOfLocaleName("eng_XX").toStdString());
+}
+
+TEST_F(LanguageSettingsTest, SystemLanguageFollowsTheProcessLocale)
+{
+    WithLocale("fr_CA.UTF-8");
+    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "fr" && GetUILanguage(false) == "fr"), testing::ExitedWithCode(0),
+                "");
+    WithLocale("pt_BR.UTF-8");
+    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "pt_BR"), testing::ExitedWithCode(0), "");
+    WithLocale("C");
+    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "en_CA"), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(LanguageSettingsTest, AmericanEnglishBecomesCanadianOnlyThroughTheLanguageCode)
+{
+    WithLocale("en_US.UTF-8");
+    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "en_US" && LanguageCode() == "en_CA" &&
+                         GetUILanguage(true) == "en_CA" && GetUILanguage(false) == "en_US"),
+                testing::ExitedWithCode(0), "");
+}
+
+TEST_F(LanguageSettingsTest, StoredLanguageWinsOverKdeAndTheSystem)
+{
+    StartKdeSession("fr:en_US");
+    StoreLanguage(L"de");
+    EXPECT_EQ("de", LanguageCode());
+    EXPECT_EQ("de", GetUILanguage(true).toStdString());
+    EXPECT_TRUE(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->IsLanguageSet());
+
+    StoreLanguage(L"en_US");
+    EXPECT_EQ("en_CA", LanguageCode());
+}
+
+TEST_F(LanguageSettingsTest, KdeSessionGivesTheFirstOfItsLanguages)
+{
+    StartKdeSession("de:en_US");
+    EXPECT_EQ("de", LanguageCode());
+    EXPECT_EQ("de", GetKdeSessionLanguage().toStdString());
+    EXPECT_FALSE(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->IsLanguageSet());
+
+    StartKdeSession("en_US");
+    EXPECT_EQ("en_CA", LanguageCode());
+}
+
+TEST_F(LanguageSettingsTest, KdeIsAskedOnlyInAKdeSessionAndEmptinessFallsThrough)
+{
+    StartKdeSession("de:en_US");
+    unsetenv("KDE_FULL_SESSION");
+    EXPECT_EQ("", GetKdeSessionLanguage().toStdString());
+    const std::string system = GetSystemLanguage() == "en_US" ? "en_CA" : GetSystemLanguage().toStdString();
+    EXPECT_EQ(system, LanguageCode());
+
+    setenv("KDE_FULL_SESSION", "true", 1);
+    ASSERT_TRUE(WriteFile(KdeGlobals(), "[Locale]\nCountry=de\n"));
+    EXPECT_EQ(system, LanguageCode());
+    std::filesystem::remove(KdeGlobals());
+    EXPECT_EQ(system, LanguageCode());
+    StoreLanguage(L"");  // an empty stored value counts as none
+    EXPECT_EQ(system, LanguageCode());
+}
+
+TEST_F(LanguageSettingsTest, KdeFileIsFoundThroughHome)
+{
+    StartKdeSession("it");
+    const std::string home = Home();
+    const std::string elsewhere = MakeScratchDir("other-home");
+    setenv("HOME", elsewhere.c_str(), 1);
+    EXPECT_EQ("", GetKdeSessionLanguage().toStdString());
+    setenv("HOME", home.c_str(), 1);
+    EXPECT_EQ("it", GetKdeSessionLanguage().toStdString());
+}
+
+TEST_F(LanguageSettingsTest, TheCacheIsOneInstancePerApplicationKey)
+{
+    CZOLTALanguageSettingsCache* scrivent = CZOLTALanguageSettingsCache::GetInstance(L"Scrivent");
+    EXPECT_EQ(scrivent, CZOLTALanguageSettingsCache::GetInstance(CAtlString()));
+    EXPECT_EQ(scrivent, CZOLTALanguageSettingsCache::GetInstance(L"Scrivent"));
+    EXPECT_EQ("Software\\ZOLTA Technologies Inc.\\ZOLTA Tavolite Software\\Language",
+              U(scrivent->GetLanguageKey(L"TavoliteSW")));
+
+    CZOLTALanguageSettingsCache* tavolite = CZOLTALanguageSettingsCache::GetInstance(L"TavoliteSW");
+    EXPECT_NE(scrivent, tavolite);
+    EXPECT_EQ(tavolite, CZOLTALanguageSettingsCache::GetInstance(CAtlString()));
+    // The former instance is still alive for whoever holds it.
+    EXPECT_EQ("Scrivent", U(scrivent->GetApplication()));
+    EXPECT_EQ("Software\\ZOLTA Technologies Inc.\\ZOLTA Scrivent\\Language", U(scrivent->GetLanguageKey(L"Scrivent")));
+    delete scrivent;
+}
+
+TEST_F(LanguageSettingsTest, AskingForTheUiLanguageDropsTheCache)
+{
+    CZOLTALanguageSettingsCache::GetInstance(L"Scrivent");
+    StoreLanguage(L"nl");
+    EXPECT_EQ("nl", GetUILanguage(true).toStdString());
+    // A new instance is made for the empty key: the one for "Scrivent" is gone.
+    EXPECT_EQ("", U(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->GetApplication()));
+    EXPECT_EQ("", U(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->GetLanguageKey(L"Scrivent")));
+}
+
+TEST_F(LanguageSettingsTest, CatalogueIsOptionalForEnglishOnly)
+{
+    const QString directory = QString::fromStdString(MakeScratchDir("application"));
+    StoreLanguage(L"en_GB");
+    EXPECT_TRUE(LoadCatalogue(directory, "CuratoolId", true));
+    StoreLanguage(L"de");
+    EXPECT_FALSE(LoadCatalogue(directory, "CuratoolId", true));
+    EXPECT_FALSE(LoadCatalogue(directory, "", true));
+}
+
+TEST_F(LanguageSettingsTest, FoundCatalogueIsLoadedFromTheLanguagesFolder)
+{
+    const std::string directory = MakeScratchDir("application");
+    // The smallest catalogue the translator accepts: its magic number and nothing else.
+    const std::string magic = "\x3C\xB8\x64\x18\xCA\xEF\x9C\x95\xCD\x21\x1C\xBF\x60\xA1\xBD\xDD";
+    ASSERT_TRUE(WriteFile(directory + "/Languages/de/CuratoolId.qm", magic));
+    StoreLanguage(L"de");
+    EXPECT_TRUE(LoadCatalogue(QString::fromStdString(directory), "CuratoolId", true));
+    EXPECT_FALSE(LoadCatalogue(QString::fromStdString(directory), "OtherName", true));
+    StoreLanguage(L"fr");
+    EXPECT_FALSE(LoadCatalogue(QString::fromStdString(directory), "CuratoolId", true));
+}
+
+TEST(LinuxGUILangSettings, OneRecordForTheProcessThatStartsAsCanadianEnglish)
+{
+    CLinuxGUILangSettings* settings = CLinuxGUILangSettings::GetInstance();
+    EXPECT_EQ(settings, CLinuxGUILangSettings::GetInstance());
+    settings->Initialize();
+    EXPECT_EQ(0x1009, settings->GetLanguageId());
+    EXPECT_FALSE(settings->IsLanguageSet());
+    EXPECT_FALSE(settings->IsDefaultLanguage());
+    EXPECT_TRUE(settings->GetLanguageCode().IsEmpty());
+
+    CGenericGUILang generic;
+    IGUILang& fallback = generic;
+    EXPECT_EQ("en_CA", U(fallback.GetLanguageCode()));
+    EXPECT_TRUE(fallback.IsDefaultLanguage());
+}
+
+}  // namespace

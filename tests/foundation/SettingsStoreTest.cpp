@@ -1,0 +1,231 @@
+#include "CSettingsStore.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <QSettings>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+using curatool::test::Exists;
+using curatool::test::MakeScratchDir;
+using curatool::test::ReadFile;
+using curatool::test::WriteFile;
+
+const bool kUser = true;
+const bool kSystem = false;
+const CAtlString kStore(L"com.zoltaworks.Registry");
+
+std::string U(const CAtlString& text)
+{
+    return text.ToQString().toStdString();
+}
+
+std::string UserStoreFile()
+{
+    return std::string(std::getenv("XDG_CONFIG_HOME")) + "/" +
+           CSettingsStore::OrganizationName().toStdString() + "/" +
+           CSettingsStore::ApplicationName().toStdString() + ".conf";
+}
+
+// Every case works below its own section and leaves the store as it found it.
+class SettingsStoreTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        section = QStringLiteral("Software\\ZOLTA Technologies Inc.\\Test\\%1")
+                      .arg(QString::fromUtf8(testing::UnitTest::GetInstance()->current_test_info()->name()));
+        savedRoot = std::getenv("CURATOOL_ROOT");
+    }
+    void TearDown() override
+    {
+        setenv("CURATOOL_ROOT", savedRoot.c_str(), 1);
+        CSettingsStore::DeleteSection(kUser, section, kStore);
+        CSettingsStore::DeleteSection(kSystem, section, kStore);
+    }
+    // A root whose etc/xdg is a file: not even root can make the machine-wide store there.
+    void UseUnwritableSystemFolder()
+    {
+        const std::string root = MakeScratchDir("blocked-root");
+        ASSERT_TRUE(WriteFile(root + "/etc/xdg", "not a folder"));
+        setenv("CURATOOL_ROOT", root.c_str(), 1);
+    }
+
+    CAtlString section;
+    std::string savedRoot;
+};
+
+TEST(SettingsStorePaths, SectionsAreMappedToSlashedGroupsWithoutOuterSlashes)
+{
+    EXPECT_EQ("Software/ZOLTA Technologies Inc./Gallery/TeamContent/{G}",
+              CSettingsStore::MapSection("Software\\ZOLTA Technologies Inc.\\Gallery\\TeamContent\\{G}")
+                  .toStdString());
+    EXPECT_EQ("a/b", CSettingsStore::MapSection("\\\\a\\b\\/").toStdString());
+    EXPECT_EQ("a/b/Key", CSettingsStore::MapKey("/a/b/", "Key").toStdString());
+    EXPECT_EQ("", CSettingsStore::MapSection("\\/").toStdString());
+}
+
+TEST_F(SettingsStoreTest, BackslashAndSlashSectionsReachTheSameValue)
+{
+    CAtlString slashed = section.ToQString().replace('\\', '/') + "/";
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"ImsManifestXml", L"/g/imsmanifest.xml", kStore));
+    int status = -1;
+    EXPECT_EQ("/g/imsmanifest.xml",
+              U(CSettingsStore::ReadString(kUser, slashed, L"ImsManifestXml", L"", &status, kStore)));
+    EXPECT_EQ(0, status);
+    ASSERT_EQ(0, CSettingsStore::WriteInt(kUser, slashed, L"Enabled", 1, kStore));
+    EXPECT_EQ(1, CSettingsStore::ReadInt(kUser, section, L"Enabled", 0, &status, kStore));
+    EXPECT_EQ(0, status);
+}
+
+TEST_F(SettingsStoreTest, AbsentOrUnreadableValuesGiveTheDefaultAndStatusTwo)
+{
+    int status = -1;
+    EXPECT_EQ("fallback", U(CSettingsStore::ReadString(kUser, section, L"Missing", L"fallback", &status)));
+    EXPECT_EQ(2, status);
+    status = -1;
+    EXPECT_EQ(42, CSettingsStore::ReadInt(kUser, section, L"Missing", 42, &status));
+    EXPECT_EQ(2, status);
+
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"Text", L"not a number"));
+    EXPECT_EQ(7, CSettingsStore::ReadInt(kUser, section, L"Text", 7, &status));
+    EXPECT_EQ(2, status);
+    // An empty value is present, not absent.
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"Blank", L""));
+    EXPECT_EQ("", U(CSettingsStore::ReadString(kUser, section, L"Blank", L"fallback", &status)));
+    EXPECT_EQ(0, status);
+}
+
+TEST_F(SettingsStoreTest, ValuesRoundTripWithNonAsciiTextAndNegativeNumbers)
+{
+    const CAtlString text(QString::fromUtf8("C:/Galerías/日本語 – ü\\x"));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"AppPath", text));
+    ASSERT_EQ(0, CSettingsStore::WriteInt(kUser, section, L"Number", -12345));
+    EXPECT_EQ(text.ToQString(), CSettingsStore::ReadString(kUser, section, L"AppPath", L"").ToQString());
+    EXPECT_EQ(-12345, CSettingsStore::ReadInt(kUser, section, L"Number", 0));
+    // Written through to the user's own file at once.
+    QSettings direct(QString::fromStdString(UserStoreFile()), QSettings::NativeFormat);
+    EXPECT_EQ(text.ToQString(), direct.value(CSettingsStore::MapKey(section.ToQString(), "AppPath")).toString());
+}
+
+TEST_F(SettingsStoreTest, DeleteSectionTakesEverythingBelowIt)
+{
+    CAtlString child = section + L"\\Child";
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"A", L"1"));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, child, L"B", L"2"));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"Sibling", L"C", L"3"));
+    EXPECT_EQ(0, CSettingsStore::DeleteSection(kUser, section));
+    int status = 0;
+    CSettingsStore::ReadString(kUser, section, L"A", L"", &status);
+    EXPECT_EQ(2, status);
+    CSettingsStore::ReadString(kUser, child, L"B", L"", &status);
+    EXPECT_EQ(2, status);
+    // A section whose name merely starts the same is another section.
+    EXPECT_EQ("3", U(CSettingsStore::ReadString(kUser, section + L"Sibling", L"C", L"", &status)));
+    CSettingsStore::DeleteSection(kUser, section + L"Sibling");
+}
+
+TEST_F(SettingsStoreTest, ListSectionNamesChildSectionsAndValues)
+{
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"\\{GUID-1}", L"ImsManifestXml", L"a"));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"\\{GUID-2}\\Deeper", L"X", L"b"));
+    ASSERT_EQ(0, CSettingsStore::WriteInt(kUser, section, L"count", 2));
+
+    std::vector<CAtlString> names{CAtlString(L"kept")};
+    EXPECT_EQ(0, CSettingsStore::ListSection(kUser, section, names));
+    std::vector<std::string> texts;
+    for (const CAtlString& name : names)
+        texts.push_back(U(name));
+    std::sort(texts.begin() + 1, texts.end());
+    EXPECT_EQ((std::vector<std::string>{"kept", "count", "{GUID-1}", "{GUID-2}"}), texts);
+
+    std::vector<CAtlString> none;
+    EXPECT_EQ(2, CSettingsStore::ListSection(kUser, section + L"\\Nothing", none));
+    EXPECT_TRUE(none.empty());
+}
+
+TEST_F(SettingsStoreTest, StringArraysUseCountAndDecimalIndices)
+{
+    const QStringList arguments = {"--installsome", "-configuration", QString::fromUtf8("/médias/Ünïcode dir"),
+                                   "", "-verbose"};
+    ASSERT_EQ(0, CSettingsStore::WriteStringArray(kUser, section, arguments, kStore));
+    EXPECT_EQ(5, CSettingsStore::ReadInt(kUser, section, L"count", 0));
+    EXPECT_EQ("-verbose", U(CSettingsStore::ReadString(kUser, section, L"4", L"")));
+
+    QStringList read;
+    EXPECT_EQ(0, CSettingsStore::ReadStringArray(kUser, section, read, kStore));
+    EXPECT_EQ(arguments, read);
+
+    // A shorter list replaces the longer one completely.
+    ASSERT_EQ(0, CSettingsStore::WriteStringArray(kUser, section, {"only"}, kStore));
+    int status = 0;
+    CSettingsStore::ReadString(kUser, section, L"1", L"", &status);
+    EXPECT_EQ(2, status);
+}
+
+TEST_F(SettingsStoreTest, StringArrayReadingCopesWithGapsAndAbsence)
+{
+    QStringList read;
+    EXPECT_EQ(0, CSettingsStore::ReadStringArray(kUser, section, read));
+    EXPECT_TRUE(read.isEmpty());
+
+    ASSERT_EQ(0, CSettingsStore::WriteInt(kUser, section, L"count", 3));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"0", L"first"));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"2", L"third"));
+    EXPECT_EQ(2, CSettingsStore::ReadStringArray(kUser, section, read));
+    EXPECT_EQ(QStringList({"first", "third"}), read);
+}
+
+TEST_F(SettingsStoreTest, SystemScopeLandsBelowTheRootsEtcXdg)
+{
+    const std::string expected = savedRoot + "/etc/xdg/" + CSettingsStore::OrganizationName().toStdString() + "/" +
+                                 CSettingsStore::ApplicationName().toStdString() + ".conf";
+    EXPECT_EQ(expected, CSettingsStore::SystemStoreFileName().toStdString());
+    EXPECT_TRUE(CSettingsStore::IsSystemStoreWritable());
+
+    ASSERT_EQ(0, CSettingsStore::WriteString(kSystem, section, L"Machine", L"wide"));
+    EXPECT_NE(std::string::npos, ReadFile(expected).find("Machine=wide"));
+    EXPECT_EQ(std::string::npos, ReadFile(UserStoreFile()).find("Machine=wide"));
+    // The user's view includes machine-wide values it does not override.
+    EXPECT_EQ("wide", U(CSettingsStore::ReadString(kUser, section, L"Machine", L"")));
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"Machine", L"mine"));
+    EXPECT_EQ("mine", U(CSettingsStore::ReadString(kUser, section, L"Machine", L"")));
+    EXPECT_EQ("wide", U(CSettingsStore::ReadString(kSystem, section, L"Machine", L"")));
+}
+
+TEST_F(SettingsStoreTest, WritabilityTestLeavesNoFileBehind)
+{
+    const std::string root = MakeScratchDir("fresh-root");
+    setenv("CURATOOL_ROOT", root.c_str(), 1);
+    const std::string file = CSettingsStore::SystemStoreFileName().toStdString();
+    EXPECT_EQ(root + "/etc/xdg/", file.substr(0, root.size() + 9));
+    EXPECT_TRUE(CSettingsStore::IsSystemStoreWritable());
+    EXPECT_FALSE(Exists(file));
+}
+
+TEST_F(SettingsStoreTest, UnwritableSystemScopeFallsBackToTheUsersStore)
+{
+    UseUnwritableSystemFolder();
+    EXPECT_FALSE(CSettingsStore::IsSystemStoreWritable());
+
+    EXPECT_EQ(0, CSettingsStore::WriteString(kSystem, section, L"Fallen", L"through"));
+    EXPECT_EQ(0, CSettingsStore::WriteInt(kSystem, section, L"Enabled", 1));
+    EXPECT_NE(std::string::npos, ReadFile(UserStoreFile()).find("Fallen=through"));
+    int status = -1;
+    EXPECT_EQ("through", U(CSettingsStore::ReadString(kSystem, section, L"Fallen", L"", &status)));
+    EXPECT_EQ(0, status);
+    EXPECT_EQ(1, CSettingsStore::ReadInt(kSystem, section, L"Enabled", 0));
+
+    std::vector<CAtlString> names;
+    EXPECT_EQ(0, CSettingsStore::ListSection(kSystem, section, names));
+    EXPECT_EQ(2u, names.size());
+    EXPECT_EQ(0, CSettingsStore::DeleteSection(kSystem, section));
+    EXPECT_EQ(std::string::npos, ReadFile(UserStoreFile()).find("Fallen=through"));
+}
+
+}  // namespace
