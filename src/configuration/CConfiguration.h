@@ -1,20 +1,20 @@
 #pragma once
 
+#include "CAtlString.h"
+#include "CApplicationData.h"
+#include "CAutoDirectoryDestructor.h"
+#include "CGalleryData.h"
+#include "CGalleryRepositoryEntry.h"
+#include "COrganizationData.h"
+#include "CVersionString.h"
+#include "CZoltaDirectoryPath.h"
+#include "CZoltaFilePath.h"
+#include "FileList.h"
+#include "MetaDataXml.h"
+
 #include <functional>
 #include <memory>
 #include <vector>
-
-class CAtlString;
-class CZoltaDirectoryPath;
-class CZoltaFilePath;
-class CVersionString;
-class FileList;
-class MetaDataXml;
-class CAutoDirectoryDestructor;
-class CApplicationData;
-class COrganizationData;
-class CGalleryData;
-class CGalleryRepositoryEntry;
 
 // The parsed description of one gallery collection, in whichever of its three forms it came:
 // a directory with configuration.xml and metadata.xml, a .gallerycollection archive of such a
@@ -56,7 +56,8 @@ public:
     CZoltaDirectoryPath GetSourceDirectory() const;
     // Where the configuration is kept for good, below the configurations folder.
     CZoltaDirectoryPath GetConfigurationDirectory() const;
-    // A reference from the documents as a full path; empty stays empty.
+    // A reference from the documents as a full path; empty for an empty reference or one that
+    // would leave the collection's folder.
     CAtlString ResolvePath(const CAtlString& relative) const;
     // The resolved style sheet of the application record; empty when there is none.
     CAtlString GetStyleSheetPath() const;
@@ -69,6 +70,7 @@ public:
     CAtlString GetCollectionLocation() const;
     const CVersionString& GetDocumentVersion() const;
 
+    // Never null: a reset makes fresh ones.
     std::shared_ptr<FileList> GetFileList() const;
     std::shared_ptr<CApplicationData> GetApplication() const;
     std::shared_ptr<COrganizationData> GetOrganization() const;
@@ -91,7 +93,29 @@ public:
     // Every gallery entry of the group "TeamContent" in the settings store.
     static std::vector<CGalleryRepositoryEntry> InstalledGalleries();
 
+    // Version of configuration.xml this program understands; newer documents are refused.
+    static const wchar_t* const SupportedVersion;
+
 private:
+    bool UnpackCollection(const CZoltaFilePath& archive, CZoltaDirectoryPath& unpacked);
+    void ComputeConfigurationDirectory();
+    bool CopyListedFiles() const;
+    bool CopyListedDirectories() const;
+
     LoadedCallback m_loadedCallback;
+    std::vector<std::shared_ptr<CAutoDirectoryDestructor>> m_temporaryDirectories;
+    CVersionString m_documentVersion;
     bool m_valid = false;
+    CZoltaDirectoryPath m_sourceDirectory;
+    CZoltaDirectoryPath m_configurationDirectory;
+    bool m_stored = false;
+    CAtlString m_applicationPath;
+    CZoltaDirectoryPath m_installDirectory;
+    CAtlString m_collectionLocation;
+    std::shared_ptr<FileList> m_files;
+    std::shared_ptr<CApplicationData> m_application;
+    std::shared_ptr<COrganizationData> m_organization;
+    std::shared_ptr<CGalleryData> m_gallery;
+    std::shared_ptr<MetaDataXml> m_metaData;
+    CGalleryRepositoryEntry m_repositoryEntry;
 };
