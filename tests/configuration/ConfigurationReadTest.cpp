@@ -1,0 +1,272 @@
+#include "CConfiguration.h"
+
+#include "CollectionFixture.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+using namespace curatool::test;
+
+namespace {
+
+const char* const MinimalApplication = "<Title Value=\"T\"/>";
+const char* const MinimalOrganization = "<Name Value=\"Org\"/>";
+
+std::string MinimalGallery(const std::string& body = std::string())
+{
+    return "<Gallery GUID=\"g-1\" DefaultSource=\"\" Name=\"Gal\">" + body + "</Gallery>";
+}
+
+// A collection made of the given configuration.xml and a good metadata.xml.
+std::string CollectionWith(const std::string& configuration)
+{
+    CollectionFiles files;
+    files.configuration = configuration;
+    files.metadata = MetaDataDocument("g-1", "Gal");
+    return WriteCollection("read", files);
+}
+
+bool Loads(const std::string& configuration)
+{
+    CConfiguration loaded;
+    return loaded.OpenCollectionDirectory(Wide(CollectionWith(configuration)));
+}
+
+std::vector<std::string> Relative(const std::vector<CZoltaFilePath>& files, const std::string& base)
+{
+    std::vector<std::string> names;
+    for (const CZoltaFilePath& file : files)
+        names.push_back(Narrow(file.GetPath()).substr(base.size() + 1));
+    return names;
+}
+
+}  // namespace
+
+TEST(ConfigurationRead, CompleteCollectionFillsEveryRecord)
+{
+    const std::string folder = WriteCollection("complete", CompleteCollection("ZOLTA Technologies Inc.", "Sample", "guid-1"));
+    CConfiguration configuration;
+    int callbacks = 0;
+    const CConfiguration* seen = nullptr;
+    configuration.SetLoadedCallback([&](CConfiguration const* loaded) { ++callbacks; seen = loaded; });
+
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    EXPECT_TRUE(configuration.IsLoaded());
+    EXPECT_EQ(1, callbacks);
+    EXPECT_EQ(&configuration, seen);
+    EXPECT_FALSE(configuration.IsStored());
+
+    const auto application = configuration.GetApplication();
+    EXPECT_EQ("Sample Setup", Narrow(application->GetTitle()));
+    EXPECT_EQ("texts/about.html", Narrow(application->GetAbout()));
+    EXPECT_EQ("texts/splash.html", Narrow(application->GetSplashText()));
+    EXPECT_EQ(12, application->GetTextOffsetX());
+    EXPECT_EQ(-7, application->GetTextOffsetY());
+    EXPECT_TRUE(application->GetShowText());
+    EXPECT_TRUE(application->GetPathOverride().IsEmpty());
+    EXPECT_EQ(folder + "/style.qss", Narrow(configuration.GetStyleSheetPath()));
+    EXPECT_EQ("ZOLTA Technologies Inc.", Narrow(configuration.GetOrganization()->GetName()));
+    EXPECT_EQ("images/logo.png", Narrow(configuration.GetOrganization()->GetLogo()));
+
+    const auto gallery = configuration.GetGallery();
+    EXPECT_EQ("guid-1", Narrow(gallery->GetGUID()));
+    EXPECT_EQ("http://example.invalid/data", Narrow(gallery->GetDefaultSource()));
+    EXPECT_EQ("Sample", Narrow(gallery->GetName()));
+    ASSERT_EQ(2u, gallery->GetCategories().size());
+    EXPECT_EQ("guid-animals", Narrow(gallery->GetCategories().begin()->second));
+    EXPECT_EQ("Sample", Narrow(configuration.GetMetaData()->Title(Wide("en"))));
+    EXPECT_EQ("1.0.0.0", Narrow(configuration.GetDocumentVersion().ToString()));
+    EXPECT_EQ(folder, Narrow(configuration.GetDirectory().GetPath()));
+}
+
+TEST(ConfigurationRead, FileListFollowsReadingOrderWithDirectoriesBeforeFiles)
+{
+    const std::string folder = WriteCollection("order", CompleteCollection("Org", "Order", "guid-2"));
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    const auto files = configuration.GetFileList();
+    EXPECT_EQ((std::vector<std::string>{"configuration.xml", "texts/about.html", "texts/splash.html", "style.qss",
+                                        "extra/readme.txt", "images/logo.png", "metadata.xml"}),
+              Relative(files->GetFiles(), folder));
+    ASSERT_EQ(1u, files->GetDirectories().size());
+    EXPECT_EQ(folder + "/Languages", Narrow(files->GetDirectories()[0].GetPath()));
+}
+
+TEST(ConfigurationRead, MissingMetaDataLeavesFieldsFilledButInvalid)
+{
+    CollectionFiles files = CompleteCollection("Org", "NoMeta", "guid-3");
+    files.metadata.clear();
+    CConfiguration configuration;
+    int callbacks = 0;
+    configuration.SetLoadedCallback([&](CConfiguration const*) { ++callbacks; });
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(WriteCollection("nometa", files))));
+    EXPECT_FALSE(configuration.IsLoaded());
+    EXPECT_EQ(0, callbacks);
+    EXPECT_EQ("NoMeta", Narrow(configuration.GetGallery()->GetName()));
+    EXPECT_EQ("Org", Narrow(configuration.GetOrganization()->GetName()));
+    EXPECT_EQ("NoMeta Setup", Narrow(configuration.GetApplication()->GetTitle()));
+}
+
+TEST(ConfigurationRead, DocumentVersionAboveTheSupportedOneIsRefused)
+{
+    EXPECT_FALSE(Loads(ConfigurationDocument("Version=\"1.0.0.1\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
+    EXPECT_FALSE(Loads(ConfigurationDocument("Version=\"2.0.0.0\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
+    EXPECT_TRUE(Loads(ConfigurationDocument("Version=\"1.0.0.0\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
+    EXPECT_TRUE(Loads(ConfigurationDocument("Version=\"0.9.9.9\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
+    // Text that is no version is never newer than a version.
+    EXPECT_TRUE(Loads(ConfigurationDocument("Version=\"abc\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
+    EXPECT_TRUE(Loads(ConfigurationDocument("", MinimalApplication, MinimalOrganization, MinimalGallery())));
+}
+
+TEST(ConfigurationRead, EachRequiredElementIsNeededAndEarlierOnesStayRead)
+{
+    EXPECT_FALSE(Loads(ConfigurationDocument("", "", MinimalOrganization, MinimalGallery())));
+    EXPECT_FALSE(Loads(ConfigurationDocument("", MinimalApplication, "", MinimalGallery())));
+    EXPECT_FALSE(Loads(ConfigurationDocument("", MinimalApplication, MinimalOrganization, "")));
+
+    CConfiguration configuration;
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(
+        Wide(CollectionWith(ConfigurationDocument("", MinimalApplication, "", MinimalGallery())))));
+    EXPECT_EQ("Gal", Narrow(configuration.GetGallery()->GetName()));
+    EXPECT_EQ("T", Narrow(configuration.GetApplication()->GetTitle()));
+}
+
+TEST(ConfigurationRead, ElementOrderInTheDocumentDoesNotMatter)
+{
+    const std::string document = "<?xml version=\"1.0\"?><AnyRoot><Organization><Name Value=\"O\"/></Organization>"
+                                 "<Gallery GUID=\"g\" Name=\"N\"/><Application><Title Value=\"T\"/></Application></AnyRoot>";
+    EXPECT_TRUE(Loads(document));
+}
+
+TEST(ConfigurationRead, BrokenDocumentsFailWithoutHarm)
+{
+    const std::string good = ConfigurationDocument("", MinimalApplication, MinimalOrganization, MinimalGallery());
+    EXPECT_FALSE(Loads(good.substr(0, good.size() / 2)));
+    EXPECT_FALSE(Loads("<CCSettings><Application></CCSettings>"));
+    EXPECT_FALSE(Loads(""));
+    EXPECT_FALSE(Loads(std::string("\0\xff\xfe<", 4)));
+    EXPECT_FALSE(Loads("just text"));
+
+    CConfiguration configuration;
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(MakeScratchDir("empty"))));
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(MakeScratchDir("gone") + "/absent")));
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(CAtlString()));
+}
+
+TEST(ConfigurationRead, CategoriesNeedBothIdsAndALaterShortIdWins)
+{
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+        "", MinimalApplication, MinimalOrganization,
+        MinimalGallery("<Category ShortID=\"a\" GUID=\"first\"/><Category ShortID=\"b\"/>"
+                       "<Category GUID=\"orphan\"/><Category ShortID=\"\" GUID=\"x\"/>"
+                       "<Category ShortID=\"a\" GUID=\"second\"/>"))))));
+    const auto& categories = configuration.GetGallery()->GetCategories();
+    ASSERT_EQ(1u, categories.size());
+    EXPECT_EQ("a", Narrow(categories.begin()->first));
+    EXPECT_EQ("second", Narrow(categories.begin()->second));
+}
+
+TEST(ConfigurationRead, ShowTextIsTrueOnlyForExactlyTrue)
+{
+    for (const auto& [value, expected] : std::vector<std::pair<std::string, bool>>{
+             {"true", true}, {"TRUE", false}, {"True", false}, {"1", false}, {"", false}}) {
+        CConfiguration configuration;
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+            "", "<SplashScreen ShowText=\"" + value + "\"/>", MinimalOrganization, MinimalGallery())))));
+        EXPECT_EQ(expected, configuration.GetApplication()->GetShowText()) << value;
+    }
+}
+
+TEST(ConfigurationRead, MissingOptionalElementsLeaveFieldsAsTheyWere)
+{
+    const std::string folder = CollectionWith(ConfigurationDocument(
+        "", "<Title Value=\"First\"/><SplashScreen TextOffset_X=\"5\" ShowText=\"true\"/>", MinimalOrganization,
+        MinimalGallery()));
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    // The directory road does not reset: a second document only changes what it names.
+    WriteFile(folder + "/configuration.xml",
+              ConfigurationDocument("", "<PathOverride Value=\"Elsewhere\"/>", MinimalOrganization, MinimalGallery()));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    EXPECT_EQ("First", Narrow(configuration.GetApplication()->GetTitle()));
+    EXPECT_EQ(5, configuration.GetApplication()->GetTextOffsetX());
+    EXPECT_TRUE(configuration.GetApplication()->GetShowText());
+    EXPECT_EQ("Elsewhere", Narrow(configuration.GetApplication()->GetPathOverride()));
+}
+
+TEST(ConfigurationLocation, ConfigurationDirectoryUsesCleanedNames)
+{
+    struct Case { std::string organization, gallery, expected; };
+    for (const Case& c : std::vector<Case>{{"", "Gal", "/Gal"},
+                                           {"A/B", "G<a>l:\"|?*", "/AB/Gal"},
+                                           {"Org", "Gal", "/Org/Gal"}}) {
+        CConfiguration configuration;
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+            "", MinimalApplication, c.organization.empty() ? "<Logo Value=\"\"/>" : "<Name Value=\"" + c.organization + "\"/>",
+            "<Gallery GUID=\"g\" Name=\"" + c.gallery + "\"/>")))));
+        EXPECT_EQ(ConfigurationsFolder() + c.expected, Narrow(configuration.GetConfigurationDirectory().GetPath()));
+    }
+}
+
+TEST(ConfigurationLocation, DefaultInstallDirectoryKeepsNamesAndHonoursPathOverride)
+{
+    const std::string shared = std::string(std::getenv("CURATOOL_ROOT")) + "/usr/local/share/ZOLTA Scrivent Galleries";
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(
+        ConfigurationDocument("", MinimalApplication, "<Name Value=\"A/B\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
+    EXPECT_EQ(shared + "/A/B/Gal", Narrow(configuration.DefaultInstallDirectory().GetPath()));
+
+    CConfiguration overridden;
+    ASSERT_TRUE(overridden.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+        "", "<PathOverride Value=\"Shared/Place\"/>", "<Name Value=\"Org\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
+    EXPECT_EQ(shared + "/Shared/Place", Narrow(overridden.DefaultInstallDirectory().GetPath()));
+}
+
+TEST(ConfigurationWrite, WrittenFormReadsBackWithBareFileNames)
+{
+    const std::string source = WriteCollection("write-source", CompleteCollection("Org", "Written", "guid-w"));
+    CConfiguration original;
+    ASSERT_TRUE(original.OpenCollectionDirectory(Wide(source)));
+    const std::string target = MakeScratchDir("write-target");
+    ASSERT_TRUE(original.WriteConfigurationXml(Wide(target + "/configuration.xml")));
+
+    const std::string written = ReadFile(target + "/configuration.xml");
+    EXPECT_EQ(0u, written.find("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"));
+    EXPECT_EQ(std::string::npos, written.find("AdditionalFiles"));
+    EXPECT_EQ(std::string::npos, written.find("texts/"));
+    EXPECT_LT(written.find("<Application"), written.find("<Organization"));
+    EXPECT_LT(written.find("<Organization"), written.find("<Gallery"));
+
+    WriteFile(target + "/metadata.xml", MetaDataDocument("guid-w", "Written"));
+    CConfiguration copy;
+    ASSERT_TRUE(copy.OpenCollectionDirectory(Wide(target)));
+    EXPECT_EQ("Written Setup", Narrow(copy.GetApplication()->GetTitle()));
+    EXPECT_EQ("about.html", Narrow(copy.GetApplication()->GetAbout()));
+    EXPECT_EQ("splash.html", Narrow(copy.GetApplication()->GetSplashText()));
+    EXPECT_EQ("style.qss", Narrow(copy.GetApplication()->GetStyleSheet()));
+    EXPECT_EQ("logo.png", Narrow(copy.GetOrganization()->GetLogo()));
+    EXPECT_EQ(12, copy.GetApplication()->GetTextOffsetX());
+    EXPECT_EQ(-7, copy.GetApplication()->GetTextOffsetY());
+    EXPECT_TRUE(copy.GetApplication()->GetShowText());
+    EXPECT_EQ(original.GetGallery()->GetCategories(), copy.GetGallery()->GetCategories());
+    EXPECT_EQ("guid-w", Narrow(copy.GetGallery()->GetGUID()));
+    EXPECT_EQ("http://example.invalid/data", Narrow(copy.GetGallery()->GetDefaultSource()));
+    EXPECT_EQ("1.0.0.0", Narrow(copy.GetDocumentVersion().GetText()));
+    EXPECT_TRUE(copy.GetFileList()->GetDirectories().empty());
+}
+
+TEST(ConfigurationWrite, OptionalPartsAreLeftOutWhenEmpty)
+{
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(
+        ConfigurationDocument("", "<SplashScreen ShowText=\"no\"/>", "<Logo Value=\"\"/>", MinimalGallery())))));
+    const std::string target = MakeScratchDir("write-minimal") + "/configuration.xml";
+    ASSERT_TRUE(configuration.WriteConfigurationXml(Wide(target)));
+    const std::string written = ReadFile(target);
+    EXPECT_NE(std::string::npos, written.find("<Title"));
+    EXPECT_NE(std::string::npos, written.find("<SplashScreen"));
+    for (const char* absent : {"ShowText", "<About", "<StyleSheet", "<PathOverride", "<Name", "<Logo", "<Category"})
+        EXPECT_EQ(std::string::npos, written.find(absent)) << absent;
+    EXPECT_FALSE(configuration.WriteConfigurationXml(Wide(MakeScratchDir("write-fail") + "/absent/configuration.xml")));
+}

@@ -1,0 +1,130 @@
+#include "CAutoDirectoryDestructor.h"
+#include "FileList.h"
+#include "MetaDataXml.h"
+
+#include "CollectionFixture.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+using namespace curatool::test;
+
+namespace {
+
+std::vector<std::string> FilePaths(const FileList& list)
+{
+    std::vector<std::string> paths;
+    for (const CZoltaFilePath& file : list.GetFiles())
+        paths.push_back(Narrow(file.GetPath()));
+    return paths;
+}
+
+}  // namespace
+
+TEST(FileList, RelativeFileGoesBelowTheBaseDirectory)
+{
+    FileList list;
+    list.SetBaseDirectory(CZoltaDirectoryPath(Wide("/x")));
+    list.AddRelativeFile(Wide("sub/a.png"));
+    list.AddRelativeFile(Wide("b.png"));
+    EXPECT_EQ((std::vector<std::string>{"/x/sub/a.png", "/x/b.png"}), FilePaths(list));
+}
+
+TEST(FileList, EmptyPathsAndMissingBaseAreIgnored)
+{
+    FileList list;
+    list.AddFile(CZoltaFilePath());
+    list.AddDirectory(CZoltaDirectoryPath());
+    list.AddRelativeFile(Wide("a.png"));  // no base yet
+    EXPECT_TRUE(list.GetFiles().empty());
+    list.SetBaseDirectory(CZoltaDirectoryPath(Wide("/x")));
+    list.AddRelativeFile(CAtlString());
+    list.AddRelativeDirectory(CAtlString());
+    EXPECT_TRUE(list.GetFiles().empty());
+    EXPECT_TRUE(list.GetDirectories().empty());
+    list.AddFile(CZoltaFilePath(Wide("/elsewhere/a.xml")));
+    EXPECT_EQ((std::vector<std::string>{"/elsewhere/a.xml"}), FilePaths(list));
+}
+
+TEST(FileList, ReferencesLeavingTheBaseAreRefused)
+{
+    FileList list;
+    list.SetBaseDirectory(CZoltaDirectoryPath(Wide("/x/base")));
+    for (const char* hostile : {"../a.png", "/etc/passwd", "sub/../../a.png", "..", ".", "sub/..", "//etc/x"}) {
+        list.AddRelativeFile(Wide(hostile));
+        list.AddRelativeDirectory(Wide(hostile));
+        EXPECT_TRUE(list.Resolve(Wide(hostile)).IsEmpty()) << hostile;
+    }
+    EXPECT_TRUE(list.GetFiles().empty());
+    EXPECT_TRUE(list.GetDirectories().empty());
+    EXPECT_EQ("/x/base/a/b.txt", Narrow(list.Resolve(Wide("./a//b.txt"))));
+}
+
+TEST(MetaDataXml, ReadsIdentifierAndTitles)
+{
+    const std::string folder = MakeScratchDir("metadata");
+    WriteFile(folder + "/metadata.xml",
+              "<root><lom:general><lom:identifier><lom:entry>id-1</lom:entry></lom:identifier>"
+              "<lom:title><lom:string language=\"de\">Alt</lom:string><lom:string language=\"\">none</lom:string>"
+              "<lom:string language=\"de\">Neu</lom:string><lom:string language=\"fr\">Fran\xC3\xA7" "ais</lom:string>"
+              "</lom:title></lom:general></root>");
+    auto list = std::make_shared<FileList>();
+    MetaDataXml metadata(list);
+    ASSERT_TRUE(metadata.Read(Wide(folder + "/metadata.xml")));
+    EXPECT_EQ("id-1", Narrow(metadata.Identifier()));
+    EXPECT_EQ(2u, metadata.Titles().size());
+    EXPECT_EQ("Neu", Narrow(metadata.Title(Wide("de"))));
+    EXPECT_EQ("Fran\xC3\xA7" "ais", Narrow(metadata.Title(Wide("fr"))));
+    EXPECT_EQ((std::vector<std::string>{folder + "/metadata.xml"}), FilePaths(*list));
+}
+
+TEST(MetaDataXml, MissingLanguageFallsBackToAnEnglishEntryCreatedEmpty)
+{
+    const std::string folder = MakeScratchDir("metadata");
+    WriteFile(folder + "/metadata.xml",
+              "<lom><lom:general><lom:identifier><lom:entry>x</lom:entry></lom:identifier>"
+              "<lom:title><lom:string language=\"de\">Titel</lom:string></lom:title></lom:general></lom>");
+    MetaDataXml metadata;
+    ASSERT_TRUE(metadata.Read(Wide(folder + "/metadata.xml")));
+    EXPECT_TRUE(metadata.Title(Wide("fr")).IsEmpty());
+    EXPECT_EQ(1u, metadata.Titles().count(Wide("en")));
+}
+
+TEST(MetaDataXml, RequiredElementsAndBrokenDocumentsFail)
+{
+    const std::string folder = MakeScratchDir("metadata");
+    const std::map<std::string, std::string> documents = {
+        {"no-title", "<r><lom:general><lom:identifier><lom:entry>x</lom:entry></lom:identifier></lom:general></r>"},
+        {"no-entry", "<r><lom:general><lom:identifier/><lom:title/></lom:general></r>"},
+        {"no-identifier", "<r><lom:general><lom:title/></lom:general></r>"},
+        {"no-general", "<r><lom:title/></r>"},
+        {"truncated", "<r><lom:general><lom:identifier><lom:entry>x</lom:en"},
+        {"empty", ""},
+    };
+    for (const auto& [name, content] : documents) {
+        WriteFile(folder + "/" + name + ".xml", content);
+        MetaDataXml metadata;
+        EXPECT_FALSE(metadata.Read(Wide(folder + "/" + name + ".xml"))) << name;
+    }
+    MetaDataXml metadata;
+    EXPECT_FALSE(metadata.Read(Wide(folder + "/absent.xml")));
+}
+
+TEST(AutoDirectoryDestructor, LastHolderRemovesTheFolderWithItsContents)
+{
+    const std::string folder = MakeScratchDir("autodir");
+    const std::string outside = MakeScratchDir("autodir-outside");
+    WriteFile(folder + "/a/b/c.txt", "x");
+    WriteFile(outside + "/keep.txt", "keep");
+    std::filesystem::create_directory_symlink(outside, folder + "/link");
+    auto holder = std::make_shared<CAutoDirectoryDestructor>(CZoltaDirectoryPath(Wide(folder)));
+    auto second = holder;
+    holder.reset();
+    EXPECT_TRUE(Exists(folder + "/a/b/c.txt"));
+    second.reset();
+    EXPECT_FALSE(Exists(folder));
+    EXPECT_EQ("keep", ReadFile(outside + "/keep.txt"));
+}
