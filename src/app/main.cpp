@@ -1,4 +1,86 @@
-int main(int, char**)
+#include "CApplicationFactory.h"
+#include "CInstanceSemaphore.h"
+#include "CProgramIdentity.h"
+#include "DisplayPlatform.h"
+#include "Output.h"
+#include "Qtfier.h"
+#include "StartupHooks.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+const int kInstanceProjectId = 0x71;
+
+// Steps from the program's own catalogue to the end of the event loop; only the run that does
+// the work gets here, a relaunching run never holds the lock.
+int RunWithLock(CApplicationFactory& factory)
 {
-    return 0;
+    StartupHooks::LoadProgramCatalogue();
+    factory.InstallTranslator(QCoreApplication::instance());
+    Output::Initialize();
+
+    // The window-based work flows are those that still want privileges.
+    if (factory.WantsElevation()) {
+        QApplication::setStyle(QStringLiteral("plastique"));
+        factory.ApplyStyleSheet(qApp);
+        QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/curatool.png")));
+    }
+
+    const QByteArray programPath = QCoreApplication::applicationFilePath().toLocal8Bit();
+    CInstanceSemaphore lock(programPath.constData(), kInstanceProjectId);
+    if (!lock.IsLocked()) {
+        Output::Error(Output::eAnotherInstance, false);
+        return 1;
+    }
+
+    const int status = StartupHooks::InitializeGalleryLibrary();
+    if (status != 0)
+        QCoreApplication::exit(status);
+
+    // The work flow runs inside the event loop, so that it can use dialogs, signals and exit().
+    auto slotObject = std::make_unique<Qtfier>([&factory] { QCoreApplication::exit(factory.Run()); });
+    QTimer::singleShot(0, slotObject.get(), SLOT(Slot()));
+
+    const int result = QApplication::exec();
+    StartupHooks::ShutdownGalleryLibrary();
+    slotObject.reset();
+    lock.Release();
+    return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    DisplayPlatform::Prepare();
+
+    int result = 0;
+    {
+        CApplicationFactory factory;
+        auto application = std::make_unique<QApplication>(argc, argv);
+        QApplication::setQuitOnLastWindowClosed(false);
+        CProgramIdentity::Apply();
+
+        factory.ParseCommandLine(argc, argv);
+        factory.Context().applicationPath = CAtlString(QCoreApplication::applicationFilePath());
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers,
+                                        500);
+
+        if (factory.WantsElevation() && DisplayPlatform::IsHeadless()) {
+            std::fprintf(stderr, "%s\n", DisplayPlatform::NoDisplayMessage());
+            result = 1;
+        } else if (factory.NeedsElevation()) {
+            result = factory.RelaunchElevated();
+        } else {
+            result = RunWithLock(factory);
+        }
+        application.reset();
+    }
+    return result;
 }
