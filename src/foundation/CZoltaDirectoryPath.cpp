@@ -112,6 +112,8 @@ CZoltaDirectoryPath::CZoltaDirectoryPath(const CAtlString& path) : m_path(path) 
 
 CZoltaDirectoryPath::CZoltaDirectoryPath(const QString& path) : m_path(path) {}
 
+CZoltaDirectoryPath::CZoltaDirectoryPath(const char* path) : m_path(QString::fromUtf8(path ? path : "")) {}
+
 QString CZoltaDirectoryPath::ToQString() const
 {
     return m_path.ToQString();

@@ -17,6 +17,8 @@ public:
     CZoltaDirectoryPath& operator=(const CZoltaDirectoryPath& other) = default;
     explicit CZoltaDirectoryPath(const CAtlString& path);
     explicit CZoltaDirectoryPath(const QString& path);
+    // 8-bit text is taken as UTF-8.
+    explicit CZoltaDirectoryPath(const char* path);
 
     const CAtlString& GetPath() const { return m_path; }
     QString ToQString() const;

@@ -55,6 +55,8 @@ CZoltaFilePath::CZoltaFilePath(const CAtlString& path) : m_path(path) {}
 
 CZoltaFilePath::CZoltaFilePath(const QString& path) : m_path(path) {}
 
+CZoltaFilePath::CZoltaFilePath(const char* path) : m_path(QString::fromUtf8(path ? path : "")) {}
+
 QString CZoltaFilePath::ToQString() const
 {
     return m_path.ToQString();

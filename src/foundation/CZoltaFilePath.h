@@ -19,6 +19,8 @@ public:
     CZoltaFilePath& operator=(const CZoltaFilePath& other) = default;
     explicit CZoltaFilePath(const CAtlString& path);
     explicit CZoltaFilePath(const QString& path);
+    // 8-bit text is taken as UTF-8.
+    explicit CZoltaFilePath(const char* path);
 
     const CAtlString& GetPath() const { return m_path; }
     QString ToQString() const;
