@@ -1,0 +1,34 @@
+#pragma once
+
+#include "CAtlString.h"
+#include "CZoltaDirectoryPath.h"
+#include "CZoltaFilePath.h"
+
+#include <cstddef>
+
+// The archive operations the rest of the system uses. Each one makes its own CZipArchive, opens,
+// works, and closes it again, so no archive stays open between calls. A failure of the archive is
+// caught: the result is false. Buffers handed out are malloc'ed; the caller frees them with free().
+
+// Adds `source` to the existing `archive` under `nameInArchive`.
+bool ZipAddFile(const CZoltaFilePath& archive, const CAtlString& nameInArchive,
+                const CZoltaFilePath& source);
+// Creates `archive` holding `source` under its bare file name.
+bool ZipAddFileRelative(const CZoltaFilePath& source, const CZoltaFilePath& archive);
+// Creates `archive` holding every file and folder below `directory`, named relative to it.
+bool ZipAddDirectory(const CZoltaDirectoryPath& directory, const CZoltaFilePath& archive);
+
+// Reads the first entry whose name matches `name` without regard to case ("\" and "/" alike) into
+// a new buffer. `data` and `size` are 0 unless the result is true.
+bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& data,
+                        size_t& size);
+// Extracts the entries below "sounds\" or "sounds/" into `destination`, each under its last name.
+bool ZipExtractMatching(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
+// Extracts the entry `name` into `destination` under its last name; true if that file then exists.
+bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
+                    const CZoltaDirectoryPath& destination);
+// Extracts the entry `name` into memory; `buffer` and `size` are 0 unless the result is true.
+bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name,
+                        unsigned char*& buffer, size_t& size);
+// Extracts every entry in index order into `destination`, keeping sub-folders.
+bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
