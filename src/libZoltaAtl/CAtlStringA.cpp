@@ -675,8 +675,8 @@ int CAtlStringA::Replace(char chOld, char chNew)
 
 int CAtlStringA::Replace(const char* lpszOld, const char* lpszNew)
 {
-    ZOLTA_ASSERT_TEXT(lpszOld != nullptr, "lpszOld != __null");
-    ZOLTA_ASSERT_TEXT(lpszNew != nullptr, "lpszNew != __null");
+    ZOLTA_ASSERT_TEXT(lpszOld != nullptr, "caOld != __null");
+    ZOLTA_ASSERT_TEXT(lpszNew != nullptr, "caNew != __null");
     const size_t nOldLength = std::strlen(lpszOld);
     CAtlStringA result;
     int nCount = 0;
