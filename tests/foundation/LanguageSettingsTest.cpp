@@ -1,4 +1,3 @@
-#include "CLinuxGUILangSettings.h"
 #include "CSettingsStore.h"
 #include "CZOLTALanguageSettingsCache.h"
 #include "LanguageSettings.h"
@@ -227,22 +226,6 @@ TEST_F(LanguageSettingsTest, FoundCatalogueIsLoadedFromTheLanguagesFolder)
     EXPECT_FALSE(LoadCatalogue(QString::fromStdString(directory), "OtherName", true));
     StoreLanguage(L"fr");
     EXPECT_FALSE(LoadCatalogue(QString::fromStdString(directory), "CuratoolId", true));
-}
-
-TEST(LinuxGUILangSettings, OneRecordForTheProcessThatStartsAsCanadianEnglish)
-{
-    CLinuxGUILangSettings* settings = CLinuxGUILangSettings::GetInstance();
-    EXPECT_EQ(settings, CLinuxGUILangSettings::GetInstance());
-    settings->Initialize();
-    EXPECT_EQ(0x1009, settings->GetLanguageId());
-    EXPECT_FALSE(settings->IsLanguageSet());
-    EXPECT_FALSE(settings->IsDefaultLanguage());
-    EXPECT_TRUE(settings->GetLanguageCode().IsEmpty());
-
-    CGenericGUILang generic;
-    IGUILang& fallback = generic;
-    EXPECT_EQ("en_CA", U(fallback.GetLanguageCode()));
-    EXPECT_TRUE(fallback.IsDefaultLanguage());
 }
 
 }  // namespace
