@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QStandardPaths>
 
-#include <cerrno>
 #include <cstdlib>
 #include <dirent.h>
 #include <filesystem>
