@@ -2,6 +2,7 @@
 
 #include "ConfigurationText.h"
 #include "SystemLocation.h"
+#include "ZipHelpers.h"
 #include "ZoltaAssert.h"
 
 #include <tinyxml2.h>
@@ -223,8 +224,8 @@ bool CConfiguration::UnpackCollection(const CZoltaFilePath& archive, CZoltaDirec
     unpacked = GetTempFilesFolder(TempFilesOwner).GetUniqueChild(TempFolderBase);
     if (!unpacked.Create())
         return false;
-    // The archive layer is not in place yet: every archive counts as unreadable for now.
-    (void)archive;
+    if (ZipExtractAll(archive, unpacked))
+        return true;
     std::error_code ignored;
     fs::remove_all(ToFileSystemPath(unpacked.GetPath()), ignored);
     return false;

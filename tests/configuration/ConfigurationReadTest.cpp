@@ -199,7 +199,7 @@ TEST(ConfigurationLocation, ConfigurationDirectoryUsesCleanedNames)
 {
     struct Case { std::string organization, gallery, expected; };
     for (const Case& c : std::vector<Case>{{"", "Gal", "/Gal"},
-                                           {"A/B", "G<a>l:\"|?*", "/AB/Gal"},
+                                           {"A/B", "G&lt;a&gt;l:&quot;|?*\\", "/AB/Gal"},
                                            {"Org", "Gal", "/Org/Gal"}}) {
         CConfiguration configuration;
         ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(

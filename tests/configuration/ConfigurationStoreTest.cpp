@@ -1,0 +1,258 @@
+#include "CConfiguration.h"
+#include "CSettingsStore.h"
+
+#include "CollectionFixture.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+
+using namespace curatool::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* const RepositorySection = "Software\\ZOLTA Technologies Inc.\\Gallery\\TeamContent\\";
+
+std::string ReadSetting(const std::string& guid, const char* key)
+{
+    return Narrow(CSettingsStore::ReadString(false, Wide(RepositorySection + guid), Wide(key), CAtlString()));
+}
+
+// Every path below `folder`, relative to it.
+std::set<std::string> Tree(const std::string& folder)
+{
+    std::set<std::string> paths;
+    std::error_code error;
+    for (auto it = fs::recursive_directory_iterator(folder, error); !error && it != fs::recursive_directory_iterator();
+         it.increment(error))
+        paths.insert(fs::relative(it->path(), folder).string());
+    return paths;
+}
+
+}  // namespace
+
+TEST(ConfigurationStore, CopiesEveryListedFileAndDirectoryIntoTheConfigurationFolder)
+{
+    const std::string source = WriteCollection("store", CompleteCollection("Store Org", "Store:Gallery?", "guid-store"));
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(configuration.StoreConfiguration());
+    EXPECT_FALSE(configuration.IsStored());
+
+    const std::string stored = ConfigurationsFolder() + "/Store Org/StoreGallery";
+    EXPECT_EQ(stored, Narrow(configuration.GetConfigurationDirectory().GetPath()));
+    EXPECT_EQ((std::set<std::string>{"configuration.xml", "metadata.xml", "about.html", "splash.html", "style.qss",
+                                     "logo.png", "readme.txt", "Languages", "Languages/de", "Languages/de/CuratoolId.qm",
+                                     "Languages/fr", "Languages/fr/CuratoolId.qm"}),
+              Tree(stored));
+    EXPECT_EQ(ReadFile(source + "/texts/about.html"), ReadFile(stored + "/about.html"));
+    EXPECT_EQ(ReadFile(source + "/configuration.xml"), ReadFile(stored + "/configuration.xml"));
+    EXPECT_EQ("catalogue fr", ReadFile(stored + "/Languages/fr/CuratoolId.qm"));
+
+    // A second store overwrites what is there.
+    WriteFile(source + "/style.qss", "changed");
+    ASSERT_TRUE(configuration.StoreConfiguration());
+    EXPECT_EQ("changed", ReadFile(stored + "/style.qss"));
+}
+
+TEST(ConfigurationStore, MissingFilesFailTheStoreButTheRestIsCopied)
+{
+    CollectionFiles files = CompleteCollection("Org", "Partial", "guid-partial");
+    files.others.erase("style.qss");
+    files.others.erase("Languages/de/CuratoolId.qm");
+    files.others.erase("Languages/fr/CuratoolId.qm");
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(WriteCollection("partial", files))));
+    EXPECT_FALSE(configuration.StoreConfiguration());
+    const std::string stored = ConfigurationsFolder() + "/Org/Partial";
+    EXPECT_TRUE(Exists(stored + "/about.html"));
+    EXPECT_TRUE(Exists(stored + "/metadata.xml"));
+    EXPECT_FALSE(Exists(stored + "/Languages"));
+}
+
+TEST(ConfigurationStore, NothingToStoreWithoutSourceOrGalleryName)
+{
+    CConfiguration empty;
+    EXPECT_FALSE(empty.StoreConfiguration());
+
+    CollectionFiles files = CompleteCollection("Nameless Org", "", "guid-noname");
+    CConfiguration unnamed;
+    ASSERT_TRUE(unnamed.OpenCollectionDirectory(Wide(WriteCollection("noname", files))));
+    EXPECT_FALSE(unnamed.StoreConfiguration());
+    EXPECT_FALSE(Exists(ConfigurationsFolder() + "/Nameless Org"));
+}
+
+TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
+{
+    const std::string source = WriteCollection("register", CompleteCollection("Reg Org", "Registered", "guid-reg"));
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    EXPECT_FALSE(configuration.Register());
+    EXPECT_FALSE(configuration.Unregister());
+    EXPECT_TRUE(ReadSetting("guid-reg", "ImsManifestXml").empty());
+
+    EXPECT_FALSE(configuration.FindInstalled());
+    EXPECT_TRUE(configuration.GetInstallDirectory().IsEmpty());
+    const std::string install = MakeScratchDir("install");
+    configuration.SetInstallDirectory(CZoltaDirectoryPath(Wide(install)));
+    configuration.SetApplicationPath(Wide("/opt/curatool/curatool"));
+    ASSERT_TRUE(configuration.StoreConfiguration());
+    ASSERT_TRUE(configuration.Register());
+
+    const std::string stored = ConfigurationsFolder() + "/Reg Org/Registered";
+    EXPECT_EQ(install + "/imsmanifest.xml", ReadSetting("guid-reg", "ImsManifestXml"));
+    EXPECT_EQ(stored + "/metadata.xml", ReadSetting("guid-reg", "MetadataXml"));
+    EXPECT_EQ("/opt/curatool/curatool", ReadSetting("guid-reg", "AppPath"));
+    EXPECT_EQ("-configuration \"" + stored + "\"", ReadSetting("guid-reg", "Args"));
+    EXPECT_EQ(1, CSettingsStore::ReadInt(false, Wide(RepositorySection + std::string("guid-reg")), Wide("Enabled"), -1));
+
+    bool listed = false;
+    for (const CGalleryRepositoryEntry& entry : CConfiguration::InstalledGalleries())
+        listed |= Narrow(entry.id) == "guid-reg";
+    EXPECT_TRUE(listed);
+
+    // Found again by its GUID: the install directory comes from the manifest path.
+    CConfiguration again;
+    ASSERT_TRUE(again.OpenCollectionDirectory(Wide(source)));
+    EXPECT_TRUE(again.FindInstalled());
+    EXPECT_EQ(install, Narrow(again.GetInstallDirectory().GetPath()));
+}
+
+TEST(ConfigurationRegistry, ComposeWithoutInstallDirectoryUsesTheDefault)
+{
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(
+        Wide(WriteCollection("compose", CompleteCollection("Comp", "Composed", "guid-compose")))));
+    ASSERT_TRUE(configuration.ComposeRepositoryEntry());
+    const CGalleryRepositoryEntry& entry = configuration.GetRepositoryEntry();
+    EXPECT_EQ("guid-compose", Narrow(entry.id));
+    EXPECT_EQ("TeamContent", Narrow(entry.group));
+    EXPECT_EQ(Narrow(configuration.DefaultInstallDirectory().GetPath()) + "/imsmanifest.xml", Narrow(entry.manifestPath));
+    EXPECT_EQ(Narrow(configuration.DefaultInstallDirectory().GetPath()),
+              Narrow(configuration.GetInstallDirectory().GetPath()));
+}
+
+TEST(ConfigurationRegistry, OpenInstalledReloadsTheStoredCopyAndRemovesIt)
+{
+    const std::string source = WriteCollection("installed", CompleteCollection("Inst Org", "Installed", "guid-inst"));
+    const std::string install = MakeScratchDir("installed-target");
+    {
+        CConfiguration configuration;
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+        ASSERT_TRUE(configuration.StoreConfiguration());
+        configuration.FindInstalled();
+        configuration.SetInstallDirectory(CZoltaDirectoryPath(Wide(install)));
+        ASSERT_TRUE(configuration.Register());
+    }
+    const std::string stored = ConfigurationsFolder() + "/Inst Org/Installed";
+
+    CConfiguration reopened;
+    int callbacks = 0;
+    reopened.SetLoadedCallback([&](CConfiguration const*) { ++callbacks; });
+    ASSERT_TRUE(reopened.OpenInstalled(Wide("guid-inst")));
+    EXPECT_EQ(1, callbacks);
+    EXPECT_TRUE(reopened.IsStored());
+    EXPECT_EQ(stored, Narrow(reopened.GetDirectory().GetPath()));
+    EXPECT_EQ(install, Narrow(reopened.GetInstallDirectory().GetPath()));
+    EXPECT_EQ("Installed", Narrow(reopened.GetGallery()->GetName()));
+    // The stored copy is its own configuration folder: storing again copies nothing.
+    EXPECT_TRUE(reopened.StoreConfiguration());
+
+    ASSERT_TRUE(reopened.RemoveStoredFiles());
+    EXPECT_FALSE(Exists(stored + "/configuration.xml"));
+    EXPECT_FALSE(Exists(stored + "/metadata.xml"));
+    EXPECT_TRUE(Exists(stored + "/Languages/de/CuratoolId.qm"));
+
+    ASSERT_TRUE(reopened.Unregister());
+    EXPECT_TRUE(ReadSetting("guid-inst", "ImsManifestXml").empty());
+    CConfiguration gone;
+    EXPECT_FALSE(gone.OpenInstalled(Wide("guid-inst")));
+    EXPECT_FALSE(gone.IsLoaded());
+}
+
+TEST(ConfigurationRegistry, OpenInstalledNeedsManifestAndMetadataOrApplicationPath)
+{
+    const CAtlString section = Wide(std::string(RepositorySection) + "guid-half");
+    CSettingsStore::WriteString(false, section, Wide("MetadataXml"), Wide("/nowhere/metadata.xml"));
+    CConfiguration configuration;
+    EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-half")));
+    CSettingsStore::WriteString(false, section, Wide("ImsManifestXml"), Wide("/nowhere/imsmanifest.xml"));
+    // The entry reads, but the stored copy it points at does not exist.
+    EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-half")));
+    EXPECT_TRUE(configuration.IsStored());
+    EXPECT_EQ("/nowhere", Narrow(configuration.GetInstallDirectory().GetPath()));
+    EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-never-written")));
+}
+
+TEST(ConfigurationRegistry, RemoveStoredFilesNeedsTheStoredCopy)
+{
+    const std::string source = WriteCollection("notstored", CompleteCollection("Org", "NotStored", "guid-ns"));
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    EXPECT_FALSE(configuration.RemoveStoredFiles());
+    EXPECT_TRUE(Exists(source + "/configuration.xml"));
+}
+
+TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDeleted)
+{
+    const std::string outside = MakeScratchDir("victims");
+    WriteFile(outside + "/victim.txt", "victim");
+    WriteFile(outside + "/dir/inner.txt", "inner");
+    CollectionFiles files;
+    files.configuration = ConfigurationDocument(
+        "",
+        "<About Value=\"../victim.txt\"/>"
+        "<SplashScreen Text=\"" + outside + "/victim.txt\"/>"
+        "<StyleSheet Value=\"sub/../../victim.txt\"/>"
+        "<AdditionalFiles><Directory Path=\"..\"/><Directory Path=\"" + outside + "/dir\"/>"
+        "<Directory Path=\".\"/><File Path=\"../../../victim.txt\"/><File Path=\"" + outside + "/victim.txt\"/>"
+        "</AdditionalFiles>",
+        "<Name Value=\"Hostile\"/><Logo Value=\"/etc/passwd\"/>",
+        "<Gallery GUID=\"guid-hostile\" Name=\"Hostile Gallery\"/>");
+    files.metadata = MetaDataDocument("guid-hostile", "Hostile Gallery");
+    const std::string source = WriteCollection("hostile", files);
+
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    EXPECT_EQ(2u, configuration.GetFileList()->GetFiles().size());
+    EXPECT_TRUE(configuration.GetFileList()->GetDirectories().empty());
+    EXPECT_TRUE(configuration.ResolvePath(configuration.GetOrganization()->GetLogo()).IsEmpty());
+    ASSERT_TRUE(configuration.StoreConfiguration());
+
+    const std::string stored = ConfigurationsFolder() + "/Hostile/Hostile Gallery";
+    EXPECT_EQ((std::set<std::string>{"configuration.xml", "metadata.xml"}), Tree(stored));
+    EXPECT_EQ((std::set<std::string>{"victim.txt", "dir", "dir/inner.txt"}), Tree(outside));
+    EXPECT_EQ((std::set<std::string>{"Hostile Gallery", "Hostile Gallery/configuration.xml",
+                                     "Hostile Gallery/metadata.xml"}),
+              Tree(ConfigurationsFolder() + "/Hostile"));
+
+    // The stored copy, read back and removed, touches nothing beside itself.
+    WriteFile(ConfigurationsFolder() + "/Hostile/victim.txt", "neighbour");
+    configuration.FindInstalled();
+    ASSERT_TRUE(configuration.Register());
+    CConfiguration reopened;
+    ASSERT_TRUE(reopened.OpenInstalled(Wide("guid-hostile")));
+    ASSERT_TRUE(reopened.RemoveStoredFiles());
+    EXPECT_EQ("neighbour", ReadFile(ConfigurationsFolder() + "/Hostile/victim.txt"));
+    EXPECT_EQ("victim", ReadFile(outside + "/victim.txt"));
+    EXPECT_EQ("inner", ReadFile(outside + "/dir/inner.txt"));
+    EXPECT_TRUE(Exists("/etc/passwd"));
+    EXPECT_FALSE(Exists(stored + "/configuration.xml"));
+}
+
+TEST(ConfigurationHostile, GalleryNamesCannotClimbOutOfTheConfigurationsFolder)
+{
+    for (const char* name : {"..", ".", "??"}) {
+        CollectionFiles files = CompleteCollection("Climb", name, "guid-climb");
+        CConfiguration configuration;
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(WriteCollection("climb", files)))) << name;
+        EXPECT_TRUE(configuration.GetConfigurationDirectory().IsEmpty()) << name;
+        EXPECT_FALSE(configuration.StoreConfiguration()) << name;
+        EXPECT_FALSE(configuration.ComposeRepositoryEntry()) << name;
+    }
+    EXPECT_FALSE(Exists(ConfigurationsFolder() + "/Climb"));
+    EXPECT_FALSE(Exists(ConfigurationsFolder() + "/about.html"));
+}
