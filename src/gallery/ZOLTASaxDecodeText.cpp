@@ -1,8 +1,11 @@
 #include "ZOLTASaxDecodeText.h"
 
 #include "ZOLTASaxScanner.h"
+#include "CAtlString.h"
+#include "UniCharUtils.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -108,4 +111,18 @@ bool DecodeTextBytes(const ZOLTASaxString& slice, std::string& utf8)
     if (terminator != std::string::npos)
         utf8.resize(terminator);
     return true;
+}
+
+CAtlString DecodeText(const ZOLTASaxString& slice)
+{
+    std::string utf8;
+    if (!DecodeTextBytes(slice, utf8) || utf8.empty())
+        return CAtlString();
+    // Decoded exactly: the length is what the decoder wrote, not the byte count.
+    wchar_t* wide = CAtoNewWCA32(utf8.c_str());
+    if (!wide)
+        return CAtlString();
+    CAtlString text(wide);
+    std::free(wide);
+    return text;
 }

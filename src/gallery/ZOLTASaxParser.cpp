@@ -1,6 +1,8 @@
 #include "ZOLTASaxParser.h"
 
 #include "ZOLTASaxScanner.h"
+#include "CAtlString.h"
+#include "CAtlStringA.h"
 
 #include <algorithm>
 #include <cstring>
@@ -325,4 +327,10 @@ HRESULT ZOLTASaxParser::ParseFile(const char* path, ZOLTASaxContentHandler& hand
     if (!file.Bytes())
         return E_FAIL;
     return ParseBuffer(file.Bytes(), file.Size(), handler);
+}
+
+HRESULT ZOLTASaxParser::ParseFile(const CAtlString& path, ZOLTASaxContentHandler& handler)
+{
+    const CAtlStringA utf8Path(path.GetString());
+    return ParseFile(utf8Path.GetString(), handler);
 }

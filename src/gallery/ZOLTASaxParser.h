@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+class CAtlString;
+
 // The single-pass event reader of gallery documents (imsmanifest.xml, i18n.xml, feeds). It
 // walks the bytes in place and hands slices of them to the handler: nothing is copied and
 // nothing is decoded (handlers call DecodeText on what they keep). Names are compared as
@@ -24,4 +26,6 @@ public:
     // Maps the file read-only and parses it with ParseBuffer. A file that can't be opened,
     // measured or mapped (an empty one included) gives E_FAIL.
     static HRESULT ParseFile(const char* path, ZOLTASaxContentHandler& handler);
+    // The same for a wide path, handed to the system as UTF-8.
+    static HRESULT ParseFile(const CAtlString& path, ZOLTASaxContentHandler& handler);
 };
