@@ -3,8 +3,13 @@
 #include "AssertionPattern.h"
 #include "UniCharUtils.h"
 
+#include <QByteArray>
+#include <QString>
+#include <QStringView>
+
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -135,4 +140,24 @@ TEST(UniCharUtilsDeath, NullBuffersAreAssertionFailures)
     EXPECT_DEATH(CAtoWCA32("a", nullptr, 1), AssertionPattern("wca != __null"));
     EXPECT_DEATH(WCA32toCA(nullptr, narrow, 1), AssertionPattern("wca != __null"));
     EXPECT_DEATH(WCA32toCA(L"a", nullptr, 1), AssertionPattern("ca != __null"));
+}
+
+TEST(UniCharUtilsRoundTrip, EveryScalarValueAgreesWithQtsUtf8)
+{
+    for (uint32_t cp = 1; cp <= 0x10FFFF; ++cp) {
+        if (cp >= 0xD800 && cp <= 0xDFFF)
+            continue;
+        const wchar_t text[2] = {static_cast<wchar_t>(cp), 0};
+        const auto asUtf16 = QChar::fromUcs4(static_cast<char32_t>(cp));
+        const QByteArray expected = QStringView(asUtf16).toUtf8();
+        ASSERT_EQ(WCA32Utf8Length(text), expected.size()) << std::hex << cp;
+
+        char bytes[4] = {};
+        WCA32toCA(text, bytes, static_cast<int>(expected.size()));
+        ASSERT_EQ(QByteArray(bytes, static_cast<int>(expected.size())), expected) << std::hex << cp;
+
+        wchar_t decoded[4] = {};
+        CAtoWCA32(bytes, decoded, static_cast<int>(expected.size()));
+        ASSERT_EQ(static_cast<uint32_t>(decoded[0]), cp);
+    }
 }
