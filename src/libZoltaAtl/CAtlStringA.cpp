@@ -82,7 +82,7 @@ void CAtlStringA::AllocBuffer(int nLen)
         return;
     }
     // Exactly as long as asked for: no spare capacity.
-    const size_t bytes = sizeof(CAtlStringAData) + (static_cast<size_t>(nLen) + 1) * sizeof(char);
+    const size_t bytes = sizeof(CAtlStringAData) + (static_cast<size_t>(nLen) + 1);
     CAtlStringAData* pData = static_cast<CAtlStringAData*>(::operator new(bytes));
     pData->nRefs = 1;
     pData->nDataLength = nLen;
@@ -118,7 +118,7 @@ void CAtlStringA::CopyBeforeWrite()
         Release();
         AllocBuffer(pData->nDataLength);
         if (GetData() != _afxDataANil)
-            std::memcpy(m_pchData, pData->data(), (static_cast<size_t>(pData->nDataLength) + 1) * sizeof(char));
+            std::memcpy(m_pchData, pData->data(), (static_cast<size_t>(pData->nDataLength) + 1));
     }
     ZOLTA_ASSERT_TEXT(GetData()->nRefs <= 1, "GetData()->nRefs <= 1");
 }
@@ -146,7 +146,7 @@ void CAtlStringA::AssignCopy(int nSrcLen, const char* lpszSrcData)
 {
     AllocBeforeWrite(nSrcLen);
     if (nSrcLen > 0)
-        std::memmove(m_pchData, lpszSrcData, static_cast<size_t>(nSrcLen) * sizeof(char));
+        std::memmove(m_pchData, lpszSrcData, static_cast<size_t>(nSrcLen));
     SetLengthAndTerminate(nSrcLen);
 }
 
@@ -156,8 +156,8 @@ void CAtlStringA::ConcatCopy(int nSrc1Len, const char* lpszSrc1Data, int nSrc2Le
     if (nNewLen == 0)
         return;
     AllocBuffer(nNewLen);
-    std::memcpy(m_pchData, lpszSrc1Data, static_cast<size_t>(nSrc1Len) * sizeof(char));
-    std::memcpy(m_pchData + nSrc1Len, lpszSrc2Data, static_cast<size_t>(nSrc2Len) * sizeof(char));
+    std::memcpy(m_pchData, lpszSrc1Data, static_cast<size_t>(nSrc1Len));
+    std::memcpy(m_pchData + nSrc1Len, lpszSrc2Data, static_cast<size_t>(nSrc2Len));
 }
 
 void CAtlStringA::ConcatInPlace(int nSrcLen, const char* lpszSrcData)
@@ -170,7 +170,7 @@ void CAtlStringA::ConcatInPlace(int nSrcLen, const char* lpszSrcData)
         ConcatCopy(pOldData->nDataLength, m_pchData, nSrcLen, lpszSrcData);
         Release(pOldData);
     } else {
-        std::memcpy(m_pchData + pOldData->nDataLength, lpszSrcData, static_cast<size_t>(nSrcLen) * sizeof(char));
+        std::memcpy(m_pchData + pOldData->nDataLength, lpszSrcData, static_cast<size_t>(nSrcLen));
         pOldData->nDataLength += nSrcLen;
         m_pchData[pOldData->nDataLength] = 0;
     }
@@ -184,7 +184,7 @@ void CAtlStringA::AllocCopy(CAtlStringA& dest, int nCopyLen, int nCopyIndex, int
         return;
     }
     dest.AllocBuffer(nNewLen);
-    std::memcpy(dest.m_pchData, m_pchData + nCopyIndex, static_cast<size_t>(nCopyLen) * sizeof(char));
+    std::memcpy(dest.m_pchData, m_pchData + nCopyIndex, static_cast<size_t>(nCopyLen));
 }
 
 // Plain narrowing: each wide character keeps its low 8 bits, one byte per character.
@@ -230,7 +230,7 @@ CAtlStringA::CAtlStringA(const char* lpch, int nLength)
     if (nLength != 0) {
         ZOLTA_ASSERT_TEXT(lpch != nullptr, "lpch != __null");
         AllocBuffer(nLength);
-        std::memcpy(m_pchData, lpch, static_cast<size_t>(nLength) * sizeof(char));
+        std::memcpy(m_pchData, lpch, static_cast<size_t>(nLength));
     }
 }
 
@@ -384,7 +384,7 @@ char* CAtlStringA::GetBuffer(int nMinBufLength)
             nMinBufLength = nOldLen;
         AllocBuffer(nMinBufLength);
         if (GetData() != _afxDataANil) {
-            std::memcpy(m_pchData, pOldData->data(), (static_cast<size_t>(nOldLen) + 1) * sizeof(char));
+            std::memcpy(m_pchData, pOldData->data(), (static_cast<size_t>(nOldLen) + 1));
             GetData()->nDataLength = nOldLen;
         }
         Release(pOldData);
@@ -438,7 +438,7 @@ void CAtlStringA::FreeExtra()
     if (pOldData->nDataLength == pOldData->nAllocLength)
         return;
     AllocBuffer(pOldData->nDataLength);
-    std::memcpy(m_pchData, pOldData->data(), static_cast<size_t>(pOldData->nDataLength) * sizeof(char));
+    std::memcpy(m_pchData, pOldData->data(), static_cast<size_t>(pOldData->nDataLength));
     Release(pOldData);
 }
 
@@ -741,12 +741,12 @@ int CAtlStringA::Insert(int nIndex, const char* pstr)
     if (pOldData->nAllocLength < nNewLength) {
         char* pstrOld = m_pchData;
         AllocBuffer(nNewLength);
-        std::memcpy(m_pchData, pstrOld, (static_cast<size_t>(pOldData->nDataLength) + 1) * sizeof(char));
+        std::memcpy(m_pchData, pstrOld, (static_cast<size_t>(pOldData->nDataLength) + 1));
         Release(pOldData);
     }
     std::memmove(m_pchData + nIndex + nInsertLength, m_pchData + nIndex,
-                 (static_cast<size_t>(nNewLength - nIndex - nInsertLength) + 1) * sizeof(char));
-    std::memcpy(m_pchData + nIndex, inserted.data(), static_cast<size_t>(nInsertLength) * sizeof(char));
+                 (static_cast<size_t>(nNewLength - nIndex - nInsertLength) + 1));
+    std::memcpy(m_pchData + nIndex, inserted.data(), static_cast<size_t>(nInsertLength));
     GetData()->nDataLength = nNewLength;
     return nNewLength;
 }
@@ -762,7 +762,7 @@ int CAtlStringA::Delete(int nIndex, int nCount)
         nCount = nLength - nIndex;
     CopyBeforeWrite();
     const int nCharsToCopy = nLength - (nIndex + nCount) + 1;
-    std::memmove(m_pchData + nIndex, m_pchData + nIndex + nCount, static_cast<size_t>(nCharsToCopy) * sizeof(char));
+    std::memmove(m_pchData + nIndex, m_pchData + nIndex + nCount, static_cast<size_t>(nCharsToCopy));
     GetData()->nDataLength = nLength - nCount;
     return nLength - nCount;
 }
@@ -777,7 +777,7 @@ void CAtlStringA::TrimLeftWhile(bool (*matches)(char, const void*), const void* 
     if (nSkip == 0)
         return;
     const int nNewLength = nLength - nSkip;
-    std::memmove(m_pchData, m_pchData + nSkip, (static_cast<size_t>(nNewLength) + 1) * sizeof(char));
+    std::memmove(m_pchData, m_pchData + nSkip, (static_cast<size_t>(nNewLength) + 1));
     GetData()->nDataLength = nNewLength;
 }
 
