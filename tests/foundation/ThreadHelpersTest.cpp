@@ -1,0 +1,329 @@
+#include "CQtGalleryThreadBase.h"
+#include "QThreadWithLoop.h"
+#include "QtEventLoopWorkaround.h"
+#include "QtEventProxy.h"
+#include "WaitWithQtEvents.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QThread>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Generous bound for anything that should take well under a second: only a hang trips it.
+constexpr auto kHangLimit = 20s;
+
+// Spins the calling thread's events until `done` or the hang limit; gives `done()`.
+bool PumpUntil(const std::function<bool()>& done)
+{
+    const auto deadline = std::chrono::steady_clock::now() + kHangLimit;
+    while (!done() && std::chrono::steady_clock::now() < deadline)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    return done();
+}
+
+// Waits on a worker thread for a flag that only the main thread's event loop can set.
+bool WaitForFlag(const std::atomic<bool>& flag)
+{
+    const auto deadline = std::chrono::steady_clock::now() + kHangLimit;
+    while (!flag && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(5ms);
+    return flag;
+}
+
+// ---- QThreadWithLoop ----
+
+TEST(QThreadWithLoopTest, RunsTheWorkInsideItsOwnThreadsEventLoop)
+{
+    QThread* const mainThread = QThread::currentThread();
+    QThread* workThread = nullptr;
+    int loopLevel = 0;
+    bool timerFired = false;
+    const int result = QThreadWithLoop::RunOnThread([&] {
+        workThread = QThread::currentThread();
+        loopLevel = workThread->loopLevel();
+        // A timer made here works, because the thread runs an event loop.
+        QEventLoop inner;
+        QTimer::singleShot(10, &inner, [&] {
+            timerFired = true;
+            inner.quit();
+        });
+        inner.exec();
+        return 42;
+    });
+    EXPECT_EQ(42, result);
+    EXPECT_NE(mainThread, workThread);
+    EXPECT_GE(loopLevel, 1);
+    EXPECT_TRUE(timerFired);
+}
+
+TEST(QThreadWithLoopTest, EmptyWorkGivesOne)
+{
+    EXPECT_EQ(1, QThreadWithLoop::RunOnThread({}));
+    QThreadWithLoop thread;
+    thread.start();
+    thread.wait();
+    EXPECT_EQ(1, thread.Result());
+}
+
+TEST(QThreadWithLoopTest, TheCallerKeepsPumpingItsEventsMeanwhile)
+{
+    QObject mainObject;
+    std::atomic<bool> handled{false};
+    const int result = QThreadWithLoop::RunOnThread([&] {
+        // Queued to the main thread: it only runs if the waiting thread pumps.
+        QMetaObject::invokeMethod(&mainObject, [&] { handled = true; }, Qt::QueuedConnection);
+        return WaitForFlag(handled) ? 0 : 1;
+    });
+    EXPECT_EQ(0, result);
+}
+
+// ---- WaitWithQtEvents ----
+
+TEST(WaitWithQtEventsTest, AFalseConditionReturnsWithoutPumping)
+{
+    bool ran = false;
+    QObject context;
+    QMetaObject::invokeMethod(&context, [&] { ran = true; }, Qt::QueuedConnection);
+    int looks = 0;
+    WaitWithQtEvents([&] {
+        ++looks;
+        return false;
+    }).Wait();
+    EXPECT_EQ(1, looks);
+    EXPECT_FALSE(ran);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(ran);
+}
+
+TEST(WaitWithQtEventsTest, PumpsEventsUntilTheConditionTurns)
+{
+    int timerTicks = 0;
+    QTimer ticker;
+    ticker.setInterval(5);
+    QObject::connect(&ticker, &QTimer::timeout, [&] { ++timerTicks; });
+    ticker.start();
+    WaitWithQtEvents([&] { return timerTicks < 3; }).Wait();
+    EXPECT_EQ(3, timerTicks);
+}
+
+TEST(WaitWithQtEventsTest, SeesAChangeWithoutAnyEventAndDoesNotSpin)
+{
+    std::atomic<bool> keepWaiting{true};
+    std::atomic<bool> returned{false};
+    std::atomic<bool> neededRescue{false};
+    std::atomic<int> looks{0};
+    QObject mainObject;
+    std::thread setter([&] {
+        std::this_thread::sleep_for(1200ms);  // a few wake-up intervals, with no event sent
+        keepWaiting = false;
+        // Should the wait never look again by itself, wake it so that the test fails, not hangs.
+        if (!WaitForFlag(returned)) {
+            neededRescue = true;
+            QMetaObject::invokeMethod(&mainObject, [] {}, Qt::QueuedConnection);
+        }
+    });
+    WaitWithQtEvents([&] {
+        ++looks;
+        return keepWaiting.load();
+    }).Wait();
+    returned = true;
+    setter.join();
+    EXPECT_FALSE(neededRescue);
+    // A spinning wait would look millions of times; the wake-ups alone come every 500 ms.
+    EXPECT_LT(looks.load(), 200);
+}
+
+// ---- QtEventProxy ----
+
+TEST(QtEventProxyTest, HandsChosenEventTypesToTheirFunctions)
+{
+    QObject watched;
+    QtEventProxy proxy;
+    watched.installEventFilter(&proxy);
+    int userEvents = 0;
+    QObject* seenObject = nullptr;
+    proxy.SetHandler(QEvent::User, [&](QObject* object, QEvent*) {
+        ++userEvents;
+        seenObject = object;
+        return true;
+    });
+    proxy.SetHandler(static_cast<QEvent::Type>(QEvent::User + 1), [](QObject*, QEvent*) { return false; });
+
+    QEvent user(QEvent::User);
+    QEvent passed(static_cast<QEvent::Type>(QEvent::User + 1));
+    QEvent unmapped(static_cast<QEvent::Type>(QEvent::User + 2));
+    EXPECT_TRUE(proxy.eventFilter(&watched, &user));
+    EXPECT_FALSE(proxy.eventFilter(&watched, &passed));
+    EXPECT_FALSE(proxy.eventFilter(&watched, &unmapped));
+    QCoreApplication::sendEvent(&watched, &user);
+    EXPECT_EQ(2, userEvents);
+    EXPECT_EQ(&watched, seenObject);
+
+    proxy.SetHandler(QEvent::User, {});
+    EXPECT_FALSE(proxy.eventFilter(&watched, &user));
+    EXPECT_EQ(2, userEvents);
+}
+
+// ---- QtEventLoopWorkaround ----
+
+TEST(QtEventLoopWorkaroundTest, PumpStopsWhenFinishedOrWhenIdleTooLong)
+{
+    QtEventLoopWorkaround workaround;
+    bool finished = false;
+    QTimer::singleShot(20, [&] { finished = true; });
+    int timeLeft = 60000;
+    workaround.PumpWhileIdleAllows([&] { return finished; }, timeLeft);
+    EXPECT_TRUE(finished);
+    EXPECT_GE(timeLeft, 0);
+
+    // With nothing happening, the budget runs out; the wake-ups make sure it is noticed. The
+    // rescue timer only turns a missing wake-up into a failure instead of a hang.
+    bool rescued = false;
+    QTimer rescue;
+    rescue.setSingleShot(true);
+    QObject::connect(&rescue, &QTimer::timeout, [&] { rescued = true; });
+    rescue.start(kHangLimit);
+    int shortBudget = 50;
+    workaround.PumpWhileIdleAllows([] { return false; }, shortBudget);
+    EXPECT_LT(shortBudget, 0);
+    EXPECT_FALSE(rescued);
+}
+
+TEST(QtEventLoopWorkaroundTest, ProgressRaisesTheIdleBudget)
+{
+    QtEventLoopWorkaround workaround;
+    int timeLeft = 300;
+    int progress = 0;
+    QTimer ticker;
+    ticker.setInterval(100);
+    // Every tick is a sign of life, like a block of a download arriving.
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        ++progress;
+        timeLeft = 300;
+    });
+    ticker.start();
+    // Runs well past the 300 ms budget because progress keeps coming.
+    workaround.PumpWhileIdleAllows([&] { return progress >= 8; }, timeLeft);
+    EXPECT_EQ(8, progress);
+    EXPECT_GE(timeLeft, 0);
+}
+
+// ---- CQtGalleryThreadBase ----
+
+class RecordingObserver : public IGalleryThreadObserver
+{
+public:
+    void OnThreadFinished(CQtGalleryThreadBase* thread) override
+    {
+        finishedThread = thread;
+        wasRunning = thread->IsRunning();
+        ++calls;
+    }
+    CQtGalleryThreadBase* finishedThread = nullptr;
+    bool wasRunning = false;
+    int calls = 0;
+};
+
+class TestWorker : public CQtGalleryThreadBase
+{
+public:
+    explicit TestWorker(std::function<int(TestWorker&)> body) : m_body(std::move(body)) {}
+    ~TestWorker() override
+    {
+        Cancel();
+        Wait();
+    }
+    using CQtGalleryThreadBase::IsCancelled;
+    QThread* ranOn = nullptr;
+    int loopLevel = -1;
+
+protected:
+    int Work() override
+    {
+        ranOn = QThread::currentThread();
+        loopLevel = ranOn->loopLevel();
+        return m_body(*this);
+    }
+
+private:
+    std::function<int(TestWorker&)> m_body;
+};
+
+TEST(CQtGalleryThreadBaseTest, InlineStartRunsOnTheCallersThread)
+{
+    RecordingObserver observer;
+    TestWorker worker([](TestWorker& self) { return self.IsRunning() ? 7 : -1; });
+    worker.SetObserver(&observer);
+    worker.Start(true);
+    EXPECT_EQ(7, worker.Result());
+    EXPECT_EQ(QThread::currentThread(), worker.ranOn);
+    EXPECT_FALSE(worker.IsRunning());
+    EXPECT_FALSE(worker.isRunning());
+    EXPECT_EQ(1, observer.calls);
+    EXPECT_EQ(&worker, observer.finishedThread);
+    EXPECT_TRUE(observer.wasRunning);
+    worker.Wait();  // nothing runs: returns at once
+}
+
+TEST(CQtGalleryThreadBaseTest, ThreadedStartRunsInTheWorkersEventLoop)
+{
+    RecordingObserver observer;
+    QThread::Priority priority = QThread::InheritPriority;
+    TestWorker worker([&](TestWorker&) {
+        priority = QThread::currentThread()->priority();
+        return 11;
+    });
+    worker.SetObserver(&observer);
+    worker.Start(false);
+    EXPECT_TRUE(worker.IsRunning());
+    worker.Wait();
+    EXPECT_FALSE(worker.IsRunning());
+    EXPECT_FALSE(worker.isRunning());
+    EXPECT_EQ(11, worker.Result());
+    EXPECT_NE(QThread::currentThread(), worker.ranOn);
+    EXPECT_GE(worker.loopLevel, 1);
+    EXPECT_EQ(QThread::LowPriority, priority);
+    EXPECT_EQ(1, observer.calls);
+    EXPECT_EQ(&worker, observer.finishedThread);
+}
+
+TEST(CQtGalleryThreadBaseTest, CancelReachesTheWorkAndWaitPumpsMeanwhile)
+{
+    std::atomic<bool> started{false};
+    TestWorker worker([&](TestWorker& self) {
+        started = true;
+        const auto deadline = std::chrono::steady_clock::now() + kHangLimit;
+        while (!self.IsCancelled() && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(2ms);
+        return self.IsCancelled() ? 4 : 0;
+    });
+    worker.Start(false);
+    ASSERT_TRUE(PumpUntil([&] { return started.load(); }));
+
+    // The cancel comes from the main thread's event loop, which only Wait() keeps running.
+    QTimer::singleShot(30, [&] { worker.Cancel(); });
+    worker.Wait();
+    EXPECT_TRUE(worker.IsCancelled());
+    EXPECT_EQ(4, worker.Result());
+    EXPECT_FALSE(worker.isRunning());
+}
+
+TEST(CQtGalleryThreadBaseTest, WaitOnAWorkerNeverStartedReturnsAtOnce)
+{
+    TestWorker worker([](TestWorker&) { return 0; });
+    worker.Wait();
+    EXPECT_FALSE(worker.IsRunning());
+    EXPECT_EQ(nullptr, worker.ranOn);
+}
+
+}  // namespace

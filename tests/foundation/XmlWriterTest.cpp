@@ -1,0 +1,273 @@
+#include "CAtlStringA.h"
+#include "CComPtr.h"
+#include "CZoltaFilePath.h"
+#include "IZOLTAXMLWriter.h"
+#include "TestEnvironment.h"
+#include "ZOLTAXMLWriter.h"
+#include "ZoltaFileStreams.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using curatool::test::MakeScratchDir;
+using curatool::test::ReadFile;
+
+CZoltaFilePath FilePath(const std::string& path)
+{
+    return CZoltaFilePath(QString::fromStdString(path));
+}
+
+// Runs `build` on a fresh string writer and gives what it wrote.
+std::string Written(const std::function<void(IZOLTAXMLWriter*)>& build)
+{
+    CComPtr<IZOLTAXMLWriter> writer;
+    EXPECT_EQ(S_OK, CreateStringWriter(&writer));
+    build(writer);
+    CAtlStringA text;
+    EXPECT_EQ(S_OK, writer->GetResult(&text));
+    return std::string(static_cast<const char*>(text), text.GetLength());
+}
+
+// A stream that keeps every write apart, to see how the writer cuts its output.
+class RecordingStream : public IStream
+{
+public:
+    HRESULT QueryInterface(REFIID, void**) override { return E_NOTIMPL; }
+    std::uint32_t AddRef() override { return ++m_refs; }
+    std::uint32_t Release() override
+    {
+        const std::uint32_t left = --m_refs;
+        if (left == 0)
+            delete this;
+        return left;
+    }
+    HRESULT Read(void*, std::uint32_t, std::uint32_t*) override { return E_NOTIMPL; }
+    HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override
+    {
+        writes.emplace_back(static_cast<const char*>(data), size);
+        if (outWritten)
+            *outWritten = size;
+        return failWrites ? E_FAIL : S_OK;
+    }
+    HRESULT Seek(LARGE_INTEGER, std::uint32_t, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+    HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    HRESULT Commit(std::uint32_t) override { return E_NOTIMPL; }
+    HRESULT Revert() override { return E_NOTIMPL; }
+    HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
+    HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
+    HRESULT Stat(STATSTG*, std::uint32_t) override { return E_NOTIMPL; }
+    HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+
+    std::vector<std::string> writes;
+    bool failWrites = false;
+
+private:
+    std::uint32_t m_refs = 1;
+};
+
+class WriterOn : public CMyWriter
+{
+public:
+    explicit WriterOn(IStream* stream) : CMyWriter(CComPtr<IStream>(stream)) {}
+    HRESULT GetResult(CAtlStringA*) override { return S_OK; }
+};
+
+TEST(XmlWriterTest, ElementsTakeTheEmptyFormUntilContentCloses)
+{
+    EXPECT_EQ("<a/>", Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("a");
+                  w->EndElement("a");
+              }));
+    // Text closes the start tag even when it is empty.
+    EXPECT_EQ("<a></a>", Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("a");
+                  w->AddText("");
+                  w->EndElement("a");
+              }));
+    EXPECT_EQ("<a x=\"1\"><b/><c y=\"2\"/></a>", Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("a");
+                  w->AddAttribute("x", "1");
+                  w->StartElement("b");
+                  w->EndElement("b");
+                  w->StartElement("c");
+                  w->AddAttribute("y", "2");
+                  w->EndElement("c");
+                  w->EndElement("a");
+              }));
+}
+
+TEST(XmlWriterTest, EscapesTheFiveSpecialBytesAndNothingElse)
+{
+    EXPECT_EQ("<t v=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;x&gt;\">a&lt;b&amp;c&gt;&quot;&apos;</t>",
+              Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("t");
+                  w->AddAttribute("v", "say \"hi\" & 'bye' <x>");
+                  w->AddText("a<b&c>\"'");
+                  w->EndElement("t");
+              }));
+    // Control characters and UTF-8 go through untouched.
+    const char* raw = "tab\there\x01\x1f caf\xc3\xa9";
+    EXPECT_EQ(raw, Written([raw](IZOLTAXMLWriter* w) { w->AddText(raw); }));
+}
+
+TEST(XmlWriterTest, EscapingWritesPlainRunsAndEntitiesOneWriteEach)
+{
+    auto* stream = new RecordingStream;
+    CComPtr<IStream> keep;
+    keep.Attach(stream);
+    CComPtr<IZOLTAXMLWriter> writer;
+    writer.Attach(new WriterOn(stream));
+
+    writer->AddText("a<b&c");
+    EXPECT_EQ((std::vector<std::string>{"a", "&lt;", "b", "&amp;", "c"}), stream->writes);
+
+    stream->writes.clear();
+    writer->AddText("&&plain");
+    EXPECT_EQ((std::vector<std::string>{"&amp;", "&amp;", "plain"}), stream->writes);
+}
+
+TEST(XmlWriterTest, MultiPartAttributeStopsAtTheFirstNull)
+{
+    EXPECT_EQ("<e n=\"a&lt;bc\" m=\"ab\" k=\"a\"/>", Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("e");
+                  w->AddAttribute("n", "a<", "b", "c");
+                  w->AddAttribute("m", "a", "b", nullptr);
+                  w->AddAttribute("k", "a", nullptr, "never");
+                  w->EndElement("e");
+              }));
+}
+
+TEST(XmlWriterTest, WideAttributeIsWrittenAsUtf8)
+{
+    EXPECT_EQ("<e v=\"\xc3\xa9\xe2\x82\xac&amp;\xf0\x9f\x98\x80\"/>", Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("e");
+                  w->AddAttributeWide("v", L"\u00e9\u20ac&\U0001F600");
+                  w->EndElement("e");
+              }));
+}
+
+TEST(XmlWriterTest, RawWritingLeavesTheStartTagOpenAndTextUnescaped)
+{
+    EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"
+              "<root xmlns:z=\"u&v\"><i>&amp;</i></root>",
+              Written([](IZOLTAXMLWriter* w) {
+                  w->WriteHeader();
+                  w->StartElement("root");
+                  w->WriteRaw(" xmlns:z=\"u&v\"");
+                  w->AddRawText("<i>&amp;</i>");
+                  w->EndElement("root");
+              }));
+}
+
+TEST(XmlWriterTest, WriterWithoutAStreamReportsFailure)
+{
+    CComPtr<IZOLTAXMLWriter> writer;
+    writer.Attach(new WriterOn(nullptr));
+    EXPECT_EQ(E_FAIL, writer->WriteHeader());
+    EXPECT_EQ(E_FAIL, writer->WriteRaw("x"));
+    EXPECT_EQ(E_FAIL, writer->StartElement("a"));
+    EXPECT_EQ(E_FAIL, writer->AddAttribute("n", "v"));
+    EXPECT_EQ(E_FAIL, writer->AddAttributeWide("n", L"v"));
+    EXPECT_EQ(E_FAIL, writer->AddText("t"));
+    EXPECT_EQ(E_FAIL, writer->AddRawText("t"));
+    EXPECT_EQ(E_FAIL, writer->EndElement("a"));
+}
+
+TEST(XmlWriterTest, FailedWritesOnALiveStreamAreNotReported)
+{
+    auto* stream = new RecordingStream;
+    stream->failWrites = true;
+    CComPtr<IStream> keep;
+    keep.Attach(stream);
+    CComPtr<IZOLTAXMLWriter> writer;
+    writer.Attach(new WriterOn(stream));
+    EXPECT_EQ(S_OK, writer->StartElement("a"));
+    EXPECT_EQ(S_OK, writer->AddText("b"));
+}
+
+TEST(XmlWriterTest, CountsReferencesAndRefusesQueryInterface)
+{
+    CComPtr<IZOLTAXMLWriter> writer;
+    ASSERT_EQ(S_OK, CreateStringWriter(&writer));
+    EXPECT_EQ(2u, writer->AddRef());
+    EXPECT_EQ(1u, writer->Release());
+    void* other = writer.p;
+    EXPECT_EQ(E_NOTIMPL, writer->QueryInterface(IID{}, &other));
+    EXPECT_EQ(E_POINTER, CreateStringWriter(nullptr));
+    EXPECT_EQ(E_POINTER, writer->GetResult(nullptr));
+}
+
+TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)
+{
+    const std::string dir = MakeScratchDir("xml-file");
+    const std::string path = dir + "/out.xml";
+    {
+        CComPtr<IZOLTAXMLWriter> writer;
+        ASSERT_EQ(S_OK, CreateFileWriter(&writer, FilePath(path)));
+        writer->WriteHeader();
+        WriteSimpleElement(writer, "name", "Tom & Jerry");
+        EXPECT_EQ(S_OK, writer->GetResult(nullptr));
+    }
+    EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><name>Tom &amp; Jerry</name>",
+              ReadFile(path));
+
+    IZOLTAXMLWriter* failed = reinterpret_cast<IZOLTAXMLWriter*>(&failed);
+    EXPECT_EQ(E_FAIL, CreateFileWriter(&failed, FilePath(dir + "/missing/out.xml")));
+    EXPECT_EQ(nullptr, failed);
+    EXPECT_EQ(E_POINTER, CreateFileWriter(nullptr, FilePath(path)));
+}
+
+TEST(XmlWriterTest, CompressedFileWriterStoresZlibData)
+{
+    const std::string dir = MakeScratchDir("xml-compressed");
+    const std::string path = dir + "/out.xml.z";
+    {
+        CComPtr<IZOLTAXMLWriter> writer;
+        auto* fileWriter = new CMyFileWriter(FilePath(path), true);
+        writer.Attach(fileWriter);
+        ASSERT_TRUE(fileWriter->IsOpen());
+        writer->StartElement("root");
+        for (int i = 0; i < 200; ++i)
+            WriteSimpleElement(writer, "item", "same text over and over");
+        writer->EndElement("root");
+    }
+    std::vector<std::uint8_t> plain;
+    ASSERT_EQ(S_OK, ReadCompressedFile(FilePath(path), plain));
+    const std::string text(plain.begin(), plain.end());
+    EXPECT_EQ(0u, text.rfind("<root><item>same text over and over</item>", 0));
+    EXPECT_EQ(text.size() - 7, text.find("</root>"));
+    EXPECT_LT(ReadFile(path).size(), text.size());
+}
+
+TEST(XmlWriterTest, TypedHelpersFormatTheirValues)
+{
+    EXPECT_EQ("<e f=\"3.14\" g=\"-1.50\" h=\"2.00\" i=\"-42\" c=\"#0a0bff\" n=\"none\" d=\"data:;base64,aGVsbG8=\" z=\"data:;base64,\"/>",
+              Written([](IZOLTAXMLWriter* w) {
+                  w->StartElement("e");
+                  AddAttributeFloat(w, "f", 3.14159);
+                  AddAttributeFloat(w, "g", -1.5);
+                  AddAttributeFloat(w, "h", 2.0);
+                  AddAttributeInt(w, "i", -42);
+                  AddAttributeColor(w, "c", 0x0A0BFF);
+                  AddAttributeColor(w, "n", 0x123456, true);
+                  AddAttributeBinary(w, "d", "hello", 5);
+                  AddAttributeBinary(w, "z", nullptr, 0);
+                  w->EndElement("e");
+              }));
+    EXPECT_EQ("<s>a&lt;b</s><s></s><c><![CDATA[x<&y]]></c>", Written([](IZOLTAXMLWriter* w) {
+                  WriteSimpleElement(w, "s", "a<b");
+                  WriteSimpleElement(w, "s", nullptr);
+                  w->StartElement("c");
+                  AddCData(w, "x<&y");
+                  w->EndElement("c");
+              }));
+    EXPECT_EQ(E_POINTER, WriteSimpleElement(nullptr, "s", "t"));
+}
+
+}  // namespace
