@@ -1,0 +1,221 @@
+#include "CApplicationFactory.h"
+#include "CConfiguration.h"
+#include "CWorkFlow.h"
+#include "TestEnvironment.h"
+
+#include <QApplication>
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+
+namespace {
+
+CAtlString S(const wchar_t* text)
+{
+    return CAtlString(text);
+}
+
+std::string UsageText()
+{
+    std::ifstream in(CURATOOL_SOURCE_DIR "/tests/e2e/data/usage.txt", std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+struct Factory : testing::Test
+{
+    CApplicationFactory factory;
+
+    void Parse(std::initializer_list<const char*> tokens)
+    {
+        std::vector<char*> argv{const_cast<char*>("/opt/curatool/curatool")};
+        for (const char* token : tokens)
+            argv.push_back(const_cast<char*>(token));
+        factory.ParseCommandLine(int(argv.size()), argv.data());
+    }
+
+    std::vector<std::wstring> Errors() const
+    {
+        std::vector<std::wstring> result;
+        for (const CAtlString& e : factory.Context().errors)
+            result.emplace_back(e.GetString());
+        return result;
+    }
+
+    // Runs the bound work flow; returns its code and what it printed.
+    int RunCapturing(std::string& out, std::string& err)
+    {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const int code = factory.Run();
+        out = testing::internal::GetCapturedStdout();
+        err = testing::internal::GetCapturedStderr();
+        return code;
+    }
+};
+
+using Strings = std::vector<std::wstring>;
+
+TEST_F(Factory, StartsWindowBasedWantingPrivilegesWithTheDefaultSheet)
+{
+    EXPECT_TRUE(factory.WantsElevation());
+    EXPECT_TRUE(factory.NeedsElevation());
+    ASSERT_TRUE(factory.Configuration());
+    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET, factory.StyleSheet());
+    EXPECT_TRUE(CApplicationFactory::DEFAULT_STYLE_SHEET.startsWith("#labelGalleryName {font: bold 12pt}"));
+    EXPECT_TRUE(CApplicationFactory::DEFAULT_STYLE_SHEET.endsWith("QListWidget {font-size: 10pt}"));
+}
+
+TEST_F(Factory, RawArgumentsAreKeptAsGiven)
+{
+    Parse({"--installall", "-source", "/media/Disc Ü", "x"});
+    EXPECT_EQ((QStringList{"--installall", "-source", "/media/Disc Ü", "x"}), factory.Context().rawArguments);
+    EXPECT_EQ(QStringLiteral("/media/Disc Ü"), factory.Context().source.ToQString());
+    ASSERT_EQ(1u, factory.Context().defaultParams.size());
+}
+
+TEST_F(Factory, EveryValueOptionFillsItsField)
+{
+    Parse({"-locale", "de", "-proxy", "p:1", "-username", "u", "-password", "pw", "-source", "s",
+           "-destination", "d", "-c", "a1", "-c", "a2", "-c", "a1"});
+    const CCmdLineContext& c = factory.Context();
+    EXPECT_EQ(S(L"de"), c.locale);
+    EXPECT_EQ(S(L"p:1"), c.proxy);
+    EXPECT_EQ(S(L"u"), c.username);
+    EXPECT_EQ(S(L"pw"), c.password);
+    EXPECT_EQ(S(L"s"), c.source);
+    EXPECT_EQ(S(L"d"), c.destination);
+    EXPECT_EQ(3u, c.categoryAliases.size());
+    EXPECT_TRUE(c.errors.empty());
+}
+
+TEST_F(Factory, EveryFlagSetsItsField)
+{
+    Parse({"-remote", "--allowdownload", "\\verbose", "-authorized", "-overrideproxy"});
+    const CCmdLineContext& c = factory.Context();
+    EXPECT_TRUE(c.remote && c.allowDownload && c.verbose && c.authorized && c.overrideProxy);
+    EXPECT_TRUE(c.errors.empty());
+    EXPECT_TRUE(factory.WantsElevation());
+    EXPECT_FALSE(factory.NeedsElevation()) << "-authorized: already relaunched";
+}
+
+TEST_F(Factory, CommandLineActionsDropPrivilegesWindowBasedOnesKeepThem)
+{
+    for (const char* action : {"--uninstall", "--installall", "--installsome", "--register", "--downloadall",
+                               "--downloadsome", "-h", "-?", "--help"}) {
+        CApplicationFactory f;
+        char* argv[] = {const_cast<char*>("prog"), const_cast<char*>(action)};
+        f.ParseCommandLine(2, argv);
+        EXPECT_FALSE(f.WantsElevation()) << action;
+        EXPECT_FALSE(f.NeedsElevation()) << action;
+    }
+    for (const char* action : {"--uninstallall", "--waitforcd", "--justupdated"}) {
+        CApplicationFactory f;
+        char* argv[] = {const_cast<char*>("prog"), const_cast<char*>(action)};
+        f.ParseCommandLine(2, argv);
+        EXPECT_TRUE(f.NeedsElevation()) << action;
+    }
+}
+
+TEST_F(Factory, HelpAloneGivesTheUsageWithoutHeading)
+{
+    Parse({"-h"});
+    std::string out, err;
+    EXPECT_EQ(666, RunCapturing(out, err));
+    EXPECT_EQ(UsageText(), out);
+    EXPECT_EQ("", err);
+}
+
+TEST_F(Factory, IllegalSecondActionPrintsErrorsThenUsage)
+{
+    Parse({"--installall", "--uninstall"});
+    std::string out, err;
+    EXPECT_EQ(666, RunCapturing(out, err));
+    EXPECT_EQ("Errors in parameters:\n   Illegal: \"uninstall\"\n\n", err);
+    EXPECT_EQ(UsageText(), out);
+    EXPECT_FALSE(factory.WantsElevation()) << "the usage text is a console run";
+}
+
+TEST_F(Factory, MissingValueOfLastTokenAndBeforeAFlag)
+{
+    Parse({"-destination"});
+    EXPECT_EQ(Strings{L"Missing value: \"destination\""}, Errors());
+
+    CApplicationFactory second;
+    char* argv[] = {const_cast<char*>("prog"), const_cast<char*>("-destination"), const_cast<char*>("-verbose")};
+    second.ParseCommandLine(3, argv);
+    EXPECT_TRUE(second.Context().verbose);
+    EXPECT_TRUE(second.Context().destination.IsEmpty());
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(666, second.Run());
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ("Errors in parameters:\n   Missing value: \"destination\"\n\n", testing::internal::GetCapturedStderr());
+}
+
+TEST_F(Factory, UsageTextTokensAreNotOptions)
+{
+    Parse({"--dowloadall", "--dowloadsome", "-INSTALLALL"});
+    EXPECT_EQ((Strings{L"Unknown: \"dowloadall\"", L"Unknown: \"dowloadsome\"", L"Unknown: \"INSTALLALL\""}),
+              Errors());
+    EXPECT_TRUE(factory.WantsElevation()) << "nothing chose an action: still the window-based run";
+}
+
+TEST_F(Factory, HelpComplaintIsCountedOncePerName)
+{
+    Parse({"--register", "--help"});
+    EXPECT_EQ(Strings(3, L"Illegal: \"help\""), Errors());
+}
+
+TEST_F(Factory, ComplaintsFollowTheOrderOfTheNameMaps)
+{
+    Parse({"--uninstall", "--register", "--installall", "-guid", "a", "-guid", "b", "-configuration", "c",
+           "--waitforcd"});
+    EXPECT_EQ((Strings{L"Illegal: \"configuration\"", L"Illegal: \"guid\"", L"Illegal: \"installall\"",
+                       L"Illegal: \"register\"", L"Illegal: \"waitforcd\""}),
+              Errors());
+}
+
+TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
+{
+    const std::string dir = curatool::test::MakeScratchDir("factory-cwd");
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(QString::fromStdString(dir));
+    Parse({"-configuration", "no-such-collection"});
+    QDir::setCurrent(previous);
+
+    EXPECT_EQ(QString::fromStdString(dir) + "/no-such-collection", factory.Context().configurationPath.ToQString());
+    EXPECT_TRUE(factory.Context().errors.empty()) << "a failed load records no message";
+    EXPECT_FALSE(factory.LoadConfigurationPath(S(L"/no/such/place")));
+}
+
+TEST_F(Factory, ApplyingTheSheetNeedsAnApplication)
+{
+    factory.ApplyStyleSheet(nullptr);
+    factory.InstallTranslator(nullptr);
+    factory.ApplyStyleSheet(qApp);
+    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET, qApp->styleSheet());
+    qApp->setStyleSheet(QString());
+}
+
+TEST_F(Factory, JustUpdatedParsesTheStoredArgumentsOnce)
+{
+    ASSERT_TRUE(CWorkFlow::StoreArguments({"-verbose", "--help"}));
+    Parse({"--justupdated"});
+    EXPECT_TRUE(factory.NeedsElevation());
+
+    std::string out, err;
+    EXPECT_EQ(666, RunCapturing(out, err)) << "the stored --help chose the work flow";
+    EXPECT_EQ(UsageText(), out);
+    EXPECT_TRUE(factory.Context().verbose);
+    EXPECT_EQ((QStringList{"-verbose", "--help"}), factory.Context().rawArguments);
+
+    QStringList again;
+    EXPECT_TRUE(CWorkFlow::LoadArguments(again));
+    EXPECT_TRUE(again.isEmpty()) << "the hand-over serves one start";
+}
+
+}  // namespace

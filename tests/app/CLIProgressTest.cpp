@@ -1,0 +1,68 @@
+#include "CLIProgress.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string Printed(CLIProgress& progress, int stage, const wchar_t* item, int percent, int overall)
+{
+    testing::internal::CaptureStdout();
+    progress.Progress(eGalleryInstallationProgress(stage), nullptr, item, percent, overall);
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(CLIProgress, SilentUnlessVerbose)
+{
+    CLIProgress progress;
+    EXPECT_FALSE(progress.IsVerbose());
+    EXPECT_EQ("", Printed(progress, 1, L"a.zip", 100, 50));
+}
+
+TEST(CLIProgress, OnlyFinishedItemsArePrinted)
+{
+    CLIProgress progress;
+    progress.SetVerbose(true);
+    EXPECT_EQ("", Printed(progress, 6, L"done", 99, 100));
+    EXPECT_EQ("", Printed(progress, 2, L"x", 0, 0));
+    EXPECT_EQ("", Printed(progress, 2, L"x", -5, 0));
+    EXPECT_NE("", Printed(progress, 2, L"x", 101, 0));
+}
+
+TEST(CLIProgress, WorkingStagesShareTheLineWithTheItem)
+{
+    CLIProgress progress;
+    progress.SetVerbose(true);
+    EXPECT_EQ("Downloading:  \t[42%] Pictures/animals.zip\n", Printed(progress, 1, L"Pictures/animals.zip", 100, 42));
+    EXPECT_EQ("Installing:  \t[0%] a\n", Printed(progress, 2, L"a", 100, 0));
+    EXPECT_EQ("Uninstalling:  \t[100%] b\n", Printed(progress, 3, L"b", 100, 100));
+    EXPECT_EQ("Reading:  \t[7%] \n", Printed(progress, 4, L"", 100, 7));
+}
+
+TEST(CLIProgress, FinalStagesPutTheirWordOnALineOfItsOwn)
+{
+    CLIProgress progress;
+    progress.SetVerbose(true);
+    EXPECT_EQ("Canceled\n \t[3%] c\n", Printed(progress, 5, L"c", 100, 3));
+    EXPECT_EQ("Complete\n \t[100%] all\n", Printed(progress, 6, L"all", 100, 100));
+    EXPECT_EQ("Failed\n \t[61%] f.gallery\n", Printed(progress, 7, L"f.gallery", 100, 61));
+}
+
+TEST(CLIProgress, UnknownStagesPrintNoWord)
+{
+    CLIProgress progress;
+    progress.SetVerbose(true);
+    EXPECT_EQ(" \t[1%] z\n", Printed(progress, 0, L"z", 100, 1));
+    EXPECT_EQ(" \t[1%] z\n", Printed(progress, 8, L"z", 100, 1));
+}
+
+TEST(CLIProgress, CategoryNameGoesInParenthesesBeforeTheItem)
+{
+    const CAtlString category(QStringLiteral("Tiere & Pflanzen é"));
+    EXPECT_STREQ("Installing:  \t[5%] (Tiere & Pflanzen \xC3\xA9) pkg/\xE2\x82\xAC.zip\n",
+                 CLIProgress::FormatLine(2, &category, L"pkg/\u20AC.zip", 5).GetString());
+    const CAtlString unnamed;
+    EXPECT_STREQ("Complete\n \t[100%] () x\n", CLIProgress::FormatLine(6, &unnamed, L"x", 100).GetString());
+    EXPECT_STREQ("Installing:  \t[5%] y\n", CLIProgress::FormatLine(2, nullptr, L"y", 5).GetString());
+}
+
+}  // namespace

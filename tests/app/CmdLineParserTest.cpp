@@ -1,0 +1,251 @@
+#include "CCmdLineContext.h"
+#include "CCmdLineParser.h"
+#include "CmdLineParameters.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+
+namespace {
+
+CAtlString S(const wchar_t* text)
+{
+    return CAtlString(text);
+}
+
+CWorkFlowFunction Returning(int code)
+{
+    return [code](const CCmdLineContext&, std::shared_ptr<CConfiguration>) { return code; };
+}
+
+// A small vocabulary of each kind, with actions that tell by their code which one was bound.
+struct ParserHarness : testing::Test
+{
+    enum { kNormal = 1, kInstall = 11, kUninstall = 22, kHelp = 33, kUsage = 666 };
+
+    CCmdLineContext context;
+    bool actionChosen = false;
+    bool errorChosen = false;
+    bool elevation = true;
+    bool valueUsed = false;
+    std::vector<CAtlString> loads;
+    CWorkFlowFunction runner = Returning(kNormal);
+
+    CMultiValueParameter positional{&context.defaultParams};
+    CMultiValueParameter aliases{&context.categoryAliases};
+    CPathParameter source{&context.source};
+    CStringParameter proxy{&context.proxy};
+    CFlagParameter verbose{&context.verbose};
+    CActionParameter install{&actionChosen, &elevation, false, &runner, Returning(kInstall)};
+    CActionParameter uninstall{&actionChosen, &elevation, false, &runner, Returning(kUninstall)};
+    CActionParameter help{&actionChosen, &elevation, false, &runner, Returning(kHelp)};
+    CValueActionParameter configuration{[this](const CAtlString& v) {
+                                            loads.push_back(v);
+                                            return true;
+                                        },
+                                        &valueUsed};
+    CErrorParameter error{&errorChosen, &elevation, &runner, Returning(kUsage), &context.errors};
+    CCmdLineParser parser;
+
+    void SetUp() override
+    {
+        parser.SetDefaultParam(&positional);
+        parser.SetErrorParam(&error);
+        parser.AddValueParam(S(L"source"), &source);
+        parser.AddValueParam(S(L"proxy"), &proxy);
+        parser.AddValueParam(S(L"c"), &aliases);
+        parser.AddValueParam(S(L"configuration"), &configuration);
+        parser.AddFlagParam(S(L"verbose"), &verbose);
+        parser.AddFlagParam(S(L"installall"), &install);
+        parser.AddFlagParam(S(L"uninstall"), &uninstall);
+        parser.AddFlagParam(S(L"help"), &help);
+        parser.AddFlagParam(S(L"?"), &help);
+        parser.AddFlagParam(S(L"h"), &help);
+    }
+
+    bool Parse(std::initializer_list<const wchar_t*> tokens)
+    {
+        std::vector<CAtlString> arguments{S(L"/opt/curatool")};
+        for (const wchar_t* token : tokens)
+            arguments.push_back(S(token));
+        return parser.Parse(arguments);
+    }
+
+    int Bound() { return runner(context, nullptr); }
+
+    std::vector<std::wstring> Errors() const
+    {
+        std::vector<std::wstring> result;
+        for (const CAtlString& e : context.errors)
+            result.emplace_back(e.GetString());
+        return result;
+    }
+};
+
+using Strings = std::vector<std::wstring>;
+
+TEST(CmdLineParserPrefix, AllThreePrefixesGiveTheSameName)
+{
+    for (const wchar_t* token : {L"-installall", L"--installall", L"\\installall"}) {
+        CAtlString t(token);
+        EXPECT_TRUE(CCmdLineParser::StripOptionPrefix(t)) << token;
+        EXPECT_EQ(S(L"installall"), t) << token;
+    }
+}
+
+TEST(CmdLineParserPrefix, OnlyOneBackslashOrAtMostTwoDashesAreRemoved)
+{
+    struct Case { const wchar_t* token; const wchar_t* name; };
+    for (Case c : {Case{L"---x", L"-x"}, Case{L"\\\\x", L"\\x"}, Case{L"\\-x", L"-x"}, Case{L"-\\x", L"\\x"},
+                   Case{L"-", L""}, Case{L"--", L""}}) {
+        CAtlString t(c.token);
+        EXPECT_TRUE(CCmdLineParser::StripOptionPrefix(t)) << c.token;
+        EXPECT_EQ(S(c.name), t) << c.token;
+    }
+}
+
+TEST(CmdLineParserPrefix, PositionalTokensStayAsTheyAre)
+{
+    for (const wchar_t* token : {L"", L"x-y", L"/tmp/-a", L" -a", L"installall"}) {
+        CAtlString t(token);
+        EXPECT_FALSE(CCmdLineParser::StripOptionPrefix(t)) << token;
+        EXPECT_EQ(S(token), t);
+    }
+}
+
+TEST_F(ParserHarness, NothingGivenKeepsTheStartingWorkFlow)
+{
+    EXPECT_TRUE(Parse({}));
+    EXPECT_EQ(kNormal, Bound());
+    EXPECT_TRUE(context.errors.empty());
+    EXPECT_TRUE(elevation);
+}
+
+TEST_F(ParserHarness, ValuesFlagsAndPositionalsLandInTheirFields)
+{
+    EXPECT_TRUE(Parse({L"first", L"-source", L"/media/cd", L"--verbose", L"", L"-c", L"a", L"\\c", L"b", L"last"}));
+    EXPECT_EQ(S(L"/media/cd"), context.source);
+    EXPECT_TRUE(context.verbose);
+    ASSERT_EQ(2u, context.categoryAliases.size());
+    EXPECT_EQ(S(L"b"), context.categoryAliases[1]);
+    ASSERT_EQ(3u, context.defaultParams.size());
+    EXPECT_EQ(S(L"first"), context.defaultParams[0]);
+    EXPECT_TRUE(context.defaultParams[1].IsEmpty()) << "an empty token is positional";
+    EXPECT_EQ(S(L"last"), context.defaultParams[2]);
+    EXPECT_TRUE(context.errors.empty());
+}
+
+TEST_F(ParserHarness, FirstActionWinsAndTheLaterOneEndsInUsage)
+{
+    EXPECT_FALSE(Parse({L"--installall", L"--uninstall"}));
+    EXPECT_EQ(kUsage, Bound());
+    EXPECT_EQ(Strings{L"Illegal: \"uninstall\""}, Errors());
+}
+
+TEST_F(ParserHarness, UnknownOptionIsRecordedButTheActionStillRuns)
+{
+    EXPECT_TRUE(Parse({L"--foo", L"--installall"}));
+    EXPECT_EQ(kInstall, Bound());
+    EXPECT_FALSE(elevation);
+    EXPECT_EQ(Strings{L"Unknown: \"foo\""}, Errors());
+}
+
+TEST_F(ParserHarness, NamesAreCaseSensitive)
+{
+    Parse({L"-INSTALLALL", L"-Verbose"});
+    EXPECT_EQ(kNormal, Bound());
+    EXPECT_FALSE(context.verbose);
+    EXPECT_EQ((Strings{L"Unknown: \"INSTALLALL\"", L"Unknown: \"Verbose\""}), Errors());
+}
+
+TEST_F(ParserHarness, MissingValueAtTheEnd)
+{
+    EXPECT_FALSE(Parse({L"--installall", L"-source"}));
+    EXPECT_EQ(kUsage, Bound());
+    EXPECT_EQ(Strings{L"Missing value: \"source\""}, Errors());
+}
+
+TEST_F(ParserHarness, AnOptionIsNeverTakenAsAValueAndIsExaminedItself)
+{
+    EXPECT_FALSE(Parse({L"-source", L"-verbose"}));
+    EXPECT_TRUE(context.source.IsEmpty());
+    EXPECT_TRUE(context.verbose);
+    EXPECT_EQ(kUsage, Bound());
+    EXPECT_EQ(Strings{L"Missing value: \"source\""}, Errors());
+
+    context = CCmdLineContext();
+    Parse({L"-proxy", L"\\help"});
+    EXPECT_TRUE(context.proxy.IsEmpty());
+    EXPECT_EQ(Strings{L"Missing value: \"proxy\""}, Errors());
+}
+
+TEST_F(ParserHarness, ColonFormPassesValuesThatLookLikeOptions)
+{
+    EXPECT_TRUE(Parse({L"-source:-odd", L"--proxy:host:8080", L"-c:", L"-c:\\x"}));
+    EXPECT_EQ(S(L"-odd"), context.source);
+    EXPECT_EQ(S(L"host:8080"), context.proxy) << "only the first colon splits";
+    ASSERT_EQ(2u, context.categoryAliases.size());
+    EXPECT_TRUE(context.categoryAliases[0].IsEmpty());
+    EXPECT_EQ(S(L"\\x"), context.categoryAliases[1]);
+    EXPECT_TRUE(context.errors.empty());
+}
+
+TEST_F(ParserHarness, ColonFormIsForValueOptionsOnly)
+{
+    Parse({L"-installall:x", L"-nosuch:y", L"-:z"});
+    EXPECT_EQ(kNormal, Bound()) << "a flag written with a colon is unknown, not an action";
+    EXPECT_EQ((Strings{L"Unknown: \"installall\"", L"Unknown: \"nosuch\"", L"Unknown: \"\""}), Errors());
+}
+
+TEST_F(ParserHarness, BareDashIsAnOptionWithAnEmptyName)
+{
+    Parse({L"-"});
+    EXPECT_EQ(Strings{L"Unknown: \"\""}, Errors());
+    EXPECT_TRUE(context.defaultParams.empty());
+}
+
+TEST_F(ParserHarness, ValueActionRunsDuringTheParseOnlyOnce)
+{
+    EXPECT_FALSE(Parse({L"-configuration", L"one", L"-configuration", L"two"}));
+    ASSERT_EQ(1u, loads.size());
+    EXPECT_EQ(S(L"one"), loads[0]);
+    EXPECT_EQ(kUsage, Bound());
+    EXPECT_EQ(Strings{L"Illegal: \"configuration\""}, Errors());
+}
+
+TEST_F(ParserHarness, ComplaintOfAnObjectUnderThreeNamesIsRecordedThreeTimes)
+{
+    Parse({L"--installall", L"-h"});
+    EXPECT_EQ(kUsage, Bound());
+    EXPECT_EQ(Strings(3, L"Illegal: \"h\""), Errors());
+}
+
+TEST_F(ParserHarness, ComplaintsComeAfterTheTokenErrorsInMapOrder)
+{
+    // value map first (configuration), then flags in wcscmp order ("?" < "help" < "uninstall").
+    Parse({L"--installall", L"--uninstall", L"-configuration", L"a", L"-configuration", L"b", L"-zz", L"-?"});
+    EXPECT_EQ((Strings{L"Unknown: \"zz\"", L"Illegal: \"configuration\"", L"Illegal: \"?\"",
+                       L"Illegal: \"?\"", L"Illegal: \"?\"", L"Illegal: \"uninstall\""}),
+              Errors());
+}
+
+TEST_F(ParserHarness, LaterRegistrationReplacesAnEntry)
+{
+    parser.AddFlagParam(S(L"installall"), &uninstall);
+    Parse({L"--installall"});
+    EXPECT_EQ(kUninstall, Bound());
+}
+
+TEST(CmdLineParserBare, WithoutDefaultParameterAPositionalTokenStopsTheParse)
+{
+    CCmdLineContext context;
+    CFlagParameter verbose(&context.verbose);
+    CCmdLineParser parser;
+    parser.AddFlagParam(S(L"verbose"), &verbose);
+    EXPECT_FALSE(parser.Parse({S(L"prog"), S(L"stray"), S(L"-verbose")}));
+    EXPECT_FALSE(context.verbose);
+    EXPECT_TRUE(parser.Parse({S(L"prog"), S(L"-verbose")}));
+    EXPECT_TRUE(context.verbose);
+}
+
+}  // namespace

@@ -1,0 +1,129 @@
+#include "Output.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
+#include <QTranslator>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct OutputTable : testing::Test
+{
+    void SetUp() override { Output::Initialize(); }
+};
+
+TEST_F(OutputTable, HoldsEveryCodeWithItsText)
+{
+    const std::vector<std::pair<int, const char*>> expected = {
+        {0, "Could not load the configuration."},
+        {1, "You must have write permissions for the destination directory:\n%1"},
+        {2, "Curatool"},
+        {3, "Please select another directory."},
+        {4, "Could not read preferences."},
+        {5, "Could not save preferences."},
+        {6, "Could not copy the configuration files."},
+        {7, "Could not download the file:\n%1\nMake sure the computer has an active Internet connection."},
+        {8, "Could not register file associations."},
+        {9, "Cannot find the source for this Gallery."},
+        {10, "There is an update for the application. Click OK to start."},
+        {11, "Could not download the update for Curatool."},
+        {12, "Uninstall complete."},
+        {13, "Another instance of this application is running. Please use it instead."},
+    };
+    for (const auto& [code, text] : expected) {
+        EXPECT_STREQ(text, Output::GetText(code).GetString()) << code;
+        EXPECT_EQ(QString::fromUtf8(text), Output::GetTranslated(code)) << code;
+    }
+}
+
+TEST_F(OutputTable, UnknownCodesGiveEmptyTexts)
+{
+    EXPECT_STREQ("", Output::GetText(14).GetString());
+    EXPECT_STREQ("", Output::GetText(-1, "x").GetString());
+    EXPECT_TRUE(Output::GetTranslated(99).isEmpty());
+
+    testing::internal::CaptureStderr();
+    Output::Error(1234, false);
+    EXPECT_EQ("\n", testing::internal::GetCapturedStderr());
+}
+
+TEST_F(OutputTable, ValueFillsThePlaceholder)
+{
+    EXPECT_STREQ("You must have write permissions for the destination directory:\n/usr/local/share/G",
+                 Output::GetText(1, "/usr/local/share/G").GetString());
+    EXPECT_EQ(QStringLiteral("Could not download the file:\nhttp://h/ü\nMake sure the computer has an active "
+                             "Internet connection."),
+              Output::GetTranslated(7, CAtlStringA(QStringLiteral("http://h/ü"))));
+    // A value that itself holds a placeholder is not expanded again.
+    EXPECT_STREQ("You must have write permissions for the destination directory:\n%1%1",
+                 Output::GetText(1, "%1%1").GetString());
+}
+
+TEST_F(OutputTable, ConsoleErrorsGoToStandardErrorOnly)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Output::Error(Output::eAnotherInstance, false);
+    Output::Error(1, "/opt/x", false);
+    Output::Error(1, false);
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
+    EXPECT_EQ("Another instance of this application is running. Please use it instead.\n"
+              "You must have write permissions for the destination directory:\n/opt/x\n"
+              "You must have write permissions for the destination directory:\n%1\n",
+              testing::internal::GetCapturedStderr());
+}
+
+// Answers every QObject text with a German one, so that the dialog and the console can differ.
+class GermanTranslator : public QTranslator
+{
+public:
+    QString translate(const char* context, const char* source, const char*, int) const override
+    {
+        if (QByteArray(context) != "QObject")
+            return QString();
+        if (QByteArray(source) == "Curatool")
+            return QStringLiteral("Curatool (de)");
+        if (QByteArray(source).startsWith("You must have"))
+            return QStringLiteral("Keine Schreibrechte für:\n%1");
+        return QString();
+    }
+};
+
+TEST_F(OutputTable, DialogShowsTheTranslationWhileStandardErrorStaysEnglish)
+{
+    GermanTranslator german;
+    QCoreApplication::installTranslator(&german);
+
+    QString title, text;
+    bool sawBox = false;
+    QTimer closer;
+    QObject::connect(&closer, &QTimer::timeout, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            sawBox = true;
+            title = box->windowTitle();
+            text = box->text();
+            EXPECT_EQ(QMessageBox::Ok, box->standardButtons());
+            box->button(QMessageBox::Ok)->click();
+        }
+    });
+    closer.start(20);
+
+    // The offscreen platform's own chatter is not ours to check.
+    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    testing::internal::CaptureStderr();
+    Output::Error(1, "/srv/g", true);
+    const std::string err = testing::internal::GetCapturedStderr();
+    qInstallMessageHandler(previous);
+    closer.stop();
+    QCoreApplication::removeTranslator(&german);
+
+    EXPECT_TRUE(sawBox);
+    EXPECT_EQ(QStringLiteral("Curatool (de)"), title);
+    EXPECT_EQ(QStringLiteral("Keine Schreibrechte für:\n/srv/g"), text);
+    EXPECT_EQ("You must have write permissions for the destination directory:\n/srv/g\n", err);
+}
+
+}  // namespace
