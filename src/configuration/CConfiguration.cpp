@@ -349,7 +349,11 @@ bool CConfiguration::CopyListedFiles() const
             copied = false;
             continue;
         }
-        copied &= file.CopyTo(m_configurationDirectory.GetFile(name));
+        const CZoltaFilePath target = m_configurationDirectory.GetFile(name);
+        // The same folder spelt another way: copying a file onto itself would empty it.
+        if (file.IsSameFile(target))
+            continue;
+        copied &= file.CopyTo(target);
     }
     return copied;
 }

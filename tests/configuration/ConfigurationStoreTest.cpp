@@ -73,6 +73,26 @@ TEST(ConfigurationStore, MissingFilesFailTheStoreButTheRestIsCopied)
     EXPECT_FALSE(Exists(stored + "/Languages"));
 }
 
+TEST(ConfigurationStore, StoringTheStoredCopyUnderAnotherSpellingKeepsItsFiles)
+{
+    const std::string source = WriteCollection("respelt", CompleteCollection("Spelt", "Respelt", "guid-respelt"));
+    CConfiguration original;
+    ASSERT_TRUE(original.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(original.StoreConfiguration());
+    const std::string stored = ConfigurationsFolder() + "/Spelt/Respelt";
+    const std::string about = ReadFile(stored + "/about.html");
+    ASSERT_FALSE(about.empty());
+
+    // The written form is what makes the flat stored copy readable with its references.
+    ASSERT_TRUE(original.WriteConfigurationXml(Wide(stored + "/configuration.xml")));
+    CConfiguration respelt;
+    ASSERT_TRUE(respelt.OpenCollectionDirectory(Wide(ConfigurationsFolder() + "/Spelt/../Spelt/Respelt")));
+    EXPECT_EQ(about, ReadFile(Narrow(respelt.ResolvePath(respelt.GetApplication()->GetAbout()))));
+    respelt.StoreConfiguration();
+    EXPECT_EQ(about, ReadFile(stored + "/about.html"));
+    EXPECT_EQ(ReadFile(source + "/metadata.xml"), ReadFile(stored + "/metadata.xml"));
+}
+
 TEST(ConfigurationStore, NothingToStoreWithoutSourceOrGalleryName)
 {
     CConfiguration empty;
