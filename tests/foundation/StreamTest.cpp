@@ -198,38 +198,6 @@ TEST(FileStreamTest, SeekOriginsAndAnUnknownOneCountingFromTheStart)
     EXPECT_EQ(E_FAIL, stream->Seek(MakeLargeInteger(-100), STREAM_SEEK_SET, &position));
 }
 
-TEST(FileStreamTest, OperationsOutsideTheUsedSetAreNotImplemented)
-{
-    const std::string dir = MakeScratchDir("stream-notimpl");
-    CComPtr<IStream> stream = CreateWriteStream(FilePath(dir + "/x.bin"));
-    ASSERT_TRUE(stream);
-    const ULARGE_INTEGER zero = MakeULargeInteger(0);
-    EXPECT_EQ(E_NOTIMPL, stream->SetSize(zero));
-    EXPECT_EQ(E_NOTIMPL, stream->CopyTo(nullptr, zero, nullptr, nullptr));
-    EXPECT_EQ(E_NOTIMPL, stream->Commit(0));
-    EXPECT_EQ(E_NOTIMPL, stream->Revert());
-    EXPECT_EQ(E_NOTIMPL, stream->LockRegion(zero, zero, 0));
-    EXPECT_EQ(E_NOTIMPL, stream->UnlockRegion(zero, zero, 0));
-    IStream* clone = stream;
-    EXPECT_EQ(E_NOTIMPL, stream->Clone(&clone));
-    EXPECT_EQ(nullptr, clone);
-    void* other = stream;
-    EXPECT_EQ(E_NOTIMPL, stream->QueryInterface(IID{}, &other));
-    EXPECT_EQ(nullptr, other);
-}
-
-TEST(FileStreamTest, PositionHalvesCarryTheSign)
-{
-    constexpr LARGE_INTEGER minusThree = MakeLargeInteger(-3);
-    EXPECT_EQ(0xFFFFFFFDu, minusThree.LowPart);
-    EXPECT_EQ(-1, minusThree.HighPart);
-    EXPECT_EQ(-3, minusThree.Quad());
-    constexpr ULARGE_INTEGER big = MakeULargeInteger(0x123456789ull);
-    EXPECT_EQ(0x23456789u, big.LowPart);
-    EXPECT_EQ(1u, big.HighPart);
-    EXPECT_EQ(0x123456789ull, big.Quad());
-}
-
 // ---- seek-and-patch helpers ----
 
 TEST(StreamPatchTest, WriteBytesAddsSizeModuloFourZeroBytes)

@@ -243,7 +243,6 @@ public:
         Cancel();
         Wait();
     }
-    using CQtGalleryThreadBase::IsCancelled;
     QThread* ranOn = nullptr;
     int loopLevel = -1;
 

@@ -191,18 +191,6 @@ TEST(XmlWriterTest, FailedWritesOnALiveStreamAreNotReported)
     EXPECT_EQ(S_OK, writer->AddText("b"));
 }
 
-TEST(XmlWriterTest, CountsReferencesAndRefusesQueryInterface)
-{
-    CComPtr<IZOLTAXMLWriter> writer;
-    ASSERT_EQ(S_OK, CreateStringWriter(&writer));
-    EXPECT_EQ(2u, writer->AddRef());
-    EXPECT_EQ(1u, writer->Release());
-    void* other = writer.p;
-    EXPECT_EQ(E_NOTIMPL, writer->QueryInterface(IID{}, &other));
-    EXPECT_EQ(E_POINTER, CreateStringWriter(nullptr));
-    EXPECT_EQ(E_POINTER, writer->GetResult(nullptr));
-}
-
 TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)
 {
     const std::string dir = MakeScratchDir("xml-file");
