@@ -1,5 +1,6 @@
 #include "CConfiguration.h"
 
+#include "CollectionFolders.h"
 #include "ConfigurationText.h"
 #include "SystemLocation.h"
 #include "ZipHelpers.h"
@@ -34,53 +35,6 @@ const wchar_t* const TempFolderBase = L"Configuration";
 bool IsPlainName(const CAtlString& name)
 {
     return !name.IsEmpty() && name != L"." && name != L"..";
-}
-
-// True when `path` lies strictly below `folder`, after resolving what exists of both.
-bool IsInside(const fs::path& path, const fs::path& folder)
-{
-    std::error_code error;
-    const fs::path resolvedFolder = fs::weakly_canonical(folder, error);
-    if (error)
-        return false;
-    // The entry itself may be a link; only the folders leading to it are resolved.
-    const fs::path resolvedParent = fs::weakly_canonical(path.parent_path(), error);
-    if (error)
-        return false;
-    const fs::path resolved = resolvedParent / path.filename();
-    auto [folderEnd, unused] = std::mismatch(resolvedFolder.begin(), resolvedFolder.end(),
-                                             resolved.begin(), resolved.end());
-    (void)unused;
-    return folderEnd == resolvedFolder.end() && resolved != resolvedFolder;
-}
-
-// Copies a folder tree, replacing files that are there. Links are skipped: a collection's
-// folder must not pull in what lies outside of it.
-bool CopyTree(const fs::path& from, const fs::path& to)
-{
-    std::error_code error;
-    fs::create_directories(to, error);
-    if (error)
-        return false;
-    bool copied = true;
-    fs::directory_iterator entries(from, error);
-    if (error)
-        return false;
-    for (const fs::directory_entry& entry : entries) {
-        const fs::file_status status = entry.symlink_status(error);
-        if (error) {
-            copied = false;
-            continue;
-        }
-        const fs::path target = to / entry.path().filename();
-        if (fs::is_directory(status)) {
-            copied &= CopyTree(entry.path(), target);
-        } else if (fs::is_regular_file(status)) {
-            fs::copy_file(entry.path(), target, fs::copy_options::overwrite_existing, error);
-            copied &= !error;
-        }
-    }
-    return copied;
 }
 
 }  // namespace
@@ -366,11 +320,11 @@ bool CConfiguration::CopyListedDirectories() const
         const CAtlString name = directory.GetName();
         const fs::path source = ToFileSystemPath(directory.GetPath());
         // A folder that holds the configurations folder would be copied into itself for ever.
-        if (!IsPlainName(name) || !directory.Exists() || IsInside(destination / "x", source)) {
+        if (!IsPlainName(name) || !directory.Exists() || collection_folders::IsInside(destination / "x", source)) {
             copied = false;
             continue;
         }
-        copied &= CopyTree(source, destination / ToFileSystemPath(name));
+        copied &= collection_folders::CopyTree(source, destination / ToFileSystemPath(name));
     }
     return copied;
 }
@@ -382,7 +336,7 @@ bool CConfiguration::RemoveStoredFiles()
     const fs::path base = ToFileSystemPath(m_files->GetBaseDirectory().GetPath());
     for (const CZoltaFilePath& file : m_files->GetFiles()) {
         // Only what lies in the collection's own folder is ours to delete.
-        if (!m_files->GetBaseDirectory().IsEmpty() && IsInside(ToFileSystemPath(file.GetPath()), base))
+        if (!m_files->GetBaseDirectory().IsEmpty() && collection_folders::IsInside(ToFileSystemPath(file.GetPath()), base))
             file.Remove();
     }
     // Directories stay, by design: they may hold more than the collection brought.
