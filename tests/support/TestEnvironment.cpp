@@ -13,8 +13,15 @@ namespace curatool::test {
 
 namespace {
 
+bool g_createdHere = false;
+
 std::string CreateRoot()
 {
+    // A death-test child re-runs this binary with the parent's environment: it shares the
+    // parent's scratch tree instead of making one it would never clean up.
+    const char* inherited = std::getenv("CURATOOL_TEST_SCRATCH_ROOT");
+    if (inherited && *inherited && fs::is_directory(inherited))
+        return inherited;
     const char* outer = std::getenv("CURATOOL_TEST_TMP");
     std::string base = outer && *outer ? outer : "/tmp";
     std::string pattern = base + "/curatool-test-XXXXXX";
@@ -28,6 +35,8 @@ std::string CreateRoot()
     setenv("XDG_CONFIG_HOME", (pattern + "/home/.config").c_str(), 1);
     setenv("TMPDIR", (pattern + "/tmp").c_str(), 1);
     setenv("CURATOOL_ROOT", (pattern + "/root").c_str(), 1);
+    setenv("CURATOOL_TEST_SCRATCH_ROOT", pattern.c_str(), 1);
+    g_createdHere = true;
     return pattern;
 }
 
@@ -39,10 +48,16 @@ const std::string& ScratchRoot()
     return root;
 }
 
+bool OwnsScratchRoot()
+{
+    ScratchRoot();
+    return g_createdHere;
+}
+
 std::string MakeScratchDir(const std::string& name)
 {
     static int counter = 0;
-    fs::path dir = fs::path(ScratchRoot()) / "work" / (name + "-" + std::to_string(++counter));
+    fs::path dir = fs::path(ScratchRoot()) / "work" / (name + "-" + std::to_string(getpid()) + "-" + std::to_string(++counter));
     fs::remove_all(dir);
     fs::create_directories(dir);
     return dir.string();

@@ -8,6 +8,9 @@ namespace curatool::test {
 // CURATOOL_ROOT all point below it, so nothing a test does reaches the real system.
 const std::string& ScratchRoot();
 
+// True when this process made the scratch tree (and so removes it at exit).
+bool OwnsScratchRoot();
+
 // A fresh, empty folder below the scratch root.
 std::string MakeScratchDir(const std::string& name);
 

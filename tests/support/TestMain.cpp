@@ -6,13 +6,11 @@
 #include <filesystem>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 int main(int argc, char** argv)
 {
     // The scratch tree and its environment exist before anything else reads HOME or TMPDIR.
     const std::string root = curatool::test::ScratchRoot();
-    const pid_t owner = getpid();
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
 
     testing::InitGoogleTest(&argc, argv);
@@ -23,7 +21,7 @@ int main(int argc, char** argv)
         QApplication app(argc, argv);
         result = RUN_ALL_TESTS();
     }
-    if (getpid() == owner && !std::getenv("CURATOOL_KEEP_TEST_DIRS")) {
+    if (curatool::test::OwnsScratchRoot() && !std::getenv("CURATOOL_KEEP_TEST_DIRS")) {
         std::error_code ec;
         std::filesystem::remove_all(root, ec);
     }
