@@ -545,12 +545,18 @@ std::string CZipArchive::TargetPath(const CZipFileHeader& header, const std::str
     const std::string name = newName ? std::string(newName) : header.GetFileName();
     if (header.IsSymbolicLink() || !CZipPathComponent::SplitSafely(name, components))
         ThrowError(CZipException::platfNotSupp);
+    // Only a folder entry may name the destination itself ("./"); a file needs a name of its own.
+    if (components.empty() && !header.IsDirectory())
+        ThrowError(CZipException::platfNotSupp);
     std::string target = directory;
-    CZipPathComponent::RemoveTrailingSeparators(target);
+    if (target.size() > 1)
+        CZipPathComponent::RemoveTrailingSeparators(target);
+    if (components.empty())
+        return target.empty() ? std::string(".") : target;
     if (!fullPath)
         components.erase(components.begin(), components.end() - 1);
     for (const std::string& part : components) {
-        if (!target.empty() || (!directory.empty() && CZipPathComponent::IsSeparator(directory[0])))
+        if (!target.empty() && target.back() != '/')
             target += '/';
         target += part;
     }

@@ -16,6 +16,13 @@ namespace {
 
 constexpr size_t kMaxComment = 0xFFFF;
 
+bool StartsCentralHeader(CZipAbstractFile& file, uint64_t offset)
+{
+    unsigned char signature[4];
+    file.Seek(int64_t(offset));
+    return file.ReadExactly(signature, 4) && Get32(signature) == kCentralHeaderSignature;
+}
+
 }  // namespace
 
 void CZipCentralDir::Clear()
@@ -81,6 +88,12 @@ void CZipCentralDir::Read(CZipAbstractFile& file, const std::string& archiveName
         CZipException::Throw(CZipException::badZipFile, archiveName);
     m_centralStart = endRecord - centralSize;
     m_bytesBeforeZip = m_centralStart - centralOffset;
+    if (m_bytesBeforeZip != 0 && entries > 0 && StartsCentralHeader(file, centralOffset)) {
+        // Records written between the table and the end record (as some writers of streamed
+        // input do) make the table look further along than it is: the offset itself is right.
+        m_centralStart = centralOffset;
+        m_bytesBeforeZip = 0;
+    }
 
     CZipAutoBuffer buffer(centralSize);
     auto* bytes = reinterpret_cast<const unsigned char*>(buffer.GetBuffer());

@@ -59,7 +59,7 @@ bool CZipPathComponent::SplitSafely(const std::string& name, std::vector<std::st
             components.push_back(std::move(part));
         start = end + 1;
     }
-    return !components.empty();
+    return true;
 }
 
 bool CZipPathComponent::NamesEqualNoCase(const std::string& a, const std::string& b)

@@ -27,8 +27,9 @@ public:
     static std::string ToArchiveName(std::string name);
 
     // The components of an entry name as they would land under an extraction folder: empty and
-    // "." components dropped. False for a name that could reach outside that folder or cannot be
-    // made on this system: absolute, with a ".." component, with a NUL, or with nothing left.
+    // "." components dropped, so "./" leaves none: the folder itself. False for a name that could
+    // reach outside that folder or cannot be made on this system: empty, absolute, with a ".."
+    // component, or with a NUL.
     static bool SplitSafely(const std::string& name, std::vector<std::string>& components);
 
     // Case-blind comparison of two names, "\" and "/" alike; non-ASCII letters compare through
