@@ -394,6 +394,18 @@ QString CAtlString::ToQString() const
     return QString::fromWCharArray(m_pchData, GetLength());
 }
 
+CAtlString CAtlString::FromUtf8(const char* utf8, int nLength)
+{
+    if (utf8 == nullptr)
+        return CAtlString();
+    return CAtlString(QString::fromUtf8(utf8, nLength < 0 ? static_cast<qsizetype>(std::strlen(utf8)) : nLength));
+}
+
+CAtlStringA CAtlString::ToUtf8() const
+{
+    return CAtlStringA(ToQString());
+}
+
 // ---------------------------------------------------------------------------------------------
 // Raw buffer access
 

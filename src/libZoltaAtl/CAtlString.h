@@ -4,6 +4,8 @@
 // of the system travels as a CAtlString. Reference counts are plain integers: a string that
 // crosses threads must be copied by value first.
 
+#include "CAtlStringA.h"
+
 #include <QString>
 
 #include <cstdarg>
@@ -12,8 +14,6 @@
 #include <functional>
 #include <iosfwd>
 #include <string_view>
-
-class CAtlStringA;
 
 // Header in front of the characters of every block. nRefs -1 marks a locked buffer or the
 // shared empty block.
@@ -62,6 +62,11 @@ public:
 
     // Qt edge.
     QString ToQString() const;
+
+    // Exact UTF-8 in both directions, by way of QString (unlike the 8-bit constructors above,
+    // which are exact for ASCII only). nLength -1 measures up to the terminator.
+    static CAtlString FromUtf8(const char* utf8, int nLength = -1);
+    CAtlStringA ToUtf8() const;
 
     // Raw buffer access.
     wchar_t* GetBuffer(int nMinBufLength);
@@ -138,7 +143,7 @@ public:
     int Collate(const wchar_t* lpsz, bool bCaseSensitive = true) const;
     int CollateNoCase(const wchar_t* lpsz) const;
 
-    // printf-style; "%s" takes a wide string.
+    // printf-style; "%s" takes a wide string. Pass strings as GetString(), never the object.
     void Format(const wchar_t* lpszFormat, ...);
     void FormatV(const wchar_t* format, va_list args);
     void AppendFormat(const wchar_t* format, ...);

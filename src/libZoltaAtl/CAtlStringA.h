@@ -134,7 +134,7 @@ public:
     int Collate(const char* lpsz, bool bCaseSensitive = true) const;
     int CollateNoCase(const char* lpsz) const;
 
-    // printf-style.
+    // printf-style. Pass strings as GetString(), never the object.
     void Format(const char* lpszFormat, ...);
     void FormatV(const char* caFormat, va_list args);
     void AppendFormat(const char* format, ...);

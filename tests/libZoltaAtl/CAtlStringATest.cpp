@@ -57,6 +57,20 @@ TEST(CAtlStringABlock, SharedEmptyBlockSharingAndLocking)
     EXPECT_EQ(CAtlStringA::_afxDataANil->data()[0], '\0');
 }
 
+TEST(CAtlStringABlock, ArrayHelpersConstructReleaseAndShare)
+{
+    alignas(CAtlStringA) unsigned char storage[2 * sizeof(CAtlStringA)];
+    CAtlStringA* elements = reinterpret_cast<CAtlStringA*>(storage);
+    ConstructElements(elements, 2);
+    EXPECT_EQ(elements[1].GetData(), CAtlStringA::_afxDataANil);
+    const CAtlStringA sources[2] = {CAtlStringA("a"), CAtlStringA("b")};
+    CopyElements(elements, sources, 2);
+    EXPECT_EQ(elements[1].GetString(), sources[1].GetString());
+    DestructElements(elements, 2);
+    EXPECT_EQ(elements[1].GetData(), CAtlStringA::_afxDataANil);
+    EXPECT_EQ(sources[1].GetData()->nRefs, 1);
+}
+
 TEST(CAtlStringABlock, ReleaseBufferDefaultNeverMeasures)
 {
     CAtlStringA fresh;

@@ -263,9 +263,10 @@ TEST(CAtlStringBlock, ArrayHelpersConstructReleaseAndShare)
         EXPECT_EQ(elements[i].GetData(), CAtlString::_afxDataNil);
         EXPECT_EQ(sources[i].GetData()->nRefs, 1);
     }
-    ConstructElements(nullptr, 0);
-    DestructElements(nullptr, 0);
-    CopyElements(nullptr, nullptr, 0);
+    CAtlString* none = nullptr;
+    ConstructElements(none, 0);
+    DestructElements(none, 0);
+    CopyElements(none, none, 0);
 }
 
 TEST(CAtlStringBlockDeath, ContractViolationsNameTheBrokenExpression)
@@ -297,9 +298,10 @@ TEST(CAtlStringBlockDeath, ContractViolationsNameTheBrokenExpression)
             CAtlString::Release(s.GetData());
         },
         AssertionPattern("pData->nRefs != 0"));
-    EXPECT_DEATH(ConstructElements(nullptr, 1), AssertionPattern("nCount == 0 || pElements != __null"));
-    EXPECT_DEATH(DestructElements(nullptr, 1), AssertionPattern("nCount == 0 || pElements != __null"));
+    CAtlString* none = nullptr;
+    EXPECT_DEATH(ConstructElements(none, 1), AssertionPattern("nCount == 0 || pElements != __null"));
+    EXPECT_DEATH(DestructElements(none, 1), AssertionPattern("nCount == 0 || pElements != __null"));
     CAtlString one;
-    EXPECT_DEATH(CopyElements(nullptr, &one, 1), AssertionPattern("nCount == 0 || pDest != __null"));
-    EXPECT_DEATH(CopyElements(&one, nullptr, 1), AssertionPattern("nCount == 0 || pSrc != __null"));
+    EXPECT_DEATH(CopyElements(none, &one, 1), AssertionPattern("nCount == 0 || pDest != __null"));
+    EXPECT_DEATH(CopyElements(&one, none, 1), AssertionPattern("nCount == 0 || pSrc != __null"));
 }

@@ -68,6 +68,18 @@ TEST(CAtlStringConversion, QStringCarriesAnyTextBothWays)
     EXPECT_EQ(CAtlString().ToQString(), QString());
 }
 
+TEST(CAtlStringConversion, Utf8HelpersAreExactWhereThe8BitRoadIsNot)
+{
+    const char* utf8 = "caf\xC3\xA9 \xF0\x9F\x98\x80";
+    const CAtlString decoded = CAtlString::FromUtf8(utf8);
+    EXPECT_EQ(decoded.GetLength(), 6);
+    EXPECT_EQ(decoded, L"caf\u00E9 \U0001F600");
+    EXPECT_EQ(decoded.ToUtf8(), utf8);
+    EXPECT_EQ(CAtlString::FromUtf8(utf8, 3), L"caf");
+    EXPECT_TRUE(CAtlString::FromUtf8(nullptr).IsEmpty());
+    EXPECT_TRUE(CAtlString().ToUtf8().IsEmpty());
+}
+
 TEST(CAtlStringConversion, CharacterRepeatAndCountedConstructors)
 {
     EXPECT_EQ(CAtlString(L'x', 3), L"xxx");
