@@ -218,7 +218,12 @@ HRESULT CStdioFileStream::Clone(IStream** outClone)
 
 HRESULT CStdioFileStream::GetWriteStatus() const
 {
-    return (!m_valid || m_writeFailed) ? E_FAIL : S_OK;
+    if (!m_valid || m_writeFailed)
+        return E_FAIL;
+    // A full disk often shows only when the buffered bytes go out.
+    if (m_file && (std::fflush(m_file) != 0 || std::ferror(m_file)))
+        return E_FAIL;
+    return S_OK;
 }
 
 CReadableStreamOnFile::CReadableStreamOnFile(const CZoltaFilePath& path) : CStdioFileStream(path, "rb", 0) {}

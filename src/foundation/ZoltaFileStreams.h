@@ -34,7 +34,8 @@ public:
 
     bool IsValid() const { return m_valid; }
     const CZoltaFilePath& GetPath() const { return m_path; }
-    // E_FAIL once any write has come up short or the file never opened; S_OK otherwise.
+    // E_FAIL once any write has come up short (buffered bytes are flushed to find out) or the
+    // file never opened; S_OK otherwise.
     HRESULT GetWriteStatus() const;
 
 protected:

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -209,6 +210,17 @@ TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)
     EXPECT_EQ(E_FAIL, CreateFileWriter(&failed, FilePath(dir + "/missing/out.xml")));
     EXPECT_EQ(nullptr, failed);
     EXPECT_EQ(E_POINTER, CreateFileWriter(nullptr, FilePath(path)));
+}
+
+TEST(XmlWriterTest, FileWriterResultShowsAWriteThatFailedInTheBuffer)
+{
+    // /dev/full takes the open and refuses every byte when the buffer goes out.
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no /dev/full";
+    CComPtr<IZOLTAXMLWriter> writer;
+    ASSERT_EQ(S_OK, CreateFileWriter(&writer, FilePath("/dev/full")));
+    EXPECT_EQ(S_OK, WriteSimpleElement(writer, "a", "b"));
+    EXPECT_EQ(E_FAIL, writer->GetResult(nullptr));
 }
 
 TEST(XmlWriterTest, CompressedFileWriterStoresZlibData)
