@@ -155,6 +155,8 @@ bool CConfiguration::WriteConfigurationXml(const CAtlString& file) const
 
 bool CConfiguration::OpenCollectionFile(const CAtlString& file)
 {
+    // The file may lie inside the collection unpacked before: that goes only when this call ends.
+    const auto previousDirectories = std::move(m_temporaryDirectories);
     Reset();
     const CZoltaFilePath archive(file);
     if (!archive.Exists() || archive.GetExtension() != CollectionExtension)

@@ -100,6 +100,19 @@ TEST(CollectionFile, OpeningAnotherCollectionDropsThePreviousOne)
     EXPECT_TRUE(configuration.GetCollectionLocation().IsEmpty());
 }
 
+TEST(CollectionFile, ACollectionInsideTheOpenOneCanBeOpened)
+{
+    CollectionFiles outer = CompleteCollection("Org", "Outer", "guid-outer");
+    outer.others["inner/Inner.gallerycollection"] =
+        ReadFile(GoodArchive("Inner.gallerycollection", "Inner"));
+    CConfiguration configuration;
+    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(Pack(WriteCollection("outer", outer), "Outer.gallerycollection"))));
+    const std::string inner = Narrow(configuration.GetDirectory().GetPath()) + "/inner/Inner.gallerycollection";
+    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(inner)));
+    EXPECT_EQ("Inner", Narrow(configuration.GetGallery()->GetName()));
+    EXPECT_EQ(1u, UnpackedFolders().size());
+}
+
 TEST(CollectionFile, OnlyTheExactExtensionIsAccepted)
 {
     const std::string archive = GoodArchive("Named.gallerycollection", "Named");
