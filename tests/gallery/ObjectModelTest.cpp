@@ -1,0 +1,448 @@
+#include "CAtlString.h"
+#include "CGalleryIdentifierIndex.h"
+#include "CGalleryImageRegistry.h"
+#include "CGalleryManifest.h"
+#include "CGalleryMetadata.h"
+#include "GalleryIdentifiers.h"
+#include "GalleryLanguage.h"
+#include "GalleryObjectOrder.h"
+#include "GalleryText.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <regex>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+static_assert(std::is_trivially_copyable_v<CGalleryActivity>);
+static_assert(std::is_trivially_copyable_v<CGalleryFolder>);
+static_assert(std::is_trivially_copyable_v<CGalleryOrganization>);
+static_assert(std::is_trivially_copyable_v<CGalleryMetadata>);
+static_assert(std::is_trivially_copyable_v<LanguageStringBlock>);
+static_assert(sizeof(LanguageStringBlock) == sizeof(void*));
+
+CGalleryActivity* NewActivity(const wchar_t* identifier, const wchar_t* title = nullptr)
+{
+    CGalleryActivity* activity = nullptr;
+    EXPECT_EQ(CGalleryActivity::Create(&activity), S_OK);
+    EXPECT_EQ(activity->m_metadata->SetIdentifier(identifier), S_OK);
+    if (title) {
+        EXPECT_EQ(activity->m_metadata->m_titles->Add(L"en", title), S_OK);
+    }
+    return activity;
+}
+
+CGalleryFolder* NewFolder(const wchar_t* identifier)
+{
+    CGalleryFolder* folder = nullptr;
+    EXPECT_EQ(CGalleryFolder::Create(&folder), S_OK);
+    EXPECT_EQ(folder->m_metadata->SetIdentifier(identifier), S_OK);
+    return folder;
+}
+
+CGalleryOrganization* NewOrganization(const wchar_t* identifier)
+{
+    CGalleryOrganization* organization = nullptr;
+    EXPECT_EQ(CGalleryOrganization::Create(&organization), S_OK);
+    EXPECT_EQ(organization->m_metadata->SetIdentifier(identifier), S_OK);
+    return organization;
+}
+
+// ---- Creation ----
+
+TEST(GalleryNodes, CreationSetsKindMetadataAndLists)
+{
+    CGalleryFolder* folder = NewFolder(L"f");
+    CGalleryActivity* activity = NewActivity(L"a");
+    CGalleryOrganization* organization = NewOrganization(L"o");
+    EXPECT_EQ(folder->m_type, eGalleryObjectFolder);
+    EXPECT_EQ(activity->m_type, eGalleryObjectActivity);
+    EXPECT_EQ(organization->m_type, eGalleryObjectOrganization);
+    ASSERT_NE(folder->m_activities, nullptr);
+    ASSERT_NE(folder->m_children, nullptr);
+    EXPECT_EQ(folder->m_activities->GetCount(), 0u);
+    EXPECT_EQ(organization->m_namedValues->GetCount(), 0u);
+    EXPECT_FALSE(organization->m_readOnly);
+
+    const CGalleryMetadata* metadata = activity->m_metadata;
+    for (const wchar_t* text : {metadata->m_version, metadata->m_sortKey, metadata->m_format,
+                                metadata->m_originalId, metadata->m_showInLanguages,
+                                metadata->m_hideInLanguages, activity->m_href})
+        EXPECT_EQ(text, GalleryEmptyString());
+    for (const LanguageStringBlock* block : {metadata->m_titles, metadata->m_keywords,
+                                             metadata->m_minimumVersions, metadata->m_maximumVersions})
+        ASSERT_NE(block, nullptr);
+    EXPECT_EQ(metadata->m_creationTime, 0u);
+
+    CGalleryFolder::Destroy(folder);
+    CGalleryActivity::Destroy(activity);
+    CGalleryOrganization::Destroy(organization);
+    EXPECT_EQ(folder, nullptr);
+}
+
+TEST(GalleryNodes, CreationRejectsNullOrOccupiedTargets)
+{
+    EXPECT_EQ(CGalleryActivity::Create(nullptr), E_INVALIDARG);
+    EXPECT_EQ(CGalleryFolder::Create(nullptr), E_INVALIDARG);
+    EXPECT_EQ(CGalleryOrganization::Create(nullptr), E_INVALIDARG);
+    EXPECT_EQ(CGalleryMetadata::Create(nullptr), E_INVALIDARG);
+    EXPECT_EQ(CGalleryManifest::Create(nullptr), E_INVALIDARG);
+    CGalleryActivity* activity = NewActivity(L"a");
+    CGalleryActivity* kept = activity;
+    EXPECT_EQ(CGalleryActivity::Create(&activity), E_INVALIDARG);
+    EXPECT_EQ(activity, kept);
+    CGalleryActivity::Destroy(activity);
+}
+
+// ---- Lists and back references ----
+
+TEST(GalleryLists, AddFindRemoveAndBounds)
+{
+    CGalleryFolder* folder = NewFolder(L"root");
+    for (int i = 0; i < 40; ++i)
+        ASSERT_EQ(folder->AddActivity(NewActivity((L"id" + std::to_wstring(i)).c_str())), S_OK);
+    CGalleryActivityList& list = *folder->m_activities;
+    EXPECT_EQ(list.GetCount(), 40u);
+    EXPECT_EQ(list.GetAt(39)->m_parent, folder);
+    EXPECT_EQ(list.Find(L"id17"), list.GetAt(17));
+    EXPECT_EQ(list.Find(L"ID17"), nullptr);
+    EXPECT_TRUE(list.Contains(L"id0"));
+    EXPECT_FALSE(list.Contains(L"id40"));
+    EXPECT_FALSE(list.Contains(nullptr));
+    EXPECT_EQ(list.Add(nullptr), E_INVALIDARG);
+    EXPECT_THROW(list.GetAt(40), std::out_of_range);
+    EXPECT_THROW(list.RemoveAt(40), std::out_of_range);
+
+    CGalleryActivity* removed = list.RemoveAt(0);
+    EXPECT_EQ(std::wstring(removed->GetIdentifier()), L"id0");
+    EXPECT_EQ(list.GetCount(), 39u);
+    EXPECT_EQ(std::wstring(list.GetAt(0)->GetIdentifier()), L"id1");
+    CGalleryActivity::Destroy(removed);
+    CGalleryFolder::Destroy(folder);
+}
+
+TEST(GalleryLists, AttachingSetsBackReferencesThroughTheSubtree)
+{
+    CGalleryManifest manifest;
+    ASSERT_TRUE(manifest.IsInitialized());
+    CGalleryOrganization* organization = NewOrganization(L"org");
+    ASSERT_EQ(manifest.AddOrganization(organization), S_OK);
+    EXPECT_EQ(organization->m_manifest, &manifest);
+
+    CGalleryFolder* root = NewFolder(L"root");
+    CGalleryFolder* child = NewFolder(L"child");
+    CGalleryFolder* grandchild = NewFolder(L"grandchild");
+    ASSERT_EQ(child->AddChild(grandchild), S_OK);
+    ASSERT_EQ(root->AddChild(child), S_OK);
+    ASSERT_EQ(organization->AddItem(root), S_OK);
+    EXPECT_EQ(root->m_parent, nullptr);
+    EXPECT_EQ(child->m_parent, root);
+    EXPECT_EQ(grandchild->m_parent, child);
+    for (CGalleryFolder* folder : {root, child, grandchild})
+        EXPECT_EQ(folder->m_organization, organization);
+}
+
+TEST(GalleryLists, SubtreeMovesBetweenManifestsWithoutCopies)
+{
+    auto* source = new CGalleryManifest;
+    CGalleryManifest target;
+    CGalleryOrganization* from = NewOrganization(L"from");
+    CGalleryOrganization* to = NewOrganization(L"to");
+    ASSERT_EQ(source->AddOrganization(from), S_OK);
+    ASSERT_EQ(target.AddOrganization(to), S_OK);
+    CGalleryFolder* moving = NewFolder(L"moving");
+    CGalleryActivity* activity = NewActivity(L"a", L"Apple");
+    ASSERT_EQ(moving->AddActivity(activity), S_OK);
+    ASSERT_EQ(from->AddItem(moving), S_OK);
+
+    CGalleryFolder* detached = from->m_items->RemoveAt(0);
+    ASSERT_EQ(to->AddItem(detached), S_OK);
+    delete source;  // frees only what stayed behind
+
+    EXPECT_EQ(to->m_items->Find(L"moving"), moving);
+    EXPECT_EQ(moving->m_organization, to);
+    EXPECT_EQ(activity->m_parent, moving);
+    EXPECT_EQ(std::wstring(activity->m_metadata->m_titles->Lookup(L"en")), L"Apple");
+}
+
+TEST(GalleryLists, DeeplyNestedTreesAreFreedWithoutRecursion)
+{
+    CGalleryFolder* root = NewFolder(L"0");
+    CGalleryFolder* current = root;
+    for (int depth = 1; depth < 200000; ++depth) {
+        CGalleryFolder* child = nullptr;
+        ASSERT_EQ(CGalleryFolder::Create(&child), S_OK);
+        ASSERT_EQ(current->AddChild(child), S_OK);
+        current = child;
+    }
+    CGalleryOrganization* organization = NewOrganization(L"o");
+    ASSERT_EQ(organization->AddItem(root), S_OK);
+    EXPECT_EQ(current->m_organization, organization);
+    CGalleryOrganization::Destroy(organization);
+}
+
+// ---- Manifest ----
+
+TEST(GalleryManifestRecord, EmptyStateResetAndPath)
+{
+    CGalleryManifest* manifest = nullptr;
+    ASSERT_EQ(CGalleryManifest::Create(&manifest), S_OK);
+    EXPECT_EQ(manifest->m_type, eGalleryObjectManifest);
+    EXPECT_EQ(manifest->GetOrganizations()->GetCount(), 0u);
+    EXPECT_TRUE(manifest->m_imageBuffer->IsEmpty());
+    EXPECT_EQ(manifest->m_stringVersions->GetCount(), 0);
+    EXPECT_EQ(std::wstring(manifest->GetPath()), L"");
+    ASSERT_EQ(manifest->SetPath(L"/g/Physical Content/imsmanifest.xml"), S_OK);
+    manifest->SetModified();
+    EXPECT_TRUE(manifest->IsModified());
+    ASSERT_EQ(manifest->AddOrganization(NewOrganization(L"o")), S_OK);
+
+    ASSERT_EQ(manifest->Reset(), S_OK);
+    EXPECT_TRUE(manifest->IsInitialized());
+    EXPECT_FALSE(manifest->IsModified());
+    EXPECT_EQ(manifest->GetOrganizations()->GetCount(), 0u);
+    EXPECT_EQ(std::wstring(manifest->GetPath()), L"");
+    manifest->FreeTree();
+    EXPECT_FALSE(manifest->IsInitialized());
+    CGalleryManifest::Destroy(manifest);
+    EXPECT_EQ(manifest, nullptr);
+}
+
+TEST(GalleryMetadataRecord, CopyFromDuplicatesEveryField)
+{
+    CGalleryMetadata* source = nullptr;
+    CGalleryMetadata* target = nullptr;
+    ASSERT_EQ(CGalleryMetadata::Create(&source), S_OK);
+    ASSERT_EQ(CGalleryMetadata::Create(&target), S_OK);
+    source->SetIdentifier(L"id");
+    source->SetVersion(L"1.0");
+    source->SetSortKey(L"key");
+    source->SetFormat(L"image/png");
+    source->SetOriginalId(L"orig");
+    source->SetShowInLanguages(L"en;fr");
+    source->SetHideInLanguages(L"de");
+    source->m_creationTime = 1234;
+    source->m_titles->Add(L"en", L"Title");
+    source->m_keywords->Add(L"en", L"word");
+    source->m_minimumVersions->Add(L"firefox", L"3");
+    source->m_maximumVersions->Add(L"firefox", L"9");
+    target->m_titles->Add(L"fr", L"old");
+    ASSERT_EQ(target->CopyFrom(*source), S_OK);
+    CGalleryMetadata::Destroy(source);
+
+    EXPECT_EQ(std::wstring(target->m_identifier), L"id");
+    EXPECT_EQ(std::wstring(target->m_version), L"1.0");
+    EXPECT_EQ(std::wstring(target->m_sortKey), L"key");
+    EXPECT_EQ(std::wstring(target->m_format), L"image/png");
+    EXPECT_EQ(std::wstring(target->m_originalId), L"orig");
+    EXPECT_EQ(std::wstring(target->m_showInLanguages), L"en;fr");
+    EXPECT_EQ(std::wstring(target->m_hideInLanguages), L"de");
+    EXPECT_EQ(target->m_creationTime, 1234u);
+    EXPECT_EQ(target->m_titles->GetCount(), 1);
+    EXPECT_EQ(std::wstring(target->m_titles->Lookup(L"en")), L"Title");
+    EXPECT_EQ(std::wstring(target->m_keywords->GetValue(0)), L"word");
+    EXPECT_EQ(std::wstring(target->m_maximumVersions->GetValue(0)), L"9");
+    CGalleryMetadata::Destroy(target);
+}
+
+// ---- Image data ----
+
+// Lays out records in one registered block the way a cache read leaves them, and checks
+// that edits move data to the heap and that freeing leaves the block alone.
+TEST(GalleryImages, RecordsInsideAnImageAreEditedAndFreedSafely)
+{
+    struct Image
+    {
+        CGalleryFolder folder;
+        CGalleryActivityList activities;
+        CGalleryFolderList children;
+        CGalleryMetadata folderMetadata;
+        CGalleryActivity activity;
+        CGalleryMetadata activityMetadata;
+        LanguageStringBlock blocks[8];
+        CGalleryActivity* activityArray[1];
+        wchar_t identifier[8];
+        wchar_t titles[16];
+    };
+    auto* image = static_cast<Image*>(std::calloc(1, sizeof(Image)));
+    ASSERT_NE(image, nullptr);
+    std::wcscpy(image->identifier, L"img");
+    std::wmemcpy(image->titles, L"en\0Picture\0\0", 12);
+    auto fillMetadata = [&](CGalleryMetadata& metadata, LanguageStringBlock* blocks) {
+        metadata.m_identifier = image->identifier;
+        for (const wchar_t** text : {&metadata.m_version, &metadata.m_sortKey, &metadata.m_format,
+                                     &metadata.m_originalId, &metadata.m_showInLanguages,
+                                     &metadata.m_hideInLanguages})
+            *text = GalleryEmptyString();
+        blocks[0].m_data = image->titles;
+        metadata.m_titles = &blocks[0];
+        metadata.m_keywords = &blocks[1];
+        metadata.m_minimumVersions = &blocks[2];
+        metadata.m_maximumVersions = &blocks[3];
+    };
+    fillMetadata(image->folderMetadata, image->blocks);
+    fillMetadata(image->activityMetadata, image->blocks + 4);
+    image->activity = CGalleryActivity{};
+    image->activity.m_metadata = &image->activityMetadata;
+    image->activity.m_type = eGalleryObjectActivity;
+    image->activity.m_parent = &image->folder;
+    image->activity.m_href = image->identifier;
+    image->activityArray[0] = &image->activity;
+    image->activities = {image->activityArray, 1, 1};
+    image->folder.m_metadata = &image->folderMetadata;
+    image->folder.m_type = eGalleryObjectFolder;
+    image->folder.m_activities = &image->activities;
+    image->folder.m_children = &image->children;
+
+    {
+        CGalleryManifest manifest;
+        manifest.m_imageBuffer->Adopt(image, sizeof(Image));
+        EXPECT_TRUE(CGalleryImageRegistry::Contains(&image->activity));
+        CGalleryOrganization* organization = NewOrganization(L"o");
+        ASSERT_EQ(manifest.AddOrganization(organization), S_OK);
+        ASSERT_EQ(organization->AddItem(&image->folder), S_OK);
+
+        // Growing a list that lies in the image moves it to the heap.
+        ASSERT_EQ(image->folder.AddActivity(NewActivity(L"heap")), S_OK);
+        EXPECT_FALSE(CGalleryImageRegistry::Contains(image->activities.m_array));
+        EXPECT_EQ(image->activities.GetAt(0), &image->activity);
+        // Editing text that lies in the image replaces it without freeing it.
+        ASSERT_EQ(image->activityMetadata.SetIdentifier(L"edited"), S_OK);
+        ASSERT_EQ(image->activityMetadata.m_titles->Add(L"fr", L"Image"), S_OK);
+        EXPECT_EQ(std::wstring(image->activityMetadata.m_titles->Lookup(L"en")), L"Picture");
+        EXPECT_EQ(std::wstring(image->identifier), L"img");
+    }  // the manifest frees the tree, then the image
+    EXPECT_FALSE(CGalleryImageRegistry::Contains(image));
+}
+
+// ---- Ordering ----
+
+TEST(GalleryOrdering, CompareTitlesIsATotalOrderWithBlanksFirst)
+{
+    EXPECT_EQ(CompareTitles(nullptr, L""), 0);
+    EXPECT_EQ(CompareTitles(L"\xFFFE", nullptr), 0);
+    EXPECT_LT(CompareTitles(L"", L"a"), 0);
+    EXPECT_GT(CompareTitles(L"a", L"\xFFFE"), 0);
+    // Collation of the lowered texts ties; the exact comparison decides.
+    EXPECT_NE(CompareTitles(L"abc", L"ABC"), 0);
+    EXPECT_EQ(CompareTitles(L"abc", L"ABC"), -CompareTitles(L"ABC", L"abc"));
+    EXPECT_LT(CompareTitles(L"apple", L"Banana"), 0);
+
+    const std::vector<std::wstring> texts = {L"b", L"B", L"a", L"A", L"ab", L"aB", L"Ab",
+                                             L"a b", L"", L"\u00E9", L"e", L"E"};
+    for (const auto& x : texts) {
+        for (const auto& y : texts) {
+            const int xy = CompareTitles(x.c_str(), y.c_str());
+            EXPECT_EQ(xy, -CompareTitles(y.c_str(), x.c_str()));
+            EXPECT_EQ(xy == 0, x == y) << "texts must only tie with themselves";
+            for (const auto& z : texts) {
+                if (xy < 0 && CompareTitles(y.c_str(), z.c_str()) < 0) {
+                    EXPECT_LT(CompareTitles(x.c_str(), z.c_str()), 0);
+                }
+            }
+        }
+    }
+}
+
+TEST(GalleryOrdering, CompareObjectsBySortKeyTitleTimeIdentifierAddress)
+{
+    CGalleryActivity* zebra = NewActivity(L"1", L"Zebra");
+    CGalleryActivity* apple = NewActivity(L"2", L"apple");
+    EXPECT_LT(CompareObjects(apple, zebra), 0);
+    zebra->m_metadata->SetSortKey(L"aaa");
+    EXPECT_LT(CompareObjects(zebra, apple), 0);
+    // A blank sort key falls back to the title.
+    zebra->m_metadata->SetSortKey(L"\xFFFE");
+    EXPECT_GT(CompareObjects(zebra, apple), 0);
+
+    CGalleryActivity* early = NewActivity(L"b", L"Same");
+    CGalleryActivity* late = NewActivity(L"a", L"Same");
+    early->m_metadata->m_creationTime = 10;
+    late->m_metadata->m_creationTime = 20;
+    EXPECT_LT(CompareObjects(early, late), 0);
+    late->m_metadata->m_creationTime = 10;
+    EXPECT_GT(CompareObjects(early, late), 0);  // identifiers "b" > "a"
+    early->m_metadata->SetIdentifier(L"a");
+    EXPECT_EQ(CompareObjects(early, late), -CompareObjects(late, early));
+    EXPECT_NE(CompareObjects(early, late), 0);
+    EXPECT_EQ(CompareObjects(early, early), 0);
+
+    EXPECT_GT(CompareObjects(nullptr, early), 0);
+    EXPECT_LT(CompareObjects(early, nullptr), 0);
+    for (CGalleryActivity* a : {zebra, apple, early, late})
+        CGalleryActivity::Destroy(a);
+}
+
+TEST(GalleryOrdering, ObjectTitles)
+{
+    SetCurrentLanguage(L"fr");
+    CGalleryActivity* activity = NewActivity(L"x", L"Dog");
+    activity->m_metadata->m_titles->Add(L"fr", L"Chien");
+    EXPECT_EQ(GetObjectTitle(activity), CAtlString(L"Chien"));
+    activity->m_metadata->SetIdentifier(MyContentCategoryIdentifier().GetString());
+    EXPECT_EQ(GetObjectTitle(activity), CAtlString(L"My Content"));
+    SetCurrentLanguage(L"");
+    CGalleryActivity::Destroy(activity);
+
+    CGalleryManifest manifest;
+    manifest.SetPath(L"/galleries/Physical Content/imsmanifest.xml");
+    EXPECT_EQ(GetObjectTitle(&manifest), CAtlString(L"Physical Content"));
+    EXPECT_TRUE(GetObjectTitle(nullptr).IsEmpty());
+}
+
+// ---- Identifiers ----
+
+TEST(GalleryIdentifierText, GeneratedIdentifiersHaveTheirFixedShape)
+{
+    const std::wstring base(PLACEHOLDER_URI_BASE);
+    const std::wregex uuid(L"[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}");
+    const std::wstring typed(NewGalleryIdentifier(L"picture").GetString());
+    ASSERT_EQ(typed.rfind(base + L"/uniqueid?type=picture&id=", 0), 0u) << typed;
+    EXPECT_TRUE(std::regex_match(typed.substr(typed.find(L"&id=") + 4), uuid));
+    EXPECT_NE(std::wstring(NewGalleryIdentifier(L"\xFFFE").GetString()).find(L"type=unknown&"),
+              std::wstring::npos);
+    EXPECT_NE(NewGalleryIdentifier(L"x"), NewGalleryIdentifier(L"x"));
+
+    const std::wstring compound(NewActivityIdentifier().GetString());
+    const std::size_t split = compound.rfind(L'/');
+    EXPECT_EQ(compound.rfind(base + L"/uniqueid?type=activity&id=", 0), 0u);
+    EXPECT_TRUE(std::regex_match(compound.substr(split + 1), uuid));
+    EXPECT_EQ(NewActivityIdentifier(L"t", L"i"), CAtlString(L"t/i"));
+
+    const std::wstring random(NewRandomIdentifier().GetString());
+    EXPECT_EQ(random.rfind(base + L"/randomid?id=", 0), 0u);
+    EXPECT_EQ(MyContentCategoryIdentifier(), CAtlString(PLACEHOLDER_URI_BASE) + L"/My%20Content");
+}
+
+TEST(GalleryIdentifierText, IndexFindsEveryObjectAndTheFirstOfDuplicates)
+{
+    CGalleryManifest manifest;
+    CGalleryOrganization* organization = NewOrganization(L"org");
+    manifest.AddOrganization(organization);
+    CGalleryFolder* root = NewFolder(L"root");
+    CGalleryFolder* child = NewFolder(L"dup");
+    CGalleryActivity* first = NewActivity(L"dup");
+    organization->AddItem(root);
+    root->AddActivity(first);
+    root->AddChild(child);
+    child->AddActivity(NewActivity(L"leaf"));
+
+    CGalleryIdentifierIndex index;
+    index.Build(manifest);
+    EXPECT_EQ(index.GetCount(), 4u);
+    EXPECT_EQ(index.Find(L"org"), organization);
+    EXPECT_EQ(index.Find(L"dup"), first);
+    EXPECT_EQ(index.Find(L"leaf"), child->m_activities->GetAt(0));
+    EXPECT_EQ(index.Find(L"none"), nullptr);
+    EXPECT_EQ(GalleryIdentifierHash()(L"ab"), GalleryStringHash(L"ab", 0));
+}
+
+}  // namespace
