@@ -1,0 +1,290 @@
+#include "CGalleryInstallation.h"
+
+#include "CGalleryInstalledManifest.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+#include "FetchUrl.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+
+#include <tinyxml2.h>
+
+#include <atomic>
+#include <cstring>
+
+const wchar_t* const CGalleryInstallation::GalleryCategoriesXml = L"gallery_categories.xml";
+
+namespace {
+
+std::atomic<bool> g_connectionAvailable{true};
+
+const wchar_t kDataFolderName[] = L"Gallery Data Files";
+const wchar_t kDefaultEndpoint[] = L"http://downloads.zoltaworks.invalid/software/ZPC";
+
+const CAtlString& ProgramDirectory()
+{
+    static const CAtlString directory = [] {
+        const QString target = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
+        return CAtlString(QFileInfo(target).absolutePath());
+    }();
+    return directory;
+}
+
+}  // namespace
+
+std::unique_ptr<CGalleryInstallation> CGalleryInstallation::Create()
+{
+    std::unique_ptr<CGalleryInstallation> installation(new CGalleryInstallation());
+    installation->m_temporaryDirectory = GetTempFolder().GetUniqueChild(L"gallery");
+    if (!installation->m_temporaryDirectory.Create())
+        return nullptr;
+    installation->m_downloadDirectory = installation->m_temporaryDirectory;
+    return installation;
+}
+
+CGalleryInstallation::~CGalleryInstallation()
+{
+    m_categories.clear();
+    if (!m_temporaryDirectory.IsEmpty())
+        m_temporaryDirectory.Remove();
+    if (m_manifest)
+    {
+        CGalleryManifestIO::Close(*m_manifest);
+        CGalleryManifest::Destroy(m_manifest);
+    }
+}
+
+void CGalleryInstallation::SetDownloadOnly(const CZoltaDirectoryPath& directory)
+{
+    m_downloadOnly = true;
+    m_downloadDirectory = directory;
+}
+
+CGalleryCategory* CGalleryInstallation::Category(int index) const
+{
+    if (index < 0 || index >= CategoryCount())
+        return nullptr;
+    return m_categories[static_cast<std::size_t>(index)].get();
+}
+
+CGalleryCategory* CGalleryInstallation::CategoryById(const wchar_t* id) const
+{
+    for (const auto& category : m_categories)
+        if (CompareVersionText(category->GetId(), id) == 0)
+            return category.get();
+    return nullptr;
+}
+
+void CGalleryInstallation::ClearResults()
+{
+    for (const auto& category : m_categories)
+    {
+        category->SetResult(S_FALSE);
+        category->SetFinished(false);
+    }
+}
+
+void CGalleryInstallation::SetConnectionAvailable(bool available)
+{
+    g_connectionAvailable = available;
+}
+
+bool CGalleryInstallation::IsConnectionAvailable()
+{
+    return g_connectionAvailable;
+}
+
+CAtlString CGalleryInstallation::DefaultSource(int kind)
+{
+    const CAtlString local = ProgramDirectory() + L"/" + kDataFolderName;
+    switch (kind)
+    {
+    case 3:
+        return CAtlString(kDataFolderName);
+    case 1:
+        return local;
+    case 2:
+        return CAtlString(kDefaultEndpoint);
+    default:
+        if (CZoltaDirectoryPath(local).GetFile(GalleryCategoriesXml).Exists())
+            return local;
+        return CAtlString(kDefaultEndpoint);
+    }
+}
+
+bool CGalleryInstallation::IsUrl(const wchar_t* source)
+{
+    if (!source)
+        return true;
+    const wchar_t* p = source;
+    while ((*p >= L'0' && *p <= L'9') || (*p >= L'a' && *p <= L'z') || (*p >= L'A' && *p <= L'Z') || *p == L'+' ||
+           *p == L'-' || *p == L'.')
+        ++p;
+    return p[0] == L':' && p[1] == L'/' && p[2] == L'/';
+}
+
+CAtlString CGalleryInstallation::EncodeUrlName(const CAtlString& name)
+{
+    static const char kSafe[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-_.!~*'():/";
+    static const char kHex[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    const CAtlStringA utf8 = name.ToUtf8();
+    CAtlString encoded;
+    for (int i = 0; i < utf8.GetLength(); ++i)
+    {
+        const unsigned char byte = static_cast<unsigned char>(utf8[i]);
+        if (byte == '\\')
+            encoded += L'/';
+        else if (byte != 0 && std::strchr(kSafe, byte))
+            encoded += static_cast<wchar_t>(byte);
+        else
+        {
+            encoded += L'%';
+            encoded += static_cast<wchar_t>(kHex[byte >> 4]);
+            encoded += static_cast<wchar_t>(kHex[byte & 15]);
+        }
+    }
+    return encoded;
+}
+
+bool CGalleryInstallation::IsHostileName(const CAtlString& name)
+{
+    if (name.IsEmpty() || name[0] == L'/' || name[0] == L'\\' || (name.GetLength() > 1 && name[1] == L':'))
+        return true;
+    int start = 0;
+    const int length = name.GetLength();
+    for (int i = 0; i <= length; ++i)
+    {
+        if (i == length || name[i] == L'/' || name[i] == L'\\')
+        {
+            if (i - start == 2 && name[start] == L'.' && name[start + 1] == L'.')
+                return true;
+            start = i + 1;
+        }
+    }
+    return false;
+}
+
+void CGalleryInstallation::Report(eGalleryInstallationProgress stage, CGalleryCategory* category,
+                                  const wchar_t* item, int percent, int overall)
+{
+    m_observer.Progress(stage, category, item, percent, overall);
+}
+
+CZoltaDirectoryPath CGalleryInstallation::UninstallFolder() const
+{
+    CZoltaDirectoryPath folder = m_installDirectory;
+    folder.Append(L"Uninstall");
+    return folder;
+}
+
+HRESULT CGalleryInstallation::Locate(const CAtlString& name, CGalleryCategory* category, int overall,
+                                     CZoltaFilePath& path, bool& temporary)
+{
+    temporary = false;
+    if (m_source.IsEmpty() || name.IsEmpty() || m_downloadDirectory.IsEmpty())
+        return E_INVALIDARG;
+    // Names come from the source's document: none may reach outside the folder it is joined to.
+    if (IsHostileName(name))
+        return E_INVALIDARG;
+    if (!IsUrl(m_source))
+    {
+        path = CZoltaDirectoryPath(m_source).GetFile(name);
+        return S_OK;
+    }
+    const CAtlString url = m_source + L"/" + EncodeUrlName(name);
+    path = m_downloadDirectory.GetFile(name);
+    path.GetFolder().Create();
+    Report(eGalleryInstallationProgressDownloading, category, name, 0, overall);
+    const HRESULT hr = FetchUrl(url, path, m_observer.GetProxyObserver(), &m_observer);
+    Report(eGalleryInstallationProgressDownloading, category, name, 100, overall);
+    temporary = SUCCEEDED(hr);
+    return hr;
+}
+
+HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, const CAtlString& source,
+                                   bool refresh)
+{
+    if (m_manifest)
+        return E_FAIL;
+    HRESULT hr = CGalleryManifest::Create(&m_manifest);
+    if (FAILED(hr))
+        return hr;
+    m_installDirectory = installDirectory;
+    hr = CGalleryManifestIO::Open(*m_manifest, installDirectory.GetFile(L"imsmanifest.xml").GetPath(), nullptr,
+                                  false);
+    if (FAILED(hr))
+        return hr;
+    m_source = source;
+    m_categoriesDocument = UninstallFolder().GetFile(GalleryCategoriesXml);
+    if (refresh || !m_categoriesDocument.Exists())
+    {
+        CZoltaFilePath located;
+        bool temporary = false;
+        const HRESULT located_hr = Locate(GalleryCategoriesXml, nullptr, 0, located, temporary);
+        if (SUCCEEDED(located_hr))
+        {
+            UninstallFolder().Create();
+            if (!located.IsSameFile(m_categoriesDocument))
+                located.CopyTo(m_categoriesDocument);
+            if (m_categoriesDocument.Exists() && temporary)
+                located.Remove();
+            if (!m_categoriesDocument.Exists())
+                m_categoriesDocument = located;
+        }
+        if (!m_categoriesDocument.Exists() && FAILED(located_hr))
+            return located_hr;
+    }
+    return ReadCategoriesDocument();
+}
+
+void CGalleryInstallation::LoadInstalledRecords(CGalleryInstalledRecords& records) const
+{
+    std::vector<CZoltaFilePath> files;
+    UninstallFolder().ListFiles(L"imsmanifest*.xml", files);
+    for (const CZoltaFilePath& file : files)
+    {
+        auto record = std::make_shared<CGalleryInstalledManifest>();
+        if (SUCCEEDED(record->Load(file.GetPath())))
+            records[record->GetId()] = record;
+    }
+}
+
+HRESULT CGalleryInstallation::ReadCategoriesDocument()
+{
+    Report(eGalleryInstallationProgressReading, nullptr, GalleryCategoriesXml, 0, 0);
+    m_cancel = false;
+    m_categories.clear();
+    m_removals.clear();
+    CGalleryInstalledRecords records;
+    LoadInstalledRecords(records);
+
+    QFile file(m_categoriesDocument.ToQString());
+    if (!file.open(QIODevice::ReadOnly))
+        return E_INVALIDARG;
+    const QByteArray bytes = file.readAll();
+    tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
+    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+        return E_INVALIDARG;
+    const tinyxml2::XMLElement* root = document.RootElement();
+    const tinyxml2::XMLElement* categories = root ? root->FirstChildElement("categories") : nullptr;
+    if (!categories)
+        return E_FAIL;
+    for (const tinyxml2::XMLElement* element = categories->FirstChildElement(); element;
+         element = element->NextSiblingElement())
+    {
+        m_categories.push_back(std::make_unique<CGalleryCategory>());
+        const HRESULT hr = m_categories.back()->Read(*element, records);
+        if (FAILED(hr))
+            return hr;
+    }
+    if (const tinyxml2::XMLElement* mandatory = root->FirstChildElement("mandatory"))
+        if (const tinyxml2::XMLElement* removals = mandatory->FirstChildElement("removals"))
+            for (const tinyxml2::XMLElement* entry = removals->FirstChildElement(); entry;
+                 entry = entry->NextSiblingElement())
+                if (const char* id = entry->Attribute("id"))
+                    m_removals.push_back(CAtlString::FromUtf8(id));
+    Report(eGalleryInstallationProgressReading, nullptr, GalleryCategoriesXml, 100, 100);
+    return S_OK;
+}

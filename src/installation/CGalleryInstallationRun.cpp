@@ -1,0 +1,399 @@
+// The run of an installation: removals, fetches, installs, string packages, and the manifest.
+#include "CGalleryInstallation.h"
+
+#include "CGalleryI18N.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+
+#include <cmath>
+
+namespace {
+
+int Percent(int done, int total)
+{
+    return static_cast<int>(std::lround(static_cast<double>(done) * 100.0 / static_cast<double>(total)));
+}
+
+bool IsInstallAction(int action)
+{
+    return action == eGalleryCategoryActionInstall || action == eGalleryCategoryActionInstallWithoutStrings ||
+           action == eGalleryCategoryActionUpdate;
+}
+
+// The file names a category's action asks for: all of them, or for an update only those that
+// are missing or out of date.
+std::vector<CAtlString> FilesToInstall(const CGalleryCategory& category)
+{
+    std::vector<CAtlString> names;
+    for (const CGalleryCategoryFile& file : category.GetFiles())
+        if (category.GetAction() != eGalleryCategoryActionUpdate || !file.IsInstalled() || file.NeedsUpdate())
+            names.push_back(file.GetName());
+    return names;
+}
+
+// Holds a manifest object for one step and frees it, with any extraction, at the end.
+class ScopedManifest
+{
+public:
+    ScopedManifest() { CGalleryManifest::Create(&m_manifest); }
+    ~ScopedManifest() { Close(); }
+    CGalleryManifest* Get() const { return m_manifest; }
+    // After a merge the other side belongs to the target in part; only the shell stays here.
+    void Close()
+    {
+        if (!m_manifest)
+            return;
+        CGalleryManifestIO::Close(*m_manifest);
+        CGalleryManifest::Destroy(m_manifest);
+    }
+
+private:
+    CGalleryManifest* m_manifest = nullptr;
+};
+
+}  // namespace
+
+int CGalleryInstallation::CountSteps(bool isUrl) const
+{
+    int total = 0;
+    for (const auto& category : m_categories)
+    {
+        const int files = static_cast<int>(category->GetFiles().size());
+        if (category->GetAction() == eGalleryCategoryActionUninstall)
+            total += files;
+        else if (category->GetAction() != eGalleryCategoryActionNone)
+            total += isUrl ? 2 * files : files;
+    }
+    return total;
+}
+
+void CGalleryInstallation::ApplyMandatoryRemovals()
+{
+    const CZoltaDirectoryPath uninstall = UninstallFolder();
+    for (const CAtlString& id : m_removals)
+    {
+        const CZoltaFilePath record = CGalleryManifestIO::GetInstallRecordPath(uninstall, id);
+        if (record.Exists())
+        {
+            m_manifestsChanged = true;
+            record.Remove();
+        }
+    }
+}
+
+void CGalleryInstallation::Prefetch(int total, int& done, std::map<CAtlString, CZoltaFilePath>& fetched)
+{
+    for (const auto& category : m_categories)
+    {
+        if (!IsInstallAction(category->GetAction()))
+            continue;
+        std::vector<CAtlString> names = ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate);
+        const std::vector<CAtlString> files = FilesToInstall(*category);
+        names.insert(names.end(), files.begin(), files.end());
+        for (const CAtlString& name : names)
+        {
+            if (m_cancel)
+                return;
+            ++done;
+            const int overall = total > 0 ? Percent(done, total) : 0;
+            Report(eGalleryInstallationProgressDownloading, category.get(), name, 0, overall);
+            CZoltaFilePath path;
+            bool temporary = false;
+            if (SUCCEEDED(Locate(name, category.get(), overall, path, temporary)))
+            {
+                Report(eGalleryInstallationProgressDownloading, category.get(), name, 100, overall);
+                fetched[name] = path;
+            }
+        }
+    }
+}
+
+void CGalleryInstallation::UninstallCategory(CGalleryCategory& category, int total, int& done,
+                                             bool& anySucceeded)
+{
+    std::vector<CZoltaFilePath> paths;
+    for (const CGalleryCategoryFile& file : category.GetFiles())
+        if (file.IsInstalled())
+            paths.push_back(file.GetInstalledPath());
+    anySucceeded = true;
+    for (const CZoltaFilePath& path : paths)
+    {
+        if (m_cancel)
+            break;
+        ++done;
+        const int overall = total > 0 ? Percent(done, total) : 0;
+        Report(eGalleryInstallationProgressUninstalling, &category, path.GetPath(), 0, overall);
+        HRESULT hr = E_ABORT;
+        ScopedManifest record;
+        if (!m_cancel)
+            hr = record.Get() ? CGalleryManifestIO::Open(*record.Get(), path.GetPath(), nullptr, false)
+                              : E_OUTOFMEMORY;
+        if (SUCCEEDED(hr))
+        {
+            if (m_cancel)
+                hr = E_ABORT;
+            else if (path.Exists() && !path.Remove())
+                hr = E_FAIL;
+            else
+            {
+                // The merged manifest is rebuilt from the remaining records at the end.
+                m_manifest->SetModified();
+                m_manifestsChanged = true;
+            }
+        }
+        if (FAILED(hr))
+            anySucceeded = false;
+        category.SetFinished(true);
+        category.SetResult(hr);
+        record.Close();
+        if (FAILED(hr))
+            Report(eGalleryInstallationProgressFailed, &category, path.GetPath(), 100, overall);
+        else
+            Report(eGalleryInstallationProgressUninstalling, &category, path.GetPath(), 100, overall);
+    }
+}
+
+HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCategory& category,
+                                          const CAtlString& name, int overall)
+{
+    if (m_cancel)
+        return E_ABORT;
+    Report(eGalleryInstallationProgressInstalling, &category, name, 0, overall);
+    ScopedManifest package;
+    if (!package.Get())
+        return E_OUTOFMEMORY;
+    HRESULT hr = CGalleryManifestIO::Open(*package.Get(), path.GetPath(), nullptr, false);
+    if (FAILED(hr))
+        return hr;
+    // A package that isn't there opens as an empty manifest; it installs nothing.
+    if (hr == S_FALSE)
+        return E_FAIL;
+    if (m_cancel)
+        return E_ABORT;
+    hr = CGalleryManifestIO::MergeFrom(*m_manifest, package.Get(), nullptr);
+    if (hr == S_GALLERY_RECORD_REPLACED)
+        m_manifestsChanged = true;
+    if (SUCCEEDED(hr))
+        m_manifest->SetModified();
+    return hr;
+}
+
+void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUrl, int total, int& done,
+                                           bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched,
+                                           bool& anyFailed, bool& anySucceeded)
+{
+    for (const CAtlString& name : FilesToInstall(category))
+    {
+        if (m_cancel)
+            break;
+        ++done;
+        int overall = total > 0 ? Percent(done, total) : 0;
+        Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
+
+        CZoltaFilePath path;
+        bool temporary = false;
+        HRESULT hr = S_OK;
+        if (!usePrefetch)
+        {
+            hr = Locate(name, &category, overall, path, temporary);
+            if (isUrl)
+            {
+                ++done;
+                overall = total > 0 ? Percent(done, total) : 0;
+            }
+        }
+        else
+        {
+            const auto entry = fetched.find(name);
+            temporary = true;
+            if (entry == fetched.end() || !entry->second.Exists())
+                hr = E_FAIL;
+            else
+                path = entry->second;
+        }
+        if (SUCCEEDED(hr))
+            Report(eGalleryInstallationProgressDownloading, &category, name, 100, overall);
+
+        if (m_downloadOnly)
+            temporary = false;
+        else if (SUCCEEDED(hr))
+            hr = InstallFile(path, category, name, overall);
+
+        category.SetResult(hr);
+        category.SetFinished(true);
+        if (temporary)
+            path.Remove();
+
+        if (FAILED(hr))
+        {
+            anyFailed = true;
+            Report(eGalleryInstallationProgressFailed, &category, name, 100, overall);
+        }
+        else
+        {
+            anySucceeded = true;
+            Report(eGalleryInstallationProgressInstalling, &category, name, 100, overall);
+        }
+    }
+}
+
+void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
+                                               const std::map<CAtlString, CZoltaFilePath>& fetched)
+{
+    std::vector<std::shared_ptr<CGalleryI18N>> catalogues;
+    for (const auto& category : m_categories)
+    {
+        const int action = category->GetAction();
+        if (action != eGalleryCategoryActionInstall && action != eGalleryCategoryActionUpdate)
+            continue;
+        const std::vector<CAtlString> packages = ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate);
+        if (!packages.empty() && !m_downloadOnly)
+            m_manifestsChanged = true;
+        for (const CAtlString& name : packages)
+        {
+            if (m_cancel)
+                break;
+            CZoltaFilePath path;
+            bool temporary = false;
+            HRESULT hr = S_OK;
+            if (!usePrefetch)
+            {
+                if (IsUrl(m_source))
+                {
+                    // No progress for string packages: fetch quietly.
+                    if (IsHostileName(name))
+                        continue;
+                    path = m_downloadDirectory.GetFile(name);
+                    path.GetFolder().Create();
+                    hr = FetchUrl(m_source + L"/" + EncodeUrlName(name), path, m_observer.GetProxyObserver(),
+                                  nullptr);
+                    temporary = SUCCEEDED(hr) && !m_downloadOnly;
+                }
+                else
+                    hr = Locate(name, category.get(), 0, path, temporary);
+            }
+            else
+            {
+                const auto entry = fetched.find(name);
+                if (entry == fetched.end() || !entry->second.Exists())
+                    continue;
+                path = entry->second;
+                temporary = true;
+            }
+            if (m_downloadOnly)
+                continue;  // a local source keeps its packages
+            if (SUCCEEDED(hr))
+            {
+                auto catalogue = std::make_shared<CGalleryI18N>();
+                if (SUCCEEDED(catalogue->Load(path.GetPath())))
+                    catalogues.push_back(catalogue);
+            }
+            if (temporary)
+                path.Remove();
+        }
+    }
+    if (!catalogues.empty())
+        ApplyCatalogues(catalogues);
+}
+
+void CGalleryInstallation::ApplyCatalogues(const std::vector<std::shared_ptr<CGalleryI18N>>& catalogues)
+{
+    std::vector<CZoltaFilePath> records;
+    UninstallFolder().ListFiles(L"imsmanifest*.xml", records);
+    for (const CZoltaFilePath& path : records)
+    {
+        if (m_cancel)
+            break;
+        ScopedManifest record;
+        if (!record.Get() || FAILED(CGalleryManifestIO::Open(*record.Get(), path.GetPath(), nullptr, false)))
+            continue;
+        bool changed = false;
+        for (const auto& catalogue : catalogues)
+        {
+            const HRESULT hr = catalogue->Apply(*record.Get());
+            if (FAILED(hr))
+                break;
+            if (hr == S_OK)
+                changed = true;
+        }
+        if (changed)
+            CGalleryManifestIO::Save(*record.Get(), path.GetPath(), false);
+    }
+}
+
+void CGalleryInstallation::WriteManifest()
+{
+    if (!m_manifest || !m_manifest->IsModified())
+        return;
+    CGalleryManifestIO::Save(*m_manifest, m_manifest->GetPath(), true);
+    m_manifest->SetModified(false);
+}
+
+HRESULT CGalleryInstallation::Run()
+{
+    if (!m_manifest)
+        return E_FAIL;
+    const bool isUrl = IsUrl(m_source);
+    const int total = CountSteps(isUrl);
+    int done = 0;
+    if (!m_downloadOnly)
+        ApplyMandatoryRemovals();
+
+    std::map<CAtlString, CZoltaFilePath> fetched;
+    bool usePrefetch = false;
+    if (isUrl && m_prefetch == 1 && !m_cancel)
+    {
+        Prefetch(total, done, fetched);
+        usePrefetch = true;
+    }
+
+    bool anyFailed = false;
+    bool anySucceeded = false;
+    for (const auto& category : m_categories)
+    {
+        if (m_cancel)
+            break;
+        const int action = category->GetAction();
+        if (action == eGalleryCategoryActionNone)
+        {
+            category->SetResult(S_FALSE);
+            category->SetFinished(true);
+        }
+        else if (action == eGalleryCategoryActionUninstall)
+        {
+            if (!m_downloadOnly)
+                UninstallCategory(*category, total, done, anySucceeded);
+        }
+        else if (IsInstallAction(action))
+            InstallCategory(*category, isUrl, total, done, usePrefetch, fetched, anyFailed, anySucceeded);
+    }
+
+    if (!m_cancel)
+        ApplyStringPackages(usePrefetch, fetched);
+
+    if (m_cancel)
+    {
+        WriteManifest();
+        for (const auto& category : m_categories)
+        {
+            if (!category->IsFinished() && category->GetAction() != eGalleryCategoryActionNone && !m_cancel)
+            {
+                category->SetResult(E_ABORT);
+                category->SetFinished(true);
+            }
+        }
+        return E_ABORT;
+    }
+
+    if (m_manifestsChanged && !m_downloadOnly)
+    {
+        CGalleryManifestIO::RebuildFromInstalled(*m_manifest);
+        m_manifest->SetModified(false);
+    }
+    else if (!m_downloadOnly)
+        WriteManifest();
+
+    if (anyFailed)
+        return anySucceeded ? S_FALSE : E_FAIL;
+    return anySucceeded ? S_OK : S_FALSE;
+}

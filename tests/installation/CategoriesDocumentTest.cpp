@@ -1,0 +1,211 @@
+#include "CGalleryInstallation.h"
+#include "GallerySourceBuilder.h"
+#include "ProgressRecorder.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+using namespace curatool::test;
+
+namespace {
+
+std::string Utf8(const CAtlString& text)
+{
+    return text.ToQString().toStdString();
+}
+
+// A source folder holding only a categories document, and an empty gallery.
+struct CategoriesFixture : ::testing::Test
+{
+    std::string source = MakeScratchDir("source");
+    std::string gallery = MakeScratchDir("gallery");
+    std::unique_ptr<CGalleryInstallation> installation = CGalleryInstallation::Create();
+    ProgressRecorder recorder;
+
+    HRESULT OpenWith(const std::string& document)
+    {
+        EXPECT_TRUE(WriteFile(source + "/gallery_categories.xml", document));
+        installation->SetObserver(&recorder);
+        return installation->Open(CZoltaDirectoryPath(gallery.c_str()), CAtlString(source.c_str()), true);
+    }
+};
+
+CategorySpec TwoFileCategory()
+{
+    return {"cat.animals", "1.1", {{"en", "Animals"}, {"fr", "Animaux"}},
+            {{"animals1.zip", "pkg.animals1", "1.1", "en:1.0;fr:1.0"}, {"animals2.zip", "pkg.animals2", "1.0", ""}},
+            {{"fr", "animals_fr.zip"}}, "size=\"2048\" count=\"12\" disksize=\"4096\""};
+}
+
+}  // namespace
+
+TEST_F(CategoriesFixture, ReadsCategoriesFilesTitlesAndNumbersInDocumentOrder)
+{
+    CategorySpec empty{"cat.empty", "1.0", {{"en", "Empty"}}, {}, {}, "size=\"abc\""};
+    ASSERT_EQ(S_OK, OpenWith(CategoriesXml({TwoFileCategory(), empty})));
+    ASSERT_EQ(2, installation->CategoryCount());
+    EXPECT_EQ(nullptr, installation->Category(2));
+    EXPECT_EQ(nullptr, installation->Category(-1));
+
+    const CGalleryCategory* animals = installation->Category(0);
+    EXPECT_EQ("cat.animals", Utf8(animals->GetId()));
+    EXPECT_EQ("1.1", Utf8(animals->GetVersion()));
+    EXPECT_EQ(2048, animals->GetSize());
+    EXPECT_EQ(12, animals->GetCount());
+    EXPECT_EQ(4096, animals->GetDiskSize());
+    EXPECT_EQ("Animaux", Utf8(animals->GetTitle(L"fr")));
+    EXPECT_EQ("Animals", Utf8(animals->GetTitle(L"en_GB")));
+    EXPECT_EQ(S_FALSE, animals->GetResult());
+    EXPECT_FALSE(animals->IsInstalled());
+    EXPECT_TRUE(animals->GetInstalledVersion().IsEmpty());
+    ASSERT_EQ(2u, animals->GetFiles().size());
+    const CGalleryCategoryFile& first = animals->GetFiles()[0];
+    EXPECT_EQ("animals1.zip", Utf8(first.GetName()));
+    EXPECT_EQ("pkg.animals1", Utf8(first.GetId()));
+    EXPECT_TRUE(first.NeedsUpdate());
+    EXPECT_EQ("1.0", Utf8(first.GetStrings().at(CAtlString(L"fr"))));
+    EXPECT_EQ("animals_fr.zip", Utf8(animals->GetStrings().at(CAtlString(L"fr"))));
+
+    const CGalleryCategory* second = installation->Category(1);
+    EXPECT_EQ(0, second->GetSize());
+    EXPECT_TRUE(second->GetFiles().empty());
+    EXPECT_FALSE(second->IsInstalled());
+    EXPECT_FALSE(second->IsUpdateAvailable());
+
+    // The document is kept beside the records, and reading is reported from 0 to 100.
+    EXPECT_TRUE(Exists(gallery + "/Uninstall/gallery_categories.xml"));
+    const auto reading = recorder.OfStage(eGalleryInstallationProgressReading);
+    ASSERT_EQ(2u, reading.size());
+    EXPECT_EQ(0, reading[0].percent);
+    EXPECT_EQ(100, reading[1].percent);
+    EXPECT_EQ("gallery_categories.xml", reading[0].item);
+}
+
+TEST_F(CategoriesFixture, ComparesInstalledVersionsAsPlainText)
+{
+    // Installed: animals1 at 1.1 with only English strings; animals2 at "9.0", which sorts after
+    // the offered "10.0" as text, so it is not out of date.
+    WriteInstallRecord(gallery, {"pkg.animals1", "1.1", "a.png", "x", "A", "", {{"en", "1.0"}}});
+    WriteInstallRecord(gallery, {"pkg.animals2", "9.0", "b.png"});
+    CategorySpec category = TwoFileCategory();
+    category.files[1].version = "10.0";
+    ASSERT_EQ(S_OK, OpenWith(CategoriesXml({category})));
+
+    const CGalleryCategory* animals = installation->Category(0);
+    EXPECT_TRUE(animals->IsInstalled());
+    EXPECT_EQ("9.0", Utf8(animals->GetInstalledVersion()));
+    const CGalleryCategoryFile& first = animals->GetFiles()[0];
+    const CGalleryCategoryFile& second = animals->GetFiles()[1];
+    EXPECT_TRUE(first.IsInstalled());
+    EXPECT_TRUE(first.NeedsUpdate()) << "French strings are not installed";
+    EXPECT_EQ(InstallRecordPath(gallery, "pkg.animals1"), Utf8(first.GetInstalledPath().GetPath()));
+    EXPECT_FALSE(second.NeedsUpdate());
+    EXPECT_TRUE(animals->IsUpdateAvailable());
+}
+
+TEST_F(CategoriesFixture, CurrentStringsAndOlderOfferLeaveAFileAlone)
+{
+    WriteInstallRecord(gallery, {"pkg.animals1", "1.2", "a.png", "x", "A", "", {{"en", "1.0"}, {"fr", "1.1"}}});
+    WriteInstallRecord(gallery, {"pkg.animals2", "1.0", "b.png"});
+    ASSERT_EQ(S_OK, OpenWith(CategoriesXml({TwoFileCategory()})));
+    const CGalleryCategory* animals = installation->Category(0);
+    EXPECT_FALSE(animals->GetFiles()[0].NeedsUpdate());
+    EXPECT_FALSE(animals->GetFiles()[1].NeedsUpdate());
+    EXPECT_FALSE(animals->IsUpdateAvailable());
+    EXPECT_EQ("1.2", Utf8(animals->GetInstalledVersion()));
+}
+
+TEST(CategoryFileStrings, PairsLanguagesAndVersionsWithEitherSeparator)
+{
+    auto parsed = CGalleryCategoryFile::ParseStrings(L"en:1.2;fr:1.1:de;2.0");
+    EXPECT_EQ(3u, parsed.size());
+    EXPECT_EQ("1.1", Utf8(parsed[CAtlString(L"fr")]));
+    EXPECT_EQ("2.0", Utf8(parsed[CAtlString(L"de")]));
+    EXPECT_TRUE(CGalleryCategoryFile::ParseStrings(L"en").empty());
+    parsed = CGalleryCategoryFile::ParseStrings(L"en:1.0;en:2.0;fr");
+    ASSERT_EQ(1u, parsed.size());
+    EXPECT_EQ("2.0", Utf8(parsed[CAtlString(L"en")]));
+}
+
+TEST_F(CategoriesFixture, MissingAndEmptyAttributesStopTheReading)
+{
+    CategorySpec good{"cat.a", "1.0", {{"en", "A"}}, {{"a.zip", "pkg.a", "1.0", ""}}, {}, ""};
+    CategorySpec noVersion = good;
+    noVersion.id = "cat.b";
+    noVersion.version = "";
+    EXPECT_EQ(E_FAIL, OpenWith(CategoriesXml({good, noVersion})));
+    EXPECT_EQ(2, installation->CategoryCount()) << "categories read so far stay";
+
+    installation = CGalleryInstallation::Create();
+    std::string document = CategoriesXml({good});
+    document.replace(document.find(" version=\"1.0\">"), 15, ">");
+    EXPECT_EQ(E_INVALIDARG, OpenWith(document)) << "file without version";
+
+    installation = CGalleryInstallation::Create();
+    EXPECT_EQ(E_FAIL, OpenWith("<gallery><other/></gallery>")) << "no categories element";
+    installation = CGalleryInstallation::Create();
+    EXPECT_EQ(E_FAIL, OpenWith("<gallery><categories><c id=\"x\" version=\"1\"><files/></c></categories></gallery>"))
+        << "no title";
+    installation = CGalleryInstallation::Create();
+    EXPECT_EQ(E_INVALIDARG, OpenWith("<gallery><categories>")) << "broken XML";
+}
+
+TEST_F(CategoriesFixture, OnlyMandatoryRemovalsAreCollected)
+{
+    CategorySpec good{"cat.a", "1.0", {{"en", "A"}}, {}, {}, ""};
+    std::string document = CategoriesXml({good}, {"old.one", "old.two"});
+    document.insert(document.find("</gallery>"), "<removals><r id=\"not.this\"/></removals>");
+    ASSERT_EQ(S_OK, OpenWith(document));
+    ASSERT_EQ(2u, installation->GetRemovals().size());
+    EXPECT_EQ("old.one", Utf8(installation->GetRemovals()[0]));
+    EXPECT_EQ("old.two", Utf8(installation->GetRemovals()[1]));
+}
+
+TEST_F(CategoriesFixture, ASecondOpenFailsAndAMissingSourceFallsBackToTheKeptCopy)
+{
+    CategorySpec good{"cat.a", "1.0", {{"en", "A"}}, {}, {}, ""};
+    ASSERT_EQ(S_OK, OpenWith(CategoriesXml({good})));
+    EXPECT_EQ(E_FAIL, installation->Open(CZoltaDirectoryPath(gallery.c_str()), CAtlString(source.c_str()), true));
+
+    // The source loses its document; the copy in Uninstall serves.
+    std::remove((source + "/gallery_categories.xml").c_str());
+    installation = CGalleryInstallation::Create();
+    ASSERT_EQ(S_OK, installation->Open(CZoltaDirectoryPath(gallery.c_str()), CAtlString(source.c_str()), true));
+    EXPECT_EQ(1, installation->CategoryCount());
+
+    // Without any copy the open fails.
+    const std::string otherGallery = MakeScratchDir("other");
+    installation = CGalleryInstallation::Create();
+    EXPECT_TRUE(FAILED(
+        installation->Open(CZoltaDirectoryPath(otherGallery.c_str()), CAtlString(source.c_str()), true)));
+}
+
+TEST(FormatByteSize, ShowsAFractionOnlyBelowTenUnits)
+{
+    EXPECT_EQ("1023 bytes", Utf8(FormatByteSize(1023)));
+    EXPECT_EQ("1.0 KB", Utf8(FormatByteSize(1024)));
+    EXPECT_EQ("9.9 KB", Utf8(FormatByteSize(10137)));
+    EXPECT_EQ("10.0 KB", Utf8(FormatByteSize(10239))) << "rounded in printing, still below the threshold";
+    EXPECT_EQ("10 KB", Utf8(FormatByteSize(10240)));
+    EXPECT_EQ("1023 KB", Utf8(FormatByteSize(1048575)));
+    EXPECT_EQ("1.5 MB", Utf8(FormatByteSize(1572864)));
+    EXPECT_EQ("10 MB", Utf8(FormatByteSize(10485760)));
+    EXPECT_EQ("1023 MB", Utf8(FormatByteSize(1073741823)));
+    EXPECT_EQ("4.0 GB", Utf8(FormatByteSize(4294967295u)));
+}
+
+TEST(SourceKinds, UrlTestAndEncoding)
+{
+    EXPECT_TRUE(CGalleryInstallation::IsUrl(nullptr));
+    EXPECT_TRUE(CGalleryInstallation::IsUrl(L"file:///x"));
+    EXPECT_TRUE(CGalleryInstallation::IsUrl(L"http://h/x"));
+    EXPECT_TRUE(CGalleryInstallation::IsUrl(L"://x"));
+    EXPECT_FALSE(CGalleryInstallation::IsUrl(L"C:/x"));
+    EXPECT_FALSE(CGalleryInstallation::IsUrl(L"/srv/data"));
+    EXPECT_FALSE(CGalleryInstallation::IsUrl(L"a b://x"));
+    EXPECT_EQ("sub/my%20file%C3%A9(1).zip", Utf8(CGalleryInstallation::EncodeUrlName(L"sub\\my file\u00e9(1).zip")));
+    EXPECT_EQ("Gallery Data Files", Utf8(CGalleryInstallation::DefaultSource(3)));
+    EXPECT_TRUE(Utf8(CGalleryInstallation::DefaultSource(2)).find("/software/ZPC") != std::string::npos);
+    EXPECT_TRUE(Utf8(CGalleryInstallation::DefaultSource(1)).rfind("/Gallery Data Files") != std::string::npos);
+    EXPECT_EQ(Utf8(CGalleryInstallation::DefaultSource(2)), Utf8(CGalleryInstallation::DefaultSource(0)));
+}
