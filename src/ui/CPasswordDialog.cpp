@@ -1,5 +1,7 @@
 #include "CPasswordDialog.h"
 
+#include "ui_CPasswordDialog.h"
+
 namespace {
 
 void ReplaceIfGiven(QLabel* label, const QString& text)
@@ -13,34 +15,34 @@ void ReplaceIfGiven(QLabel* label, const QString& text)
 CPasswordDialog::CPasswordDialog(QWidget* parent, QString& user, QString& password, bool userReadOnly,
                                  const QString& title, const QString& prompt, const QString& userLabel,
                                  const QString& passwordLabel)
-    : QDialog(parent), m_user(user), m_password(password)
+    : QDialog(parent), m_ui(std::make_unique<Ui::PasswordDialog>()), m_user(user), m_password(password)
 {
-    setupUi(this);
+    m_ui->setupUi(this);
     if (!title.isEmpty())
         setWindowTitle(title);
-    ReplaceIfGiven(labelPrompt, prompt);
-    ReplaceIfGiven(labelUser, userLabel);
-    ReplaceIfGiven(labelPassword, passwordLabel);
+    ReplaceIfGiven(m_ui->labelPrompt, prompt);
+    ReplaceIfGiven(m_ui->labelUser, userLabel);
+    ReplaceIfGiven(m_ui->labelPassword, passwordLabel);
 
     if (!user.isEmpty())
-        editUser->setText(user);
+        m_ui->editUser->setText(user);
     if (!password.isEmpty())
-        editPassword->setText(password);
-    editUser->setReadOnly(userReadOnly);
+        m_ui->editPassword->setText(password);
+    m_ui->editUser->setReadOnly(userReadOnly);
     if (userReadOnly)
-        editPassword->setFocus();
+        m_ui->editPassword->setFocus();
 }
 
 CPasswordDialog::~CPasswordDialog()
 {
-    // Don't leave the typed password lying in the widget's memory longer than needed.
-    editPassword->clear();
+    // Don't leave the typed password lying in the widget longer than needed.
+    m_ui->editPassword->clear();
 }
 
 void CPasswordDialog::accept()
 {
-    m_user = editUser->text();
-    m_password = editPassword->text();
-    editPassword->clear();
+    m_user = m_ui->editUser->text();
+    m_password = m_ui->editPassword->text();
+    m_ui->editPassword->clear();
     QDialog::accept();
 }

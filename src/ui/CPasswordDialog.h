@@ -3,11 +3,15 @@
 #include <QDialog>
 #include <QString>
 
-#include "ui_CPasswordDialog.h"
+#include <memory>
+
+namespace Ui {
+class PasswordDialog;
+}
 
 // Asks for a user name and a password. The two strings passed in give the starting values and
 // receive what the user typed when the dialog is accepted.
-class CPasswordDialog : public QDialog, private Ui::PasswordDialog
+class CPasswordDialog : public QDialog
 {
     Q_OBJECT
 public:
@@ -21,6 +25,7 @@ public slots:
     void accept() override;
 
 private:
+    std::unique_ptr<Ui::PasswordDialog> m_ui;
     QString& m_user;
     QString& m_password;
 };
