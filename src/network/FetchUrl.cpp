@@ -1,0 +1,56 @@
+#include "FetchUrl.h"
+
+#include "ConnectionInfo.h"
+#include "QtDownloader.h"
+
+#include <QUrl>
+
+namespace {
+
+// The observer's callbacks, with the byte count sent on to a separate progress observer when
+// there is one.
+class FetchConnection : public ConnectionInfo<IProxyObserver>
+{
+public:
+    explicit FetchConnection(IByteProgressObserver* progress) : m_progress(progress) {}
+
+    void ReadProgress(int done, int total) override
+    {
+        if (m_progress)
+            m_progress->ReadProgress(static_cast<unsigned int>(done), static_cast<unsigned int>(total));
+        else
+            ConnectionInfo<IProxyObserver>::ReadProgress(done, total);
+    }
+
+private:
+    IByteProgressObserver* m_progress;
+};
+
+}  // namespace
+
+HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
+                 IByteProgressObserver* progress)
+{
+    FetchConnection connection(progress);
+    if (proxyObserver) {
+        proxyObserver->GetProxy(connection.host, connection.port, connection.user, connection.password);
+        if (!connection.host.IsEmpty())
+            connection.type = ConnectionInfoBase::eProxyHttp;
+        connection.Bind(proxyObserver, &IProxyObserver::Authenticate, &IProxyObserver::Cancelled,
+                        &IProxyObserver::ReadProgress);
+    }
+    QtDownloader downloader;
+    return downloader.Download(url, localFile, &connection);
+}
+
+CZoltaFilePath FetchToTempFile(const CAtlString& url, IProxyObserver* proxyObserver)
+{
+    const QString path = QUrl(url.ToQString()).path();
+    const CAtlString extension = CZoltaFilePath(path.section(QLatin1Char('/'), -1)).GetExtension();
+    const CZoltaFilePath localFile = MakeTempFile(extension, CAtlString(L"SCVTemp"));
+    if (FAILED(FetchUrl(url, localFile, proxyObserver))) {
+        localFile.Remove();
+        return CZoltaFilePath();
+    }
+    return localFile;
+}

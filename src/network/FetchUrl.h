@@ -1,0 +1,27 @@
+#pragma once
+
+#include "IProxyObserver.h"
+
+#include "CZoltaFilePath.h"
+#include "ZoltaResult.h"
+
+#include "CAtlString.h"
+
+// Where the bytes of a running fetch are reported: the installation's progress relay takes them
+// to move a file's bar.
+class IByteProgressObserver
+{
+public:
+    virtual ~IByteProgressObserver() = default;
+    virtual void ReadProgress(unsigned int done, unsigned int total) = 0;
+};
+
+// The one entry to the network for the engine: fetches `url` into `localFile` through the proxy
+// the observer knows of (none when the observer is null or its host is empty). The observer
+// answers 407 replies; bytes go to `progress` when given, else to the observer.
+HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
+                 IByteProgressObserver* progress = nullptr);
+
+// Fetches `url` into a new temporary file named from "SCVTemp" and the extension of the URL's
+// path. Gives that file, or an empty path on failure (a partial file is then removed).
+CZoltaFilePath FetchToTempFile(const CAtlString& url, IProxyObserver* proxyObserver);
