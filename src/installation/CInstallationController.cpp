@@ -1,0 +1,407 @@
+#include "CInstallationController.h"
+
+#include "CConfiguration.h"
+#include "CGalleryInstallation.h"
+#include "FetchUrl.h"
+#include "IInstallationObserver.h"
+#include "QThreadWithLoop.h"
+#include "ZoltaAssert.h"
+
+#include <QByteArray>
+#include <QFile>
+
+#include <tinyxml2.h>
+
+#include <cwchar>
+#include <map>
+
+namespace {
+
+const wchar_t kDataFolderName[] = L"Gallery Data Files";
+
+bool IsOk(HRESULT hr)
+{
+    return hr >= 0;
+}
+
+}  // namespace
+
+CInstallationController::CInstallationController(std::shared_ptr<CConfiguration> configuration,
+                                                 IProxyObserver* proxyObserver)
+    : m_proxyObserver(proxyObserver), m_configuration(std::move(configuration))
+{
+}
+
+CInstallationController::~CInstallationController()
+{
+    Close();
+}
+
+void CInstallationController::Close()
+{
+    m_installation.reset();
+}
+
+void CInstallationController::Notify(eEvent event)
+{
+    CGalleryInstallation* installation = m_installation.get();
+    for (IInstallationObserver* observer : m_observers)
+    {
+        switch (event)
+        {
+        case eOpening: observer->OnOpening(installation); break;
+        case eOpened: observer->OnOpened(installation); break;
+        case eOpenFailed: observer->OnOpenFailed(installation); break;
+        case eRunning: observer->OnRunning(installation); break;
+        case eRunComplete: observer->OnRunComplete(installation); break;
+        case eRunCanceled: observer->OnRunCanceled(installation); break;
+        case eRunFailed: observer->OnRunFailed(installation); break;
+        }
+    }
+}
+
+bool CInstallationController::HasUpdates() const
+{
+    if (!m_installation)
+        return false;
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+    {
+        const CGalleryCategory* category = m_installation->Category(i);
+        if (category->IsInstalled() && category->IsUpdateAvailable())
+            return true;
+    }
+    return false;
+}
+
+void CInstallationController::SelectUpdates()
+{
+    if (!m_installation)
+        return;
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+    {
+        CGalleryCategory* category = m_installation->Category(i);
+        const bool wanted = !category->IsInstalled() || category->IsUpdateAvailable();
+        category->SetAction(wanted ? eGalleryCategoryActionInstall : eGalleryCategoryActionNone);
+    }
+}
+
+void CInstallationController::ClearSelection()
+{
+    if (!m_installation)
+        return;
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+        m_installation->Category(i)->SetAction(eGalleryCategoryActionNone);
+}
+
+bool CInstallationController::NoneInstalled() const
+{
+    if (!m_installation)
+        return true;
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+        if (m_installation->Category(i)->IsInstalled())
+            return false;
+    return true;
+}
+
+bool CInstallationController::HasChanges() const
+{
+    if (!m_installation)
+        return false;
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+        if (m_installation->Category(i)->GetAction() != eGalleryCategoryActionNone)
+            return true;
+    return false;
+}
+
+CZoltaDirectoryPath CInstallationController::GetDestination() const
+{
+    if (m_installation)
+        return m_installation->GetDestination();
+    ZOLTA_ASSERT(m_configuration != nullptr);
+    return m_configuration->GetInstallDirectory();
+}
+
+bool CInstallationController::IsLocalSource() const
+{
+    return !CGalleryInstallation::IsUrl(m_source);
+}
+
+CAtlString CInstallationController::GetGalleryId() const
+{
+    ZOLTA_ASSERT(m_configuration != nullptr);
+    return m_configuration->GetGallery()->GetGUID();
+}
+
+CAtlString CInstallationController::GetGalleryUrl() const
+{
+    ZOLTA_ASSERT(m_configuration != nullptr);
+    return m_configuration->GetGallery()->GetDefaultSource();
+}
+
+CAtlString CInstallationController::GetGalleryFolder() const
+{
+    ZOLTA_ASSERT(m_configuration != nullptr);
+    return m_configuration->GetGallery()->GetName();
+}
+
+bool CInstallationController::HasLocalGalleryData() const
+{
+    return CZoltaDirectoryPath(CGalleryInstallation::DefaultSource(1))
+        .GetFile(CGalleryInstallation::GalleryCategoriesXml)
+        .Exists();
+}
+
+bool CInstallationController::HasInstalledData() const
+{
+    CZoltaDirectoryPath uninstall = GetDestination();
+    uninstall.Append(L"Uninstall");
+    return uninstall.GetFile(CGalleryInstallation::GalleryCategoriesXml).Exists();
+}
+
+CZoltaDirectoryPath CInstallationController::LocateGalleryData(const CZoltaDirectoryPath& directory,
+                                                               const CAtlString& folderName)
+{
+    if (directory.IsEmpty())
+        return CZoltaDirectoryPath();
+    if (directory.GetFile(CGalleryInstallation::GalleryCategoriesXml).Exists())
+        return directory;
+    CZoltaDirectoryPath data = directory;
+    data.Append(kDataFolderName);
+    if (data.GetFile(CGalleryInstallation::GalleryCategoriesXml).Exists())
+        return data;
+    if (folderName.IsEmpty())
+        return CZoltaDirectoryPath();
+    std::vector<CZoltaDirectoryPath> entries;
+    directory.ListFolders(L"*", entries);
+    for (const CZoltaDirectoryPath& entry : entries)
+    {
+        if (entry.GetName().CompareNoCase(folderName) != 0)
+            continue;
+        CZoltaDirectoryPath candidate = entry;
+        candidate.Append(kDataFolderName);
+        if (candidate.GetFile(CGalleryInstallation::GalleryCategoriesXml).Exists())
+            return candidate;
+        break;
+    }
+    return CZoltaDirectoryPath();
+}
+
+CAtlString CInstallationController::GalleryIdFromCategoryId(const CAtlString& categoryId)
+{
+    if (categoryId.IsEmpty())
+        return CAtlString();
+    if (categoryId[0] == L'{')
+    {
+        const int end = categoryId.Find(L'}');
+        return end > 0 ? categoryId.Left(end + 1) : CAtlString();
+    }
+    const int dot = categoryId.ReverseFind(L'.');
+    return dot > 0 ? categoryId.Left(dot) : CAtlString();
+}
+
+bool CInstallationController::BelongsToGallery(const CZoltaFilePath& document) const
+{
+    QFile file(document.ToQString());
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = file.readAll();
+    tinyxml2::XMLDocument xml(true, tinyxml2::PRESERVE_WHITESPACE);
+    if (xml.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+        return false;
+    const tinyxml2::XMLElement* root = xml.RootElement();
+    const tinyxml2::XMLElement* categories = root ? root->FirstChildElement("categories") : nullptr;
+    if (!categories && root && std::string(root->Name()) == "categories")
+        categories = root;
+    if (!categories)
+        return false;
+    const char* id = categories->Attribute("id");
+    if (id && *id)
+        return CAtlString::FromUtf8(id) == GetGalleryId();
+    const tinyxml2::XMLElement* first = categories->FirstChildElement("category");
+    const char* categoryId = first ? first->Attribute("id") : nullptr;
+    if (!categoryId)
+        return false;
+    const CAtlString galleryId = GalleryIdFromCategoryId(CAtlString::FromUtf8(categoryId));
+    return !galleryId.IsEmpty() && galleryId == GetGalleryId();
+}
+
+bool CInstallationController::FindSource(const CAtlString& path)
+{
+    const CZoltaDirectoryPath data = LocateGalleryData(CZoltaDirectoryPath(path), GetGalleryFolder());
+    if (!data.IsEmpty() && BelongsToGallery(data.GetFile(CGalleryInstallation::GalleryCategoriesXml)))
+    {
+        m_source = data.GetPath();
+        return true;
+    }
+    m_source = GetGalleryUrl();
+    return false;
+}
+
+bool CInstallationController::TestUrl(const CAtlString& url)
+{
+    if (!CGalleryInstallation::IsUrl(url))
+        return false;
+    const CZoltaFilePath temporary = MakeTempFile(L".xml", L"SCVTemp");
+    CAtlString location = url;
+    if (!location.IsEmpty() && location[location.GetLength() - 1] == L'/')
+        location.Truncate(location.GetLength() - 1);
+    location += L"/";
+    location += CGalleryInstallation::GalleryCategoriesXml;
+    CGalleryInstallationMetaObserver observer;
+    observer.SetProxyObserver(m_proxyObserver);
+    const HRESULT hr = FetchUrl(location, temporary, m_proxyObserver, &observer);
+    temporary.Remove();
+    return hr == S_OK;
+}
+
+void CInstallationController::SetConnectionAvailable(bool available)
+{
+    CGalleryInstallation::SetConnectionAvailable(available);
+}
+
+bool CInstallationController::Open(IGalleryInstallationObserver* observer)
+{
+    Notify(eOpening);
+    Close();
+    return OpenInstallation(GetDestination(), m_source, observer, false);
+}
+
+bool CInstallationController::OpenInstallation(const CZoltaDirectoryPath& destination, const CAtlString& source,
+                                               IGalleryInstallationObserver* observer, bool downloadOnly)
+{
+    m_installation = CGalleryInstallation::Create();
+    if (!m_installation)
+    {
+        Notify(eOpenFailed);
+        return false;
+    }
+    m_installation->SetProxyObserver(m_proxyObserver);
+    m_installation->SetObserver(observer);
+    if (downloadOnly)
+        m_installation->SetDownloadOnly(destination);
+    CGalleryInstallation* installation = m_installation.get();
+    // The strings cross to the worker as copies of their own: reference counts aren't atomic.
+    const CAtlString sourceCopy(source.GetString());
+    const CZoltaDirectoryPath destinationCopy(CAtlString(destination.GetPath().GetString()));
+    const HRESULT hr = QThreadWithLoop::RunOnThread(
+        [installation, destinationCopy, sourceCopy] { return installation->Open(destinationCopy, sourceCopy, true); },
+        QThread::InheritPriority);
+    Notify(IsOk(hr) ? eOpened : eOpenFailed);
+    return IsOk(hr);
+}
+
+bool CInstallationController::Run(IGalleryInstallationObserver* observer)
+{
+    if (!m_installation)
+        return false;
+    m_installation->SetObserver(observer);
+    CGalleryInstallation* installation = m_installation.get();
+    const HRESULT hr =
+        QThreadWithLoop::RunOnThread([installation] { return installation->Run(); }, QThread::InheritPriority);
+    if (hr < 0)
+    {
+        if (hr == E_ABORT)
+        {
+            Notify(eRunCanceled);
+            return true;
+        }
+        Notify(eRunFailed);
+        return false;
+    }
+    Notify(eRunComplete);
+    return true;
+}
+
+bool CInstallationController::RunSelection(IGalleryInstallationObserver* observer)
+{
+    Notify(eRunning);
+    if (m_installation)
+        m_installation->ClearResults();
+    return Run(observer);
+}
+
+void CInstallationController::ApplyUpdatesOnly(IGalleryInstallationObserver* observer)
+{
+    if (!HasUpdates())
+        return;
+    Notify(eRunning);
+    m_installation->SetObserver(observer);
+    m_installation->ClearResults();
+    std::map<CAtlString, int> chosen;
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+    {
+        CGalleryCategory* category = m_installation->Category(i);
+        chosen[category->GetId()] = category->GetAction();
+        const bool update = category->IsInstalled() && category->IsUpdateAvailable();
+        category->SetAction(update ? eGalleryCategoryActionUpdate : eGalleryCategoryActionNone);
+    }
+    Run(observer);
+    for (int i = 0; i < m_installation->CategoryCount(); ++i)
+    {
+        CGalleryCategory* category = m_installation->Category(i);
+        const auto action = chosen.find(category->GetId());
+        if (action != chosen.end())
+            category->SetAction(action->second);
+    }
+}
+
+void CInstallationController::SelectIds(const std::vector<CAtlString>& ids)
+{
+    for (const CAtlString& id : ids)
+        for (int i = 0; i < m_installation->CategoryCount(); ++i)
+            if (std::wcscmp(m_installation->Category(i)->GetId(), id) == 0)
+                m_installation->Category(i)->SetAction(eGalleryCategoryActionInstall);
+}
+
+bool CInstallationController::RunBatch(bool downloadOnly, const std::vector<CAtlString>* ids,
+                                       IGalleryInstallationObserver* observer)
+{
+    if (!OpenInstallation(GetDestination(), m_source, observer, downloadOnly))
+    {
+        Close();
+        return false;
+    }
+    if (ids)
+        SelectIds(*ids);
+    else
+        SelectUpdates();
+    const bool result = Run(observer);
+    Close();
+    return result;
+}
+
+bool CInstallationController::InstallAll(IGalleryInstallationObserver* observer)
+{
+    return RunBatch(false, nullptr, observer);
+}
+
+bool CInstallationController::InstallSome(const std::vector<CAtlString>& ids, IGalleryInstallationObserver* observer)
+{
+    return RunBatch(false, &ids, observer);
+}
+
+bool CInstallationController::DownloadAll(IGalleryInstallationObserver* observer)
+{
+    return RunBatch(true, nullptr, observer);
+}
+
+bool CInstallationController::DownloadSome(const std::vector<CAtlString>& ids, IGalleryInstallationObserver* observer)
+{
+    return RunBatch(true, &ids, observer);
+}
+
+CZoltaDirectoryPath CInstallationController::UninstallAll(IGalleryInstallationObserver* observer)
+{
+    if (OpenInstallation(GetDestination(), CAtlString(), observer, false))
+    {
+        for (int i = 0; i < m_installation->CategoryCount(); ++i)
+        {
+            CGalleryCategory* category = m_installation->Category(i);
+            category->SetAction(category->IsInstalled() ? eGalleryCategoryActionUninstall
+                                                        : eGalleryCategoryActionNone);
+        }
+        Run(observer);
+    }
+    Close();
+    return GetDestination();
+}
