@@ -1,0 +1,495 @@
+#include "CAtlString.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+#include "CGalleryMetadata.h"
+#include "GalleryPlaces.h"
+#include "GalleryText.h"
+#include "ManifestCache.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <zlib.h>
+
+#include <cstring>
+#include <cwchar>
+#include <random>
+#include <string>
+#include <sys/stat.h>
+#include <utime.h>
+
+namespace {
+
+using curatool::test::MakeScratchDir;
+using curatool::test::ReadFile;
+using curatool::test::WriteFile;
+
+std::string Narrow(const wchar_t* text)
+{
+    return CAtlString(text).ToQString().toStdString();
+}
+
+CAtlString Wide(const std::string& text)
+{
+    return CAtlString(QString::fromStdString(text));
+}
+
+// ---- Building and describing trees ----
+
+void FillMetadata(CGalleryMetadata& metadata, const std::wstring& identifier, const wchar_t* title)
+{
+    ASSERT_EQ(metadata.SetIdentifier(identifier.c_str()), S_OK);
+    ASSERT_EQ(metadata.SetVersion(L"1.2"), S_OK);
+    ASSERT_EQ(metadata.m_titles->Add(L"en", title), S_OK);
+    ASSERT_EQ(metadata.m_titles->Add(L"fr", (std::wstring(title) + L" \u00e9t\u00e9").c_str()), S_OK);
+    ASSERT_EQ(metadata.m_keywords->Add(L"en", L"alpha;beta"), S_OK);
+    metadata.m_creationTime = 1165000000;
+}
+
+// A manifest of `organizations` trees, each with a root category holding a sub-category;
+// both categories hold `activities` activities.
+void BuildTree(CGalleryManifest& manifest, int organizations, int activities)
+{
+    FillMetadata(*manifest.m_metadata, L"urn:manifest", L"Manifest");
+    ASSERT_EQ(manifest.m_stringVersions->Add(L"en", L"3.0"), S_OK);
+    for (int o = 0; o < organizations; ++o) {
+        CGalleryOrganization* organization = nullptr;
+        ASSERT_EQ(CGalleryOrganization::Create(&organization), S_OK);
+        FillMetadata(*organization->m_metadata, L"urn:org" + std::to_wstring(o), L"Organization");
+        ASSERT_EQ(manifest.AddOrganization(organization), S_OK);
+        CGalleryFolder* root = nullptr;
+        CGalleryFolder* child = nullptr;
+        ASSERT_EQ(CGalleryFolder::Create(&root), S_OK);
+        ASSERT_EQ(CGalleryFolder::Create(&child), S_OK);
+        FillMetadata(*root->m_metadata, L"urn:root" + std::to_wstring(o), L"Root");
+        FillMetadata(*child->m_metadata, L"urn:child" + std::to_wstring(o), L"Child");
+        ASSERT_EQ(organization->AddItem(root), S_OK);
+        ASSERT_EQ(root->AddChild(child), S_OK);
+        for (CGalleryFolder* folder : {root, child}) {
+            for (int a = 0; a < activities; ++a) {
+                CGalleryActivity* activity = nullptr;
+                ASSERT_EQ(CGalleryActivity::Create(&activity), S_OK);
+                const std::wstring id = std::wstring(folder->m_metadata->m_identifier) + L"/a" + std::to_wstring(a);
+                FillMetadata(*activity->m_metadata, id, L"Picture");
+                ASSERT_EQ(activity->m_metadata->SetFormat(L"image/png"), S_OK);
+                ASSERT_EQ(activity->SetHref((L"pics/p" + std::to_wstring(a) + L".png").c_str()), S_OK);
+                ASSERT_EQ(folder->AddActivity(activity), S_OK);
+            }
+        }
+    }
+}
+
+std::string DescribeBlock(const LanguageStringBlock* block)
+{
+    std::string out = "{";
+    if (block) {
+        for (int i = 0; i < block->GetCount(); ++i)
+            out += Narrow(block->GetKey(i)) + "=" + Narrow(block->GetValue(i)) + ";";
+    }
+    return out + "}";
+}
+
+std::string DescribeMetadata(const CGalleryMetadata* m)
+{
+    if (!m)
+        return "<no metadata>";
+    return Narrow(m->m_identifier) + "|" + Narrow(m->m_version) + "|" + Narrow(m->m_sortKey) + "|" +
+           Narrow(m->m_format) + "|" + std::to_string(m->m_creationTime) + "|" + Narrow(m->m_originalId) + "|" +
+           Narrow(m->m_showInLanguages) + "|" + Narrow(m->m_hideInLanguages) + "|" + DescribeBlock(m->m_titles) +
+           DescribeBlock(m->m_keywords) + DescribeBlock(m->m_minimumVersions) + DescribeBlock(m->m_maximumVersions);
+}
+
+// Every field of the tree, and a check of every back reference on the way.
+std::string DescribeFolder(const CGalleryFolder* folder, const CGalleryFolder* parent,
+                           const CGalleryOrganization* organization, const std::string& indent)
+{
+    EXPECT_EQ(folder->m_type, eGalleryObjectFolder);
+    EXPECT_EQ(folder->m_parent, parent);
+    EXPECT_EQ(folder->m_organization, organization);
+    std::string out = indent + "folder " + DescribeMetadata(folder->m_metadata) + "\n";
+    for (std::uint32_t i = 0; i < folder->m_activities->GetCount(); ++i) {
+        const CGalleryActivity* activity = folder->m_activities->GetAt(i);
+        EXPECT_EQ(activity->m_type, eGalleryObjectActivity);
+        EXPECT_EQ(activity->m_parent, folder);
+        out += indent + " activity " + Narrow(activity->m_href) + " " + DescribeMetadata(activity->m_metadata) + "\n";
+    }
+    for (std::uint32_t i = 0; i < folder->m_children->GetCount(); ++i)
+        out += DescribeFolder(folder->m_children->GetAt(i), folder, organization, indent + "  ");
+    return out;
+}
+
+std::string DescribeTree(const CGalleryManifest& manifest)
+{
+    std::string out = "manifest " + DescribeMetadata(manifest.m_metadata) + DescribeBlock(manifest.m_stringVersions) + "\n";
+    for (std::uint32_t i = 0; i < manifest.m_organizations->GetCount(); ++i) {
+        const CGalleryOrganization* organization = manifest.m_organizations->GetAt(i);
+        EXPECT_EQ(organization->m_manifest, &manifest);
+        out += "organization " + std::to_string(organization->m_readOnly) + " " +
+               DescribeMetadata(organization->m_metadata) + "\n";
+        for (std::uint32_t j = 0; j < organization->m_items->GetCount(); ++j)
+            out += DescribeFolder(organization->m_items->GetAt(j), nullptr, organization, "  ");
+    }
+    return out;
+}
+
+std::uint32_t WordAt(const std::string& bytes, std::size_t offset)
+{
+    std::uint32_t value;
+    std::memcpy(&value, bytes.data() + offset, 4);
+    return value;
+}
+
+void PutWord(std::string& bytes, std::size_t offset, std::uint32_t value)
+{
+    std::memcpy(&bytes[offset], &value, 4);
+}
+
+// Recomputes the CRC, so that a crafted file reaches the fix-up walk.
+void Reseal(std::string& bytes)
+{
+    PutWord(bytes, 64, static_cast<std::uint32_t>(
+                           crc32(0, reinterpret_cast<const Bytef*>(bytes.data()) + 68, bytes.size() - 68)));
+}
+
+HRESULT ReadBytes(CGalleryManifest& manifest, const std::string& bytes)
+{
+    return ReadManifestImageFromMemory(manifest, bytes.data(), bytes.size(), L"memory.cache");
+}
+
+std::string ImageOf(const CGalleryManifest& manifest, const std::string& folder, const char* name = "tree.cache")
+{
+    const std::string path = folder + "/" + name;
+    EXPECT_EQ(WriteManifestImage(manifest, CZoltaFilePath(path.c_str())), S_OK);
+    return ReadFile(path);
+}
+
+std::int64_t MTime(const std::string& path)
+{
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
+    return status.st_mtime;
+}
+
+void SetMTime(const std::string& path, std::int64_t seconds)
+{
+    struct utimbuf times {};
+    times.actime = times.modtime = static_cast<time_t>(seconds);
+    ASSERT_EQ(::utime(path.c_str(), &times), 0);
+}
+
+// ---- The image format ----
+
+TEST(ManifestImage, SameTreeGivesSameBytesWithMagicAndCrc)
+{
+    const std::string folder = MakeScratchDir("image-bytes");
+    CGalleryManifest first;
+    CGalleryManifest second;
+    BuildTree(first, 2, 3);
+    BuildTree(second, 2, 3);
+    ASSERT_EQ(first.SetPath(L"/galleries/One/imsmanifest.xml"), S_OK);
+    ASSERT_EQ(second.SetPath(L"/galleries/One/imsmanifest.xml"), S_OK);
+    const std::string a = ImageOf(first, folder, "a.cache");
+    const std::string b = ImageOf(second, folder, "b.cache");
+    ASSERT_GT(a.size(), 200u);
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(a.substr(0, 64), std::string(kManifestImageMagic, 64));
+    EXPECT_EQ(a.substr(0, 30), "ZOLTA Scrivent Binary Manifest");
+    EXPECT_EQ(WordAt(a, 64), crc32(0, reinterpret_cast<const Bytef*>(a.data()) + 68, a.size() - 68));
+    EXPECT_EQ(a.size() % 4, 0u);
+    // The manifest record: kind 4, the path first behind the record, an empty string behind it.
+    EXPECT_EQ(WordAt(a, 68 + 4), 4u);
+    EXPECT_EQ(WordAt(a, 68 + 8), 108u);
+    EXPECT_EQ(a[108], '/');
+    EXPECT_EQ(WordAt(a, 68 + 32), 0u);
+}
+
+TEST(ManifestImage, TreeSurvivesTheRoundTripWithBackReferences)
+{
+    const std::string folder = MakeScratchDir("image-roundtrip");
+    CGalleryManifest original;
+    BuildTree(original, 2, 4);
+    original.m_organizations->GetAt(1)->m_readOnly = true;
+    ASSERT_EQ(original.m_metadata->SetSortKey(L"zz"), S_OK);
+    ASSERT_EQ(original.m_metadata->m_maximumVersions->Add(L"ie", L"7.0"), S_OK);
+    ASSERT_EQ(original.SetPath(L"/g/x/imsmanifest.xml"), S_OK);
+    const std::string bytes = ImageOf(original, folder);
+
+    CGalleryManifest loaded;
+    ASSERT_EQ(ReadManifestImage(loaded, CZoltaFilePath((folder + "/tree.cache").c_str())), S_OK);
+    EXPECT_EQ(DescribeTree(loaded), DescribeTree(original));
+    EXPECT_EQ(Narrow(loaded.GetPath()), "/g/x/imsmanifest.xml");
+    EXPECT_EQ(Narrow(loaded.m_cachePath), folder + "/tree.cache");
+    EXPECT_FALSE(loaded.IsModified());
+    // Texts stay in the read buffer.
+    EXPECT_TRUE(CGalleryImageRegistry::Contains(loaded.m_metadata->m_identifier));
+    EXPECT_TRUE(CGalleryImageRegistry::Contains(loaded.m_organizations->GetAt(0)));
+    // Written again, the loaded tree gives the same file.
+    EXPECT_EQ(ImageOf(loaded, folder, "again.cache"), bytes);
+}
+
+TEST(ManifestImage, ManifestWithoutOrganizationsRoundTrips)
+{
+    const std::string folder = MakeScratchDir("image-empty");
+    CGalleryManifest empty;
+    const std::string bytes = ImageOf(empty, folder);
+    const std::uint32_t list = WordAt(bytes, 68 + 28);
+    ASSERT_NE(list, 0u);
+    EXPECT_EQ(WordAt(bytes, list), 0u);
+    EXPECT_EQ(WordAt(bytes, list + 4), 0u);
+    CGalleryManifest loaded;
+    ASSERT_EQ(ReadBytes(loaded, bytes), S_OK);
+    EXPECT_EQ(loaded.m_organizations->GetCount(), 0u);
+    EXPECT_EQ(DescribeTree(loaded), DescribeTree(empty));
+
+    // Without the list record itself the file is refused.
+    std::string noList = bytes;
+    PutWord(noList, 68 + 28, 0);
+    Reseal(noList);
+    EXPECT_EQ(ReadBytes(loaded, noList), E_FAIL);
+}
+
+TEST(ManifestImage, DamagedOrShortFilesFailBeforeAnyOffsetIsUsed)
+{
+    const std::string folder = MakeScratchDir("image-damaged");
+    CGalleryManifest tree;
+    BuildTree(tree, 1, 2);
+    const std::string bytes = ImageOf(tree, folder);
+    const std::string before = DescribeTree(tree);
+
+    std::string flipped = bytes;
+    flipped.back() ^= 0x01;
+    EXPECT_EQ(ReadBytes(tree, flipped), static_cast<HRESULT>(0x80004005));
+    std::string badMagic = bytes;
+    badMagic[3] = 'x';
+    EXPECT_EQ(ReadBytes(tree, badMagic), static_cast<HRESULT>(0x80004005));
+    for (std::size_t length : {std::size_t{0}, std::size_t{63}, std::size_t{67}, std::size_t{68}, std::size_t{100},
+                               bytes.size() / 2, bytes.size() - 1}) {
+        EXPECT_LT(ReadBytes(tree, bytes.substr(0, length)), 0) << length;
+        const std::string path = folder + "/short.cache";
+        ASSERT_TRUE(WriteFile(path, bytes.substr(0, length)));
+        EXPECT_LT(ReadManifestImage(tree, CZoltaFilePath(path.c_str())), 0) << length;
+    }
+    // A failed read leaves the manifest as it was.
+    EXPECT_EQ(DescribeTree(tree), before);
+}
+
+TEST(ManifestImage, OffsetsAreRangeCheckedAtTheFileSize)
+{
+    const std::string folder = MakeScratchDir("image-offsets");
+    CGalleryManifest tree;
+    BuildTree(tree, 1, 1);
+    const std::string bytes = ImageOf(tree, folder);
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    EXPECT_TRUE(IsImageOffsetInRange(size - 1, size));
+    EXPECT_FALSE(IsImageOffsetInRange(size, size));
+    EXPECT_FALSE(IsImageOffsetInRange(0, size));
+
+    // The path string of the manifest: the last unit of the file is the closing zero of a
+    // language block, a valid empty text; the size itself is outside.
+    std::string atLast = bytes;
+    PutWord(atLast, 68 + 8, size - 4);
+    Reseal(atLast);
+    CGalleryManifest loaded;
+    ASSERT_EQ(ReadBytes(loaded, atLast), S_OK);
+    EXPECT_STREQ(loaded.GetPath(), L"");
+
+    std::string atSize = bytes;
+    PutWord(atSize, 68 + 8, size);
+    Reseal(atSize);
+    EXPECT_EQ(ReadBytes(loaded, atSize), static_cast<HRESULT>(0x80004003));
+    // The manifest that failed still holds its earlier tree and frees cleanly.
+    EXPECT_EQ(loaded.m_organizations->GetCount(), 1u);
+
+    // A record that would run past the end is refused too, as is a misaligned one.
+    std::string recordPastEnd = bytes;
+    PutWord(recordPastEnd, 68 + 0, size - 8);
+    Reseal(recordPastEnd);
+    EXPECT_EQ(ReadBytes(loaded, recordPastEnd), static_cast<HRESULT>(0x80004003));
+    std::string misaligned = bytes;
+    PutWord(misaligned, 68 + 0, WordAt(bytes, 68) + 2);
+    Reseal(misaligned);
+    EXPECT_EQ(ReadBytes(loaded, misaligned), static_cast<HRESULT>(0x80004003));
+}
+
+TEST(ManifestImage, HostileOffsetsWithAValidCrcNeverCrash)
+{
+    const std::string folder = MakeScratchDir("image-hostile");
+    CGalleryManifest tree;
+    BuildTree(tree, 1, 2);
+    const std::string bytes = ImageOf(tree, folder);
+    // Loops: a category that lists itself, an organization list whose array points back at it.
+    std::mt19937 random(1234);
+    int loaded = 0;
+    for (int round = 0; round < 3000; ++round) {
+        std::string hostile = bytes;
+        const int changes = 1 + static_cast<int>(random() % 3);
+        for (int c = 0; c < changes; ++c) {
+            const std::size_t at = 68 + 4 * (random() % ((hostile.size() - 68) / 4));
+            const std::uint32_t pick = random() % 4;
+            const std::uint32_t value = pick == 0   ? WordAt(bytes, 68 + 4 * (random() % 32))
+                                        : pick == 1 ? static_cast<std::uint32_t>(random())
+                                        : pick == 2 ? 68u
+                                                    : static_cast<std::uint32_t>(random() % hostile.size());
+            PutWord(hostile, at, value);
+        }
+        Reseal(hostile);
+        CGalleryManifest target;
+        if (SUCCEEDED(ReadBytes(target, hostile))) {
+            ++loaded;
+            DescribeTree(target);
+        }
+    }
+    EXPECT_GT(loaded, 0);
+}
+
+// ---- The cache of an XML manifest ----
+
+class ManifestCacheTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_folder = MakeScratchDir("cache-gallery") + "/Physical Content";
+        ASSERT_TRUE(CZoltaDirectoryPath(m_folder.c_str()).Create());
+        m_xml = m_folder + "/imsmanifest.xml";
+        CGalleryManifest tree;
+        BuildTree(tree, 2, 3);
+        ASSERT_EQ(CGalleryManifestIO::Save(tree, Wide(m_xml).GetString(), false), S_OK);
+        m_cache = Narrow(GetManifestCachePath(Wide(m_xml)).GetPath().GetString());
+    }
+
+    HRESULT Open(CGalleryManifest& manifest, bool useCache)
+    {
+        return CGalleryManifestIO::Open(manifest, Wide(m_xml).GetString(), nullptr, useCache);
+    }
+
+    std::string m_folder;
+    std::string m_xml;
+    std::string m_cache;
+};
+
+TEST_F(ManifestCacheTest, CacheNameFollowsTheFolderAndTheHashOfThePath)
+{
+    std::uint32_t hash = 5381;
+    for (wchar_t c : std::wstring(Wide(m_xml).GetString()))
+        hash = hash * 33 + static_cast<std::uint32_t>(c);
+    char expected[64];
+    std::snprintf(expected, sizeof(expected), "physical content_%08x.cache", hash);
+    EXPECT_EQ(Narrow(GetManifestCacheName(Wide(m_xml)).GetString()), expected);
+    EXPECT_EQ(m_cache, Narrow(GetUserGalleryFolder().GetPath().GetString()) + "/" + expected);
+    // Paths that differ in case give different names, though both are lower-cased.
+    const CAtlString upper = GetManifestCacheName(L"/a/Physical Content/imsmanifest.xml");
+    const CAtlString lower = GetManifestCacheName(L"/a/physical content/imsmanifest.xml");
+    EXPECT_NE(upper, lower);
+    EXPECT_EQ(Narrow(upper.GetString()).substr(0, 17), "physical content_");
+    EXPECT_NE(GetManifestCacheName(L"/a/Same/imsmanifest.xml"), GetManifestCacheName(L"/b/Same/imsmanifest.xml"));
+}
+
+TEST_F(ManifestCacheTest, CachedTreeEqualsTheParsedOneAndIsUsedNextTime)
+{
+    CGalleryManifest parsed;
+    ASSERT_EQ(Open(parsed, false), S_OK);
+    EXPECT_STREQ(parsed.m_cachePath, L"");
+    EXPECT_FALSE(curatool::test::Exists(m_cache));
+
+    CGalleryManifest first;
+    ASSERT_EQ(Open(first, true), S_OK);
+    EXPECT_STREQ(first.m_cachePath, L"");  // parsed, and the cache written
+    ASSERT_TRUE(curatool::test::Exists(m_cache));
+    EXPECT_EQ(MTime(m_cache), MTime(m_xml) + 7);
+
+    CGalleryManifest cached;
+    ASSERT_EQ(Open(cached, true), S_OK);
+    EXPECT_EQ(Narrow(cached.m_cachePath), m_cache);
+    EXPECT_EQ(Narrow(cached.GetPath()), m_xml);
+    EXPECT_EQ(DescribeTree(cached), DescribeTree(parsed));
+    EXPECT_EQ(DescribeTree(first), DescribeTree(parsed));
+}
+
+TEST_F(ManifestCacheTest, EqualTimeIsUsedOlderOrDamagedIsNot)
+{
+    CGalleryManifest writer;
+    ASSERT_EQ(Open(writer, true), S_OK);
+    const std::int64_t xmlTime = MTime(m_xml);
+
+    SetMTime(m_cache, xmlTime);
+    CGalleryManifest equal;
+    ASSERT_EQ(Open(equal, true), S_OK);
+    EXPECT_EQ(Narrow(equal.m_cachePath), m_cache);
+
+    SetMTime(m_cache, xmlTime - 1);
+    CGalleryManifest stale;
+    ASSERT_EQ(Open(stale, true), S_OK);
+    EXPECT_STREQ(stale.m_cachePath, L"");
+    // The parse wrote a fresh cache.
+    EXPECT_EQ(MTime(m_cache), xmlTime + 7);
+
+    std::string bytes = ReadFile(m_cache);
+    bytes.back() ^= 0x40;
+    ASSERT_TRUE(WriteFile(m_cache, bytes));
+    SetMTime(m_cache, xmlTime + 100);
+    CGalleryManifest damaged;
+    ASSERT_EQ(Open(damaged, true), S_OK);
+    EXPECT_STREQ(damaged.m_cachePath, L"");
+    EXPECT_EQ(DescribeTree(damaged), DescribeTree(writer));
+    CGalleryManifest repaired;
+    ASSERT_EQ(Open(repaired, true), S_OK);
+    EXPECT_EQ(Narrow(repaired.m_cachePath), m_cache);
+}
+
+TEST_F(ManifestCacheTest, CachedTreeCanBeEditedAndSaved)
+{
+    CGalleryManifest writer;
+    ASSERT_EQ(Open(writer, true), S_OK);
+    CGalleryManifest cached;
+    ASSERT_EQ(Open(cached, true), S_OK);
+    ASSERT_EQ(Narrow(cached.m_cachePath), m_cache);
+
+    CGalleryFolder* root = cached.m_organizations->GetAt(0)->m_items->GetAt(0);
+    CGalleryActivity* added = nullptr;
+    ASSERT_EQ(CGalleryActivity::Create(&added), S_OK);
+    ASSERT_EQ(added->m_metadata->SetIdentifier(L"urn:added"), S_OK);
+    ASSERT_EQ(added->SetHref(L"pics/new.png"), S_OK);
+    FillMetadata(*added->m_metadata, L"urn:added", L"Added");
+    ASSERT_EQ(added->m_metadata->SetFormat(L"image/png"), S_OK);
+    added->m_metadata->m_creationTime = 0;  // the XML form does not keep it
+    ASSERT_EQ(root->AddActivity(added), S_OK);
+    EXPECT_FALSE(CGalleryImageRegistry::Contains(root->m_activities->m_array));
+    CGalleryActivity* removed = root->m_activities->RemoveAt(0);
+    CGalleryActivity::Destroy(removed);
+    ASSERT_EQ(root->m_metadata->SetIdentifier(L"urn:root-renamed"), S_OK);
+    ASSERT_EQ(root->m_metadata->m_titles->ReplaceLanguage(L"en", {CAtlString(L"New title")}), S_OK);
+    CGalleryOrganization* organization = cached.m_organizations->RemoveAt(1);
+    CGalleryOrganization::Destroy(organization);
+    const std::string edited = DescribeTree(cached);
+    EXPECT_NE(edited.find("urn:added"), std::string::npos);
+    EXPECT_EQ(edited.find("urn:root0/a0|"), std::string::npos);
+
+    ASSERT_EQ(CGalleryManifestIO::Save(cached, Wide(m_xml).GetString(), true), S_OK);
+    CGalleryManifest reparsed;
+    ASSERT_EQ(Open(reparsed, false), S_OK);
+    EXPECT_EQ(DescribeTree(reparsed), edited);
+    CGalleryManifest recached;
+    ASSERT_EQ(Open(recached, true), S_OK);
+    EXPECT_EQ(Narrow(recached.m_cachePath), m_cache);
+    EXPECT_EQ(DescribeTree(recached), edited);
+}
+
+TEST_F(ManifestCacheTest, OtherExtensionsTakeTheBinaryBranch)
+{
+    CGalleryManifest parsed;
+    ASSERT_EQ(Open(parsed, false), S_OK);
+    const std::string binary = m_folder + "/copy.bin";
+    ASSERT_EQ(CGalleryManifestIO::Save(parsed, Wide(binary).GetString(), false), S_OK);
+    EXPECT_EQ(ReadFile(binary).substr(0, 64), std::string(kManifestImageMagic, 64));
+    CGalleryManifest reopened;
+    ASSERT_EQ(CGalleryManifestIO::Open(reopened, Wide(binary).GetString(), nullptr, false), S_OK);
+    EXPECT_EQ(DescribeTree(reopened), DescribeTree(parsed));
+    EXPECT_EQ(Narrow(reopened.m_cachePath), binary);
+
+    ASSERT_TRUE(WriteFile(binary, "not an image"));
+    CGalleryManifest refused;
+    EXPECT_EQ(CGalleryManifestIO::Open(refused, Wide(binary).GetString(), nullptr, false), E_FAIL);
+}
+
+}  // namespace
