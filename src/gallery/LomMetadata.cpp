@@ -6,10 +6,12 @@
 #include "GalleryText.h"
 #include "GalleryUtf8.h"
 #include "IZOLTAXMLWriter.h"
+#include "ZipHelpers.h"
 
 #include <tinyxml2.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <initializer_list>
@@ -484,6 +486,18 @@ HRESULT LoadMetadataFromBuffer(CGalleryMetadata& metadata, const char* data, std
     }
     tinyxml2::XMLElement* lom = FindLomRoot(document);
     return lom ? LoadMetadataXml(metadata, lom) : E_FAIL;
+}
+
+HRESULT LoadMetadataFromArchive(CGalleryMetadata& metadata, const CAtlString& archive)
+{
+    unsigned char* buffer = nullptr;
+    std::size_t size = 0;
+    if (!ZipExtractToMemory(CZoltaFilePath(archive), CAtlString(L"metadata.xml"), buffer, size)) {
+        return E_FAIL;
+    }
+    const HRESULT result = LoadMetadataFromBuffer(metadata, reinterpret_cast<const char*>(buffer), size);
+    std::free(buffer);
+    return result;
 }
 
 HRESULT SaveMetadataXml(const CGalleryMetadata& metadata, const CAtlString& path)

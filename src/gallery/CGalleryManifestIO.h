@@ -1,0 +1,67 @@
+#pragma once
+
+#include "CAtlString.h"
+#include "CZoltaDirectoryPath.h"
+#include "CZoltaFilePath.h"
+#include "ZoltaResult.h"
+
+class IGalleryManifestOpenObserver;
+class IZOLTAXMLWriter;
+struct CGalleryFolder;
+struct CGalleryManifest;
+
+// Result of MergeFrom when an install record for the same identifier existed and was replaced.
+inline constexpr HRESULT S_GALLERY_RECORD_REPLACED = 4;
+
+// Opening, saving, merging and rebuilding of a CGalleryManifest in all its containers: a
+// gallery folder, its "imsmanifest.xml", a ".zip" or ".gallery" archive of the folder, the
+// ".xbc" form, and the binary cache format.
+class CGalleryManifestIO
+{
+public:
+    // Folder: its "imsmanifest.xml". ".zip"/".gallery": extracted into a new temporary folder
+    // that Close deletes. ".xbc": converted (a step without work) and opened. ".xml": parsed, or
+    // taken from the cache with `useCache`. Anything else: the binary reader. Afterwards a
+    // manifest whose file can't be opened for update has all organizations read-only.
+    // S_OK; S_FALSE when there is no file (the manifest stays empty, its path set); a failure
+    // code otherwise (E_INVALIDARG for a null path). A failed extraction gives S_OK and an
+    // empty manifest.
+    static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path, IGalleryManifestOpenObserver* observer,
+                        bool useCache);
+
+    // A folder (existing, or a new path without extension): created, "imsmanifest.xml" saved
+    // into it and the content files copied there. ".gallery": packed from a temporary folder.
+    // ".xbc": saved as a temporary ".gallery" and converted. ".xml": written under the manifest
+    // lock through "imsmanifest_temp.xml", then copied onto the target; with `refreshCache` the
+    // cache follows unless the manifest is a temporary extraction. Anything else: the binary
+    // writer. The manifest's own path does not change.
+    static HRESULT Save(CGalleryManifest& manifest, const wchar_t* path, bool refreshCache);
+
+    // Frees the tree; a manifest that lives in a temporary extraction takes that folder along.
+    static void Close(CGalleryManifest& manifest);
+
+    // Installs `other` into `manifest`: its XML goes to the install record in "Uninstall", its
+    // content files into the gallery folder, its organizations and categories are merged by
+    // identifier (unknown ones move over, known ones take the new texts), and `other` is
+    // closed. S_OK, S_GALLERY_RECORD_REPLACED when a record of the same identifier existed,
+    // E_INVALIDARG for a null `other`, E_FAIL when a file can't be copied (an href that would
+    // leave the gallery folder counts as such and is never touched). `outFirstItem`, if given,
+    // receives the first root category of the last organization merged.
+    static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other, CGalleryFolder** outFirstItem);
+
+    // Builds the manifest anew from the install records after one was removed, saves it, and
+    // deletes the files of the gallery folder that the new tree no longer refers to.
+    static HRESULT RebuildFromInstalled(CGalleryManifest& manifest);
+
+    // Writes the whole document (declaration included) through `writer`.
+    static HRESULT WriteDocument(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);
+
+    // The folder of the manifest file, and "Uninstall" beneath it.
+    static CZoltaDirectoryPath GetFolder(const CGalleryManifest& manifest);
+    static CZoltaDirectoryPath GetUninstallFolder(const CGalleryManifest& manifest);
+
+    // "imsmanifest%x%x.xml" for a collection identifier: the hash of the identifier and of the
+    // identifier reversed, in lower-case hexadecimal without padding.
+    static CAtlString GetInstallRecordName(const wchar_t* identifier);
+    static CZoltaFilePath GetInstallRecordPath(const CZoltaDirectoryPath& uninstallFolder, const wchar_t* identifier);
+};

@@ -1,0 +1,189 @@
+#include "CGalleryManifestIO.h"
+
+#include "CGalleryManifest.h"
+#include "CGalleryMergeIndex.h"
+#include "CGalleryOrganization.h"
+#include "GalleryContentFiles.h"
+#include "GalleryText.h"
+#include "ManifestCacheSeam.h"
+#include "ZOLTASaxOpenXmlHandler.h"
+#include "ZOLTASaxParser.h"
+#include "ZipHelpers.h"
+
+#include <cstdio>
+#include <ctime>
+#include <sys/stat.h>
+
+namespace {
+
+std::int64_t ModificationTime(const CAtlString& path)
+{
+    struct stat status {};
+    if (::stat(ToFileSystemEncoding(path).constData(), &status) != 0) {
+        return 0;
+    }
+    return static_cast<std::int64_t>(status.st_mtime);
+}
+
+// The ".xbc" form needs no work in this system: the step exists and succeeds.
+HRESULT ConvertXbc(const CAtlString&, const CAtlString&)
+{
+    return S_OK;
+}
+
+CAtlString LowerExtension(const CAtlString& path)
+{
+    CAtlString extension = CZoltaFilePath(path).GetExtension();
+    extension.MakeLower();
+    return extension;
+}
+
+// A manifest on a medium that can't be written keeps every organization read-only.
+void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
+{
+    std::FILE* file = OpenFile(path, "r+");
+    if (file) {
+        std::fclose(file);
+        return;
+    }
+    CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
+    for (std::uint32_t i = 0; i < organizations.GetCount(); ++i) {
+        organizations.GetAt(i)->m_readOnly = true;
+    }
+}
+
+HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
+                    bool useCache)
+{
+    manifest.m_extracted = true;
+    const CZoltaDirectoryPath folder = GetTempFolder().GetUniqueChild(L"gallery");
+    if (!folder.Create()) {
+        return E_FAIL;
+    }
+    // The path points into the extraction at once, so that Close finds the folder to delete
+    // even when nothing could be extracted.
+    HRESULT result = manifest.SetPath(folder.GetFile(L"imsmanifest.xml").GetPath().GetString());
+    if (FAILED(result)) {
+        return result;
+    }
+    if (!ZipExtractAll(CZoltaFilePath(path), folder)) {
+        return S_OK;
+    }
+    return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
+}
+
+HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
+                bool useCache)
+{
+    manifest.m_fileTime->m_seconds = 0;
+    if (!CZoltaFilePath(path).Exists()) {
+        const HRESULT stored = manifest.SetPath(path.GetString());
+        return FAILED(stored) ? stored : S_FALSE;
+    }
+    HRESULT result = E_FAIL;
+    if (useCache) {
+        result = TryOpenFromCache(manifest, path);
+    }
+    if (FAILED(result)) {
+        ZOLTASaxOpenXmlHandler handler(manifest, observer);
+        result = ZOLTASaxParser::ParseFile(ToFileSystemEncoding(path).constData(), handler);
+        if (FAILED(result)) {
+            return result;
+        }
+        result = manifest.SetPath(path.GetString());
+        if (FAILED(result)) {
+            return result;
+        }
+        manifest.m_fileTime->m_seconds = ModificationTime(path);
+        manifest.SetModified(false);
+        if (useCache) {
+            result = WriteCache(manifest, path);
+        }
+    }
+    ProbeWriteAccess(manifest, path);
+    return result;
+}
+
+}  // namespace
+
+HRESULT CGalleryManifestIO::Open(CGalleryManifest& manifest, const wchar_t* path,
+                                 IGalleryManifestOpenObserver* observer, bool useCache)
+{
+    if (!path) {
+        return E_INVALIDARG;
+    }
+    if (!manifest.IsInitialized() && FAILED(manifest.Initialize())) {
+        return E_OUTOFMEMORY;
+    }
+    const CAtlString text(path);
+    if (CZoltaFilePath(text).IsFolder()) {
+        const CZoltaFilePath child = CZoltaDirectoryPath(text).GetFile(L"imsmanifest.xml");
+        if (!child.Exists()) {
+            const HRESULT stored = manifest.SetPath(child.GetPath().GetString());
+            return FAILED(stored) ? stored : S_FALSE;
+        }
+        return Open(manifest, child.GetPath().GetString(), observer, useCache);
+    }
+    const CAtlString extension = LowerExtension(text);
+    if (extension == L".zip" || extension == L".gallery") {
+        return OpenArchive(manifest, text, observer, useCache);
+    }
+    if (extension == L".xbc") {
+        const CZoltaFilePath converted = MakeTempFile(L".gallery", L"SCVTemp");
+        const HRESULT result = ConvertXbc(text, converted.GetPath());
+        if (FAILED(result)) {
+            return result;
+        }
+        return Open(manifest, converted.GetPath().GetString(), observer, useCache);
+    }
+    if (extension != L".xml") {
+        return OpenBinaryManifest(manifest, text);
+    }
+    return OpenXml(manifest, text, observer, useCache);
+}
+
+void CGalleryManifestIO::Close(CGalleryManifest& manifest)
+{
+    const CZoltaDirectoryPath folder = GetFolder(manifest);
+    const bool extracted = manifest.m_extracted;
+    CGalleryMergeIndex::Forget(manifest);
+    manifest.Reset();
+    // Only a folder of the temporary area is ever taken along: the flag may come from a file.
+    const CZoltaDirectoryPath temporary = GetTempFolder();
+    if (extracted && !folder.IsEmpty() && folder != temporary && IsPathInside(folder.GetPath(), temporary.GetPath())) {
+        folder.Remove();
+    }
+}
+
+CZoltaDirectoryPath CGalleryManifestIO::GetFolder(const CGalleryManifest& manifest)
+{
+    const CAtlString path(manifest.GetPath());
+    if (path.IsEmpty()) {
+        return CZoltaDirectoryPath();
+    }
+    return CZoltaFilePath(path).GetFolder();
+}
+
+CZoltaDirectoryPath CGalleryManifestIO::GetUninstallFolder(const CGalleryManifest& manifest)
+{
+    CZoltaDirectoryPath folder = GetFolder(manifest);
+    if (!folder.IsEmpty()) {
+        folder.Append(L"Uninstall");
+    }
+    return folder;
+}
+
+CAtlString CGalleryManifestIO::GetInstallRecordName(const wchar_t* identifier)
+{
+    const std::wstring forward(identifier ? identifier : L"");
+    const std::wstring reversed(forward.rbegin(), forward.rend());
+    CAtlString name;
+    name.Format(L"imsmanifest%x%x.xml", GalleryStringHash(forward.c_str()), GalleryStringHash(reversed.c_str()));
+    return name;
+}
+
+CZoltaFilePath CGalleryManifestIO::GetInstallRecordPath(const CZoltaDirectoryPath& uninstallFolder,
+                                                         const wchar_t* identifier)
+{
+    return uninstallFolder.GetFile(GetInstallRecordName(identifier));
+}

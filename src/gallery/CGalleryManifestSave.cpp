@@ -1,0 +1,133 @@
+#include "CGalleryManifestIO.h"
+
+#include "CGalleryManifest.h"
+#include "CGalleryManifestWriter.h"
+#include "GalleryContentFiles.h"
+#include "IZOLTAXMLWriter.h"
+#include "ManifestCacheSeam.h"
+#include "ManifestLock.h"
+#include "ZipHelpers.h"
+
+#include <sys/stat.h>
+
+namespace {
+
+// The ".xbc" form needs no work in this system: the step exists and succeeds.
+HRESULT ConvertToXbc(const CAtlString&, const CAtlString&)
+{
+    return S_OK;
+}
+
+std::int64_t ModificationTime(const CAtlString& path)
+{
+    struct stat status {};
+    if (::stat(ToFileSystemEncoding(path).constData(), &status) != 0) {
+        return 0;
+    }
+    return static_cast<std::int64_t>(status.st_mtime);
+}
+
+HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
+{
+    const CZoltaDirectoryPath folder(path);
+    if (!folder.Create()) {
+        return E_FAIL;
+    }
+    const HRESULT result =
+        CGalleryManifestIO::Save(manifest, folder.GetFile(L"imsmanifest.xml").GetPath().GetString(), refreshCache);
+    if (FAILED(result)) {
+        return result;
+    }
+    const CZoltaDirectoryPath source = CGalleryManifestIO::GetFolder(manifest);
+    if (source.IsEmpty()) {
+        return result;  // a tree that never had a folder has no files to bring along
+    }
+    return CopyContentFiles(manifest, source, folder);
+}
+
+HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
+{
+    const CZoltaDirectoryPath folder = GetTempFolder().GetUniqueChild(L"gallery");
+    if (!folder.Create()) {
+        return E_FAIL;
+    }
+    HRESULT result = SaveToFolder(manifest, folder.GetPath(), false);
+    if (SUCCEEDED(result) && !ZipAddDirectory(folder, CZoltaFilePath(path))) {
+        result = E_FAIL;
+    }
+    folder.Remove();
+    return result;
+}
+
+HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
+{
+    const CZoltaFilePath gallery = MakeTempFile(L".gallery", L"SCVTemp");
+    HRESULT result = SaveToGallery(manifest, gallery.GetPath());
+    if (SUCCEEDED(result)) {
+        result = ConvertToXbc(gallery.GetPath(), path);
+    }
+    gallery.Remove();
+    return result;
+}
+
+HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
+{
+    CManifestLockHolder lock;
+    const CZoltaFilePath target(path);
+    const CZoltaFilePath temporary = target.GetFolder().GetUniqueFile(L"imsmanifest_temp", L".xml");
+    IZOLTAXMLWriter* writer = nullptr;
+    HRESULT result = CreateFileWriter(&writer, temporary);
+    if (FAILED(result)) {
+        return result;
+    }
+    result = CGalleryManifestIO::WriteDocument(manifest, writer);
+    const HRESULT written = writer->GetResult(nullptr);
+    writer->Release();
+    if (FAILED(result) || FAILED(written)) {
+        // The temporary file stays behind for inspection.
+        return FAILED(result) ? result : written;
+    }
+    if (!temporary.CopyTo(target)) {
+        return E_FAIL;
+    }
+    temporary.Remove();
+    if (!manifest.m_extracted && refreshCache) {
+        result = WriteCache(manifest, path);
+    }
+    manifest.m_fileTime->m_seconds = ModificationTime(path);
+    return result;
+}
+
+}  // namespace
+
+HRESULT CGalleryManifestIO::WriteDocument(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer)
+{
+    return CGalleryManifestWriter(manifest, writer).Write();
+}
+
+HRESULT CGalleryManifestIO::Save(CGalleryManifest& manifest, const wchar_t* path, bool refreshCache)
+{
+    if (!path) {
+        return E_INVALIDARG;
+    }
+    if (!manifest.IsInitialized()) {
+        return E_FAIL;
+    }
+    const CAtlString text(path);
+    const CZoltaFilePath file(text);
+    CAtlString extension = file.GetExtension();
+    extension.MakeLower();
+    if (file.IsFolder() || (!file.Exists() && extension.IsEmpty())) {
+        return SaveToFolder(manifest, text, refreshCache);
+    }
+    if (extension == L".gallery") {
+        return SaveToGallery(manifest, text);
+    }
+    if (extension == L".xbc") {
+        return SaveToXbc(manifest, text);
+    }
+    if (extension == L".xml") {
+        return SaveToXml(manifest, text, refreshCache);
+    }
+    return SaveBinaryManifest(manifest, text);
+}

@@ -1,0 +1,152 @@
+#include "GalleryContentFiles.h"
+
+#include "CGalleryActivity.h"
+#include "CGalleryFolder.h"
+#include "CGalleryManifest.h"
+#include "GalleryText.h"
+
+#include <QByteArray>
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path ToFsPath(const CAtlString& path)
+{
+    const QByteArray bytes = ToFileSystemEncoding(path);
+    return fs::path(std::string(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+}
+
+// Whether `inner` lies within `outer` once links are resolved as far as they exist.
+bool StaysInside(const fs::path& inner, const fs::path& outer)
+{
+    std::error_code error;
+    const fs::path resolvedInner = fs::weakly_canonical(inner, error);
+    if (error) {
+        return false;
+    }
+    const fs::path resolvedOuter = fs::weakly_canonical(outer, error);
+    if (error) {
+        return false;
+    }
+    auto outerPart = resolvedOuter.begin();
+    auto innerPart = resolvedInner.begin();
+    for (; outerPart != resolvedOuter.end(); ++outerPart, ++innerPart) {
+        if (outerPart->empty()) {
+            continue;  // trailing separator
+        }
+        if (innerPart == resolvedInner.end() || *innerPart != *outerPart) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool VisitFolder(CGalleryFolder& folder, const std::function<bool(CGalleryActivity&)>& visit)
+{
+    for (std::uint32_t i = 0; i < folder.m_activities->GetCount(); ++i) {
+        if (!visit(*folder.m_activities->GetAt(i))) {
+            return false;
+        }
+    }
+    for (std::uint32_t i = 0; i < folder.m_children->GetCount(); ++i) {
+        if (!VisitFolder(*folder.m_children->GetAt(i), visit)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+bool IsPathInside(const CAtlString& inner, const CAtlString& outer)
+{
+    return !inner.IsEmpty() && !outer.IsEmpty() && StaysInside(ToFsPath(inner), ToFsPath(outer));
+}
+
+bool IsContentHrefSafe(const wchar_t* href)
+{
+    if (IsBlankText(href) || href[0] == L'/') {
+        return false;
+    }
+    const std::wstring name(href);
+    std::size_t start = 0;
+    while (start <= name.size()) {
+        std::size_t end = name.find(L'/', start);
+        if (end == std::wstring::npos) {
+            end = name.size();
+        }
+        if (name.compare(start, end - start, L"..") == 0) {
+            return false;
+        }
+        start = end + 1;
+    }
+    return true;
+}
+
+CZoltaFilePath GetContentPath(const CZoltaDirectoryPath& folder, const wchar_t* href)
+{
+    return folder.GetFile(CAtlString(href));
+}
+
+CAtlString NormalizeContentPath(const CAtlString& path)
+{
+    const std::string normal = ToFsPath(path).lexically_normal().string();
+    return CAtlString(QString::fromUtf8(normal.c_str(), static_cast<qsizetype>(normal.size())));
+}
+
+void ForEachActivity(const CGalleryManifest& manifest, const std::function<bool(CGalleryActivity&)>& visit)
+{
+    const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
+    for (std::uint32_t o = 0; o < organizations.GetCount(); ++o) {
+        const CGalleryFolderList& roots = *organizations.GetAt(o)->m_items;
+        for (std::uint32_t i = 0; i < roots.GetCount(); ++i) {
+            if (!VisitFolder(*roots.GetAt(i), visit)) {
+                return;
+            }
+        }
+    }
+}
+
+HRESULT CopyContentFile(const wchar_t* href, const CZoltaDirectoryPath& from, const CZoltaDirectoryPath& to)
+{
+    if (!IsContentHrefSafe(href)) {
+        return E_FAIL;
+    }
+    const CZoltaFilePath source = GetContentPath(from, href);
+    const CZoltaFilePath target = GetContentPath(to, href);
+    if (source.IsSameFile(target)) {
+        return S_OK;
+    }
+    const CZoltaDirectoryPath targetFolder = target.GetFolder();
+    if (!targetFolder.Exists() && !targetFolder.Create()) {
+        return E_FAIL;
+    }
+    const fs::path targetPath = ToFsPath(target.GetPath());
+    // A linked sub-folder could lead the copy out of the gallery.
+    if (!StaysInside(targetPath.parent_path(), ToFsPath(to.GetPath()))) {
+        return E_FAIL;
+    }
+    std::error_code error;
+    const fs::file_status standing = fs::symlink_status(targetPath, error);
+    if (fs::is_symlink(standing) || fs::is_regular_file(standing)) {
+        // Replaced, never written through: a link at the target goes, not what it points at.
+        fs::remove(targetPath, error);
+    }
+    return source.CopyTo(target) ? S_OK : E_FAIL;
+}
+
+HRESULT CopyContentFiles(const CGalleryManifest& manifest, const CZoltaDirectoryPath& from,
+                         const CZoltaDirectoryPath& to)
+{
+    HRESULT result = S_OK;
+    ForEachActivity(manifest, [&](CGalleryActivity& activity) {
+        result = CopyContentFile(activity.m_href, from, to);
+        return SUCCEEDED(result);
+    });
+    return result;
+}
