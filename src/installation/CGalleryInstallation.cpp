@@ -208,6 +208,9 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
 {
     if (m_manifest)
         return E_FAIL;
+    // Without a folder every path below would hang off the root of the file system.
+    if (installDirectory.IsEmpty())
+        return E_INVALIDARG;
     HRESULT hr = CGalleryManifest::Create(&m_manifest);
     if (FAILED(hr))
         return hr;

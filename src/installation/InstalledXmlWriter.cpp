@@ -53,6 +53,8 @@ void InstalledXmlWriter::Write(CGalleryInstallation* installation)
             root->InsertEndChild(element);
         }
         CZoltaDirectoryPath uninstall = m_configuration->GetInstallDirectory();
+        if (uninstall.IsEmpty())
+            return;
         uninstall.Append(L"Uninstall");
         const CZoltaFilePath path = uninstall.GetFile(L"updateinfo.xml");
         if (anyRecorded)

@@ -209,3 +209,13 @@ TEST(SourceKinds, UrlTestAndEncoding)
     EXPECT_TRUE(Utf8(CGalleryInstallation::DefaultSource(1)).rfind("/Gallery Data Files") != std::string::npos);
     EXPECT_EQ(Utf8(CGalleryInstallation::DefaultSource(2)), Utf8(CGalleryInstallation::DefaultSource(0)));
 }
+
+TEST_F(CategoriesFixture, NeedsAnInstallFolderAndMakesAMissingOne)
+{
+    ASSERT_TRUE(WriteFile(source + "/gallery_categories.xml", CategoriesXml({{"c", "1.0", {{"en", "C"}}, {}, {}, ""}})));
+    EXPECT_EQ(E_INVALIDARG, installation->Open(CZoltaDirectoryPath(), CAtlString(source.c_str()), true));
+    installation = CGalleryInstallation::Create();
+    const std::string deep = gallery + "/new/deeper";
+    ASSERT_EQ(S_OK, installation->Open(CZoltaDirectoryPath(deep.c_str()), CAtlString(source.c_str()), true));
+    EXPECT_TRUE(Exists(deep + "/Uninstall/gallery_categories.xml"));
+}
