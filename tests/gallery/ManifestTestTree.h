@@ -1,0 +1,159 @@
+#pragma once
+
+// Small builders and views of gallery trees for the manifest tests.
+
+#include "CAtlString.h"
+#include "CAtlStringA.h"
+#include "CGalleryActivity.h"
+#include "CGalleryFolder.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+#include "CGalleryMetadata.h"
+#include "CGalleryOrganization.h"
+#include "IZOLTAXMLWriter.h"
+#include "TestEnvironment.h"
+
+#include <QString>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace manifest_test {
+
+inline CAtlString W(const std::string& text)
+{
+    return CAtlString(QString::fromStdString(text));
+}
+
+inline std::string N(const wchar_t* text)
+{
+    return text ? QString::fromWCharArray(text).toStdString() : std::string();
+}
+
+inline CGalleryOrganization* AddOrganization(CGalleryManifest& manifest, const wchar_t* id, const wchar_t* title)
+{
+    CGalleryOrganization* organization = nullptr;
+    EXPECT_EQ(S_OK, CGalleryOrganization::Create(&organization));
+    organization->m_metadata->SetIdentifier(id);
+    organization->m_metadata->m_titles->Add(L"en", title);
+    EXPECT_EQ(S_OK, manifest.AddOrganization(organization));
+    return organization;
+}
+
+inline CGalleryFolder* NewCategory(const wchar_t* id, const wchar_t* title)
+{
+    CGalleryFolder* folder = nullptr;
+    EXPECT_EQ(S_OK, CGalleryFolder::Create(&folder));
+    folder->m_metadata->SetIdentifier(id);
+    folder->m_metadata->m_titles->Add(L"en", title);
+    return folder;
+}
+
+inline CGalleryFolder* AddCategory(CGalleryOrganization* organization, const wchar_t* id, const wchar_t* title)
+{
+    CGalleryFolder* folder = NewCategory(id, title);
+    EXPECT_EQ(S_OK, organization->AddItem(folder));
+    return folder;
+}
+
+inline CGalleryFolder* AddCategory(CGalleryFolder* parent, const wchar_t* id, const wchar_t* title)
+{
+    CGalleryFolder* folder = NewCategory(id, title);
+    EXPECT_EQ(S_OK, parent->AddChild(folder));
+    return folder;
+}
+
+inline CGalleryActivity* AddActivity(CGalleryFolder* folder, const wchar_t* id, const wchar_t* href,
+                                     const wchar_t* title)
+{
+    CGalleryActivity* activity = nullptr;
+    EXPECT_EQ(S_OK, CGalleryActivity::Create(&activity));
+    activity->m_metadata->SetIdentifier(id);
+    activity->m_metadata->m_titles->Add(L"en", title);
+    activity->m_metadata->SetFormat(L"application/x-zoltaworks-galleryitem");
+    activity->SetHref(href);
+    EXPECT_EQ(S_OK, folder->AddActivity(activity));
+    return activity;
+}
+
+inline std::string DumpBlock(const LanguageStringBlock* block)
+{
+    std::string text = "{";
+    for (int i = 0; block && i < block->GetCount(); ++i)
+        text += N(block->GetKey(i)) + "=" + N(block->GetValue(i)) + ";";
+    return text + "}";
+}
+
+inline std::string DumpMetadata(const CGalleryMetadata& metadata)
+{
+    return "id=" + N(metadata.m_identifier) + " v=" + N(metadata.m_version) + " sort=" + N(metadata.m_sortKey) +
+           " fmt=" + N(metadata.m_format) + " t=" + DumpBlock(metadata.m_titles) +
+           " k=" + DumpBlock(metadata.m_keywords) + " orig=" + N(metadata.m_originalId) +
+           " show=" + N(metadata.m_showInLanguages) + " hide=" + N(metadata.m_hideInLanguages) +
+           " min=" + DumpBlock(metadata.m_minimumVersions) + " max=" + DumpBlock(metadata.m_maximumVersions);
+}
+
+inline void DumpFolder(const CGalleryFolder& folder, const std::string& indent, std::string& out)
+{
+    out += indent + "category " + DumpMetadata(*folder.m_metadata) + "\n";
+    for (std::uint32_t i = 0; i < folder.m_activities->GetCount(); ++i) {
+        const CGalleryActivity* activity = folder.m_activities->GetAt(i);
+        EXPECT_EQ(&folder, activity->m_parent);
+        out += indent + "  activity href=" + N(activity->m_href) + " " + DumpMetadata(*activity->m_metadata) + "\n";
+    }
+    for (std::uint32_t i = 0; i < folder.m_children->GetCount(); ++i) {
+        EXPECT_EQ(&folder, folder.m_children->GetAt(i)->m_parent);
+        EXPECT_EQ(folder.m_organization, folder.m_children->GetAt(i)->m_organization);
+        DumpFolder(*folder.m_children->GetAt(i), indent + "  ", out);
+    }
+}
+
+// The whole tree as text, back references checked on the way.
+inline std::string Dump(const CGalleryManifest& manifest)
+{
+    std::string out = "manifest " + DumpMetadata(*manifest.m_metadata) + " sv=" + DumpBlock(manifest.m_stringVersions) + "\n";
+    const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
+    for (std::uint32_t o = 0; o < organizations.GetCount(); ++o) {
+        const CGalleryOrganization* organization = organizations.GetAt(o);
+        EXPECT_EQ(&manifest, organization->m_manifest);
+        out += "organization ro=" + std::to_string(organization->m_readOnly) + " " +
+               DumpMetadata(*organization->m_metadata) + "\n";
+        for (std::uint32_t i = 0; i < organization->m_items->GetCount(); ++i) {
+            const CGalleryFolder* root = organization->m_items->GetAt(i);
+            EXPECT_EQ(nullptr, root->m_parent);
+            EXPECT_EQ(organization, root->m_organization);
+            DumpFolder(*root, "  ", out);
+        }
+    }
+    return out;
+}
+
+inline std::string DocumentOf(const CGalleryManifest& manifest)
+{
+    IZOLTAXMLWriter* writer = nullptr;
+    EXPECT_EQ(S_OK, CreateStringWriter(&writer));
+    EXPECT_EQ(S_OK, CGalleryManifestIO::WriteDocument(manifest, writer));
+    CAtlStringA text;
+    writer->GetResult(&text);
+    writer->Release();
+    return std::string(text.GetString(), static_cast<std::size_t>(text.GetLength()));
+}
+
+// Every file below `folder` with its bytes, by relative path.
+inline std::map<std::string, std::string> Snapshot(const std::string& folder)
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file())
+            files[std::filesystem::relative(entry.path(), folder).string()] =
+                curatool::test::ReadFile(entry.path().string());
+    }
+    return files;
+}
+
+}  // namespace manifest_test
