@@ -2,7 +2,7 @@
 
 #include "CAuthentication.h"
 #include "CConfiguration.h"
-#include "StartupHooks.h"
+#include "StartupSteps.h"
 
 #include <QApplication>
 #include <QFile>
@@ -161,7 +161,7 @@ void CApplicationFactory::OnConfigurationLoaded(const CConfiguration* configurat
     if (!configuration)
         return;
 
-    const QString catalogueDirectory = StartupHooks::ConfigurationCatalogueDirectory(*configuration);
+    const QString catalogueDirectory = StartupSteps::ConfigurationCatalogueDirectory(*configuration);
     if (!catalogueDirectory.isEmpty())
         (void)m_translator.load(QStringLiteral("CuratoolId"), catalogueDirectory);
 

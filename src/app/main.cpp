@@ -4,7 +4,7 @@
 #include "DisplayPlatform.h"
 #include "Output.h"
 #include "Qtfier.h"
-#include "StartupHooks.h"
+#include "StartupSteps.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -21,7 +21,7 @@ const int kInstanceProjectId = 0x71;
 // the work gets here, a relaunching run never holds the lock.
 int RunWithLock(CApplicationFactory& factory)
 {
-    StartupHooks::LoadProgramCatalogue();
+    StartupSteps::LoadProgramCatalogue();
     factory.InstallTranslator(QCoreApplication::instance());
     Output::Initialize();
 
@@ -39,7 +39,7 @@ int RunWithLock(CApplicationFactory& factory)
         return 1;
     }
 
-    const int status = StartupHooks::InitializeGalleryLibrary();
+    const int status = StartupSteps::InitializeGalleryLibrary();
     if (status != 0)
         QCoreApplication::exit(status);
 
@@ -48,7 +48,7 @@ int RunWithLock(CApplicationFactory& factory)
     QTimer::singleShot(0, slotObject.get(), SLOT(Slot()));
 
     const int result = QApplication::exec();
-    StartupHooks::ShutdownGalleryLibrary();
+    StartupSteps::ShutdownGalleryLibrary();
     slotObject.reset();
     lock.Release();
     return result;

@@ -1,4 +1,7 @@
+#include "CGalleryCategory.h"
 #include "CLIProgress.h"
+
+#include <tinyxml2.h>
 
 #include <gtest/gtest.h>
 
@@ -63,6 +66,22 @@ TEST(CLIProgress, CategoryNameGoesInParenthesesBeforeTheItem)
     const CAtlString unnamed;
     EXPECT_STREQ("Complete\n \t[100%] () x\n", CLIProgress::FormatLine(6, &unnamed, L"x", 100).GetString());
     EXPECT_STREQ("Installing:  \t[5%] y\n", CLIProgress::FormatLine(2, nullptr, L"y", 5).GetString());
+}
+
+TEST(CLIProgress, ARealCategoryIsNamedByItsTitle)
+{
+    tinyxml2::XMLDocument document;
+    ASSERT_EQ(tinyxml2::XML_SUCCESS,
+              document.Parse("<c id=\"animals\" version=\"1.0\"><title><t language=\"en\">Animals</t></title>"
+                             "<files/></c>"));
+    CGalleryCategory category;
+    ASSERT_GE(category.Read(*document.RootElement(), CGalleryInstalledRecords()), 0);
+
+    CLIProgress progress;
+    progress.SetVerbose(true);
+    testing::internal::CaptureStdout();
+    progress.Progress(eGalleryInstallationProgressInstalling, &category, L"animals/lion.gallery", 100, 12);
+    EXPECT_EQ("Installing:  \t[12%] (Animals) animals/lion.gallery\n", testing::internal::GetCapturedStdout());
 }
 
 }  // namespace

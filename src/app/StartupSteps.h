@@ -5,9 +5,8 @@
 class CConfiguration;
 
 // The steps of start-up and shutdown that lean on other parts of the system: the language layer
-// and the gallery library. main and CApplicationFactory call them in their places; the gallery
-// library's two are hooks that do nothing until that library exists.
-namespace StartupHooks {
+// and the gallery library, in the places main and CApplicationFactory call them.
+namespace StartupSteps {
 
 // The program's own catalogue "CuratoolId" from <program dir>/Languages/<language>/, language
 // chosen with the settings; installed when found, silence when not.
@@ -17,10 +16,10 @@ void LoadProgramCatalogue();
 // collection lives; empty when the configuration has no directory.
 QString ConfigurationCatalogueDirectory(const CConfiguration& configuration);
 
-// Hook. Starts the gallery library (its background thread included) and waits until its start-up
+// Starts the gallery library (its background thread included) and waits until its start-up
 // work is done; a non-zero status is passed on to the event loop's exit.
 int InitializeGalleryLibrary();
-// Hook. Shuts the gallery library down after the event loop.
+// Shuts the gallery library down after the event loop.
 void ShutdownGalleryLibrary();
 
-}  // namespace StartupHooks
+}  // namespace StartupSteps

@@ -1,12 +1,13 @@
-#include "StartupHooks.h"
+#include "StartupSteps.h"
 
 #include "CConfiguration.h"
 #include "CZoltaDirectoryPath.h"
+#include "GalleryLibrary.h"
 #include "LanguageSettings.h"
 
 #include <QCoreApplication>
 
-namespace StartupHooks {
+namespace StartupSteps {
 
 void LoadProgramCatalogue()
 {
@@ -24,15 +25,14 @@ QString ConfigurationCatalogueDirectory(const CConfiguration& configuration)
     return directory.ToQString();
 }
 
-// Hook: waits for the gallery library's initialisation thread.
 int InitializeGalleryLibrary()
 {
-    return 0;
+    return static_cast<int>(GalleryLibraryInitialize());
 }
 
-// Hook: waits for the gallery library.
 void ShutdownGalleryLibrary()
 {
+    GalleryLibraryShutdown();
 }
 
-}  // namespace StartupHooks
+}  // namespace StartupSteps
