@@ -1,0 +1,49 @@
+#pragma once
+
+#include "CAtlString.h"
+#include "CQtGalleryThreadBase.h"
+#include "CZoltaDirectoryPath.h"
+#include "CZoltaFilePath.h"
+#include "IGalleryManifestOpenObserver.h"
+#include "ZoltaResult.h"
+
+#include <memory>
+#include <vector>
+
+struct CGalleryManifest;
+
+// Finds the galleries of this machine and opens their manifests into the library's
+// process-wide state (GalleryLibrary.h). Cancellable: Cancel() is seen at every cancel point
+// and, through the open observer, at the next end tag of a manifest being parsed.
+class CGalleryInitializeThread : public CQtGalleryThreadBase,
+                                 public CGalleryThreadBase,
+                                 public IGalleryManifestOpenObserver
+{
+public:
+    CGalleryInitializeThread();
+    ~CGalleryInitializeThread() override;
+
+    // The steps of start-up; S_OK also when single galleries failed, E_ABORT after a cancel,
+    // E_OUTOFMEMORY when the process-wide lists can't be made.
+    HRESULT Run() override;
+
+    HRESULT OnManifestProgress(float fraction) override;
+
+    // A new manifest opened from `path`, or null (cancelled, failed, or no manifest there).
+    std::shared_ptr<CGalleryManifest> OpenGallery(const CAtlString& path);
+
+    // The existing folders named by the setting "Repositories" ("|"-separated).
+    static void GetRepositories(std::vector<CZoltaDirectoryPath>& out);
+    // Manifests of the subfolders of `folder`, "CVS" left out.
+    static void ScanGalleryFolder(const CZoltaDirectoryPath& folder, std::vector<CZoltaFilePath>& out);
+
+protected:
+    int Work() override;
+
+private:
+    HRESULT CreateMyContent(const CZoltaFilePath& path);
+    void MigrateOldMyContent();
+    void OpenRegisteredGalleries(bool userScope);
+    void OpenRepositories();
+    void AddGallery(const CAtlString& path);
+};
