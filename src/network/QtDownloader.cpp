@@ -137,6 +137,7 @@ HRESULT QtDownloader::Download(const CAtlString& url, const CZoltaFilePath& loca
             file.close();
             if (m_connection->Authenticate(m_connection->host, m_connection->port, user, password))
                 continue;
+            file.remove();  // the proxy's refusal page is no content of ours
             return E_ABORT;
         }
         // What worked is where the next file starts.

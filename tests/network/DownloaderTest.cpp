@@ -1,0 +1,369 @@
+// The downloader against real loopback servers: python's http.server for the normal road, and a
+// scripted server for replies that go wrong.
+
+#include "LoopbackServers.h"
+#include "TestEnvironment.h"
+
+#include "ConnectionInfo.h"
+#include "CZoltaDirectoryPath.h"
+#include "FetchUrl.h"
+#include "ProxyHandler.h"
+#include "QtDownloader.h"
+
+#include "QThreadWithLoop.h"
+#include "WaitWithQtEvents.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QHostAddress>
+#include <QRandomGenerator>
+#include <QTcpServer>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+using curatool::test::HttpUrl;
+using curatool::test::ServerProcess;
+
+namespace {
+
+// A connection that records what the downloader tells it.
+class RecordingConnection : public ConnectionInfoBase
+{
+public:
+    void Cancelled() override { ++cancelled; }
+    bool Authenticate(const CAtlString&, int, CAtlString&, CAtlString&) override
+    {
+        ++authenticateCalls;
+        return false;
+    }
+    void ReadProgress(int done, int total) override { progress.emplace_back(done, total); }
+
+    int cancelled = 0;
+    int authenticateCalls = 0;
+    std::vector<std::pair<int, int>> progress;
+};
+
+std::string ScratchFile(const std::string& folder, const std::string& name)
+{
+    return curatool::test::MakeScratchDir(folder) + "/" + name;
+}
+
+HRESULT Fetch(const QString& url, const std::string& localFile, ConnectionInfoBase& connection)
+{
+    QtDownloader downloader;
+    return downloader.Download(CAtlString(url), CZoltaFilePath(localFile.c_str()), &connection);
+}
+
+QByteArray RandomBytes(qsizetype size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (qsizetype index = 0; index < size; ++index)
+        bytes[index] = static_cast<char>(QRandomGenerator::global()->bounded(256));
+    return bytes;
+}
+
+// One scripted server for the whole suite; its log holds every request line it received.
+class ScriptedServerTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_log = new QString(QString::fromStdString(curatool::test::MakeScratchDir("scripted")) + "/requests.log");
+        s_server = new ServerProcess;
+        ASSERT_TRUE(s_server->StartScriptedServer(*s_log));
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_server;
+        delete s_log;
+        s_server = nullptr;
+        s_log = nullptr;
+    }
+    void SetUp() override
+    {
+        ASSERT_TRUE(s_server && s_server->IsRunning());
+        QFile::remove(*s_log);
+    }
+
+    static QString Url(const QString& path) { return HttpUrl(s_server->Port(), path); }
+    static QStringList Requests()
+    {
+        QFile log(*s_log);
+        if (!log.open(QIODevice::ReadOnly))
+            return {};
+        return QString::fromLatin1(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+
+    static ServerProcess* s_server;
+    static QString* s_log;
+};
+
+ServerProcess* ScriptedServerTest::s_server = nullptr;
+QString* ScriptedServerTest::s_log = nullptr;
+
+}  // namespace
+
+TEST(DownloaderStaticServer, FetchesWholeFilesWithProgressAndReplacesAnOldLocalFile)
+{
+    const std::string served = curatool::test::MakeScratchDir("served");
+    const QByteArray big = RandomBytes(3 * 1024 * 1024 + 17);
+    const QByteArray small = RandomBytes(1);
+    ASSERT_TRUE(curatool::test::WriteFile(served + "/big file.bin", big.toStdString()));
+    ASSERT_TRUE(curatool::test::WriteFile(served + "/one.bin", small.toStdString()));
+    ServerProcess server;
+    ASSERT_TRUE(server.StartStaticServer(QString::fromStdString(served)));
+
+    const std::string local = ScratchFile("static", "big.bin");
+    ASSERT_TRUE(curatool::test::WriteFile(local, std::string(10 * 1024 * 1024, 'o')));  // left from before
+    RecordingConnection connection;
+    connection.user = CAtlString(L"kept");
+    // A space in the name goes out encoded; the query string is dropped and changes nothing.
+    EXPECT_EQ(S_OK, Fetch(HttpUrl(server.Port(), "/big%20file.bin?x=1"), local, connection));
+    EXPECT_EQ(big.toStdString(), curatool::test::ReadFile(local));
+
+    ASSERT_FALSE(connection.progress.empty());
+    for (std::size_t index = 1; index < connection.progress.size(); ++index)
+        EXPECT_GE(connection.progress[index].first, connection.progress[index - 1].first);
+    EXPECT_EQ(big.size(), connection.progress.back().first);
+    EXPECT_EQ(big.size(), connection.progress.back().second);
+    EXPECT_EQ(CAtlString(L"kept"), connection.user);
+    EXPECT_EQ(0, connection.authenticateCalls);
+
+    EXPECT_EQ(S_OK, Fetch(HttpUrl(server.Port(), "/one.bin"), local, connection));
+    EXPECT_EQ(small.toStdString(), curatool::test::ReadFile(local));
+
+    // Not there: 404, and the old local file is gone too.
+    EXPECT_EQ(E_FAIL, Fetch(HttpUrl(server.Port(), "/absent.bin"), local, connection));
+    EXPECT_FALSE(curatool::test::Exists(local));
+}
+
+TEST(DownloaderSchemes, OnlyHttpIsServedAndNothingElseConnects)
+{
+    QTcpServer listener;
+    ASSERT_TRUE(listener.listen(QHostAddress::LocalHost, 0));
+    const QString hostPort = QStringLiteral("127.0.0.1:%1").arg(listener.serverPort());
+    const std::string local = ScratchFile("schemes", "x.bin");
+    for (const QString scheme : {"https", "ftp", "file", "gopher", "httpx", ""}) {
+        RecordingConnection connection;
+        const QString url = scheme.isEmpty() ? QStringLiteral("//%1/x.bin").arg(hostPort)
+                                             : QStringLiteral("%1://%2/x.bin").arg(scheme, hostPort);
+        EXPECT_EQ(E_FAIL, Fetch(url, local, connection)) << url.toStdString();
+    }
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(listener.waitForNewConnection(200));
+    EXPECT_FALSE(curatool::test::Exists(local));
+}
+
+TEST(DownloaderSchemes, UnknownProxyTypeIsNotImplemented)
+{
+    RecordingConnection connection;
+    connection.type = 4;
+    EXPECT_EQ(E_NOTIMPL, Fetch(HttpUrl(curatool::test::FreeLoopbackPort(), "/x"), ScratchFile("types", "x"), connection));
+}
+
+TEST(DownloaderSchemes, RefusedConnectionLeavesAnEmptyFileAndFails)
+{
+    const std::string local = ScratchFile("refused", "x.bin");
+    RecordingConnection connection;
+    EXPECT_EQ(E_FAIL, Fetch(HttpUrl(curatool::test::FreeLoopbackPort(), "/x.bin"), local, connection));
+    EXPECT_TRUE(curatool::test::Exists(local));
+    EXPECT_EQ("", curatool::test::ReadFile(local));
+}
+
+TEST_F(ScriptedServerTest, SendsOnlyThePathToTheGivenPort)
+{
+    const std::string local = ScratchFile("echo", "echo.txt");
+    RecordingConnection connection;
+    ASSERT_EQ(S_OK, Fetch(Url("/echo?secret=1&b=2"), local, connection));
+    const QString request = QString::fromStdString(curatool::test::ReadFile(local));
+    EXPECT_TRUE(request.startsWith("GET /echo HTTP/1.1\r\n")) << request.toStdString();
+    EXPECT_TRUE(request.contains(QStringLiteral("\r\nHost: 127.0.0.1:%1\r\n").arg(s_server->Port())));
+    EXPECT_FALSE(request.contains("secret"));
+    EXPECT_FALSE(request.contains("Proxy-Authorization"));
+}
+
+TEST_F(ScriptedServerTest, StatusesAboveTwoHundredFailAndRemoveTheFile)
+{
+    for (const char* path : {"/redirect", "/missing", "/created"}) {
+        const std::string local = ScratchFile("status", "reply.bin");
+        RecordingConnection connection;
+        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path;
+        EXPECT_FALSE(curatool::test::Exists(local)) << path;
+    }
+    // The redirect was not followed: one request per fetch, and none to its target.
+    EXPECT_EQ(QStringList({"GET /redirect HTTP/1.1", "GET /missing HTTP/1.1", "GET /created HTTP/1.1"}), Requests());
+}
+
+TEST_F(ScriptedServerTest, EmptyOrBrokenRepliesFail)
+{
+    for (const char* path : {"/empty.zip", "/garbage", "/close"}) {
+        const std::string local = ScratchFile("broken", "reply.bin");
+        RecordingConnection connection;
+        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path;
+        EXPECT_EQ("", curatool::test::ReadFile(local)) << path;
+        EXPECT_TRUE(connection.progress.empty()) << path;
+    }
+}
+
+TEST_F(ScriptedServerTest, BodiesByChunksOrUpToTheCloseArriveWhole)
+{
+    const std::string local = ScratchFile("framing", "reply.bin");
+    RecordingConnection connection;
+    ASSERT_EQ(S_OK, Fetch(Url("/chunked"), local, connection));
+    EXPECT_EQ("hello, world", curatool::test::ReadFile(local));
+    ASSERT_EQ(S_OK, Fetch(Url("/until-close"), local, connection));
+    EXPECT_EQ("no length, ends with the connection", curatool::test::ReadFile(local));
+    EXPECT_EQ(0, connection.progress.back().second);  // no length given
+}
+
+TEST_F(ScriptedServerTest, ContentLengthRulesTheBody)
+{
+    const std::string local = ScratchFile("length", "reply.bin");
+    RecordingConnection connection;
+    // More bytes than announced: only the announced ones are kept.
+    ASSERT_EQ(S_OK, Fetch(Url("/short-length"), local, connection));
+    EXPECT_EQ("12345", curatool::test::ReadFile(local));
+
+    // The connection drops after 300 of 1000 bytes: the status was good and bytes came, so the
+    // fetch counts as done; what arrived stays, and whoever opens it finds it short.
+    testing::internal::CaptureStdout();
+    const HRESULT dropped = Fetch(Url("/drop"), local, connection);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(S_OK, dropped);
+    EXPECT_EQ(std::string(300, 'y'), curatool::test::ReadFile(local));
+    EXPECT_EQ("Wrong content length\n", printed);
+    EXPECT_EQ(std::make_pair(300, 1000), connection.progress.back());
+}
+
+// The idle limit takes 20 s of real time, so the three cases run side by side, each fetch on a
+// thread of its own pumping its own events.
+TEST_F(ScriptedServerTest, IdlenessNotDurationEndsAFetch)
+{
+    struct Case
+    {
+        QString path;
+        std::string local;
+        HRESULT result = S_FALSE;
+        qint64 elapsedMs = 0;
+        std::unique_ptr<QThreadWithLoop> thread;
+    };
+    std::vector<Case> cases(3);
+    cases[0].path = "/trickle";
+    cases[1].path = "/stall-header";
+    cases[2].path = "/stall-body";
+    for (std::size_t index = 0; index < cases.size(); ++index) {
+        Case& one = cases[index];
+        one.local = ScratchFile("idle" + std::to_string(index), "reply.bin");
+        one.thread = std::make_unique<QThreadWithLoop>([&one] {
+            QElapsedTimer clock;
+            clock.start();
+            RecordingConnection connection;
+            one.result = Fetch(Url(one.path), one.local, connection);
+            one.elapsedMs = clock.elapsed();
+            return 0;
+        });
+        one.thread->start();
+    }
+    WaitWithQtEvents([&] {
+        for (const Case& one : cases) {
+            if (one.thread->isRunning())
+                return true;
+        }
+        return false;
+    }).Wait();
+
+    // 24 s in all, with a piece every 2 s: never idle long enough.
+    EXPECT_EQ(S_OK, cases[0].result);
+    EXPECT_GE(cases[0].elapsedMs, 23000);
+    std::string expected;
+    for (int index = 0; index < 13; ++index)
+        expected += std::string(100, static_cast<char>('A' + index));
+    EXPECT_EQ(expected, curatool::test::ReadFile(cases[0].local));
+
+    // Nothing at all: given up after 20 s of silence, with an empty file.
+    EXPECT_EQ(E_FAIL, cases[1].result);
+    EXPECT_GE(cases[1].elapsedMs, QtDownloader::kTimeOutMs);
+    EXPECT_LT(cases[1].elapsedMs, QtDownloader::kTimeOutMs + 5000);
+    EXPECT_EQ("", curatool::test::ReadFile(cases[1].local));
+
+    // Silence after part of the body: given up 20 s after the last bytes, keeping them.
+    EXPECT_EQ(S_OK, cases[2].result);
+    EXPECT_GE(cases[2].elapsedMs, QtDownloader::kTimeOutMs);
+    EXPECT_LT(cases[2].elapsedMs, QtDownloader::kTimeOutMs + 5000);
+    EXPECT_EQ(std::string(300, 'x'), curatool::test::ReadFile(cases[2].local));
+}
+
+TEST_F(ScriptedServerTest, TempFileTakesTheExtensionOfThePathAndGoesOnFailure)
+{
+    const CZoltaFilePath fetched = FetchToTempFile(CAtlString(Url("/until-close?name=a.zip")), nullptr);
+    ASSERT_FALSE(fetched.IsEmpty());
+    EXPECT_TRUE(fetched.GetName().ToQString().startsWith("SCVTemp"));
+    EXPECT_EQ(CAtlString(L""), fetched.GetExtension());
+    EXPECT_EQ("no length, ends with the connection", curatool::test::ReadFile(fetched.ToQString().toStdString()));
+    fetched.Remove();
+
+    const QString folder = CZoltaFilePath(fetched).GetFolder().ToQString();
+    EXPECT_TRUE(FetchToTempFile(CAtlString(Url("/empty.zip")), nullptr).IsEmpty());
+    EXPECT_TRUE(QDir(folder).entryList({"SCVTemp*.zip"}, QDir::Files).isEmpty());
+}
+
+namespace {
+
+// A handler whose proxy is the scripted server, set the way the proxy options set it.
+void PointAt(ProxyHandler& handler, int port)
+{
+    handler.SetPrompt([port](ProxyPromptValues& values, bool, QObject*) {
+        values.host = CAtlString(L"127.0.0.1");
+        values.port = port;
+        return true;
+    });
+    ASSERT_TRUE(handler.ConfigureDialog(nullptr));
+}
+
+}  // namespace
+
+TEST_F(ScriptedServerTest, Each407AsksTheHandlerAgainUntilItGivesUp)
+{
+    const std::string local = ScratchFile("proxy407", "reply.bin");
+    const QString url = QStringLiteral("http://origin.example:81/proxy-auth?dropped=1");
+    const QString requestLine = QStringLiteral("GET http://origin.example:81/proxy-auth HTTP/1.1");
+
+    // Command-line credentials that are wrong: sent, handed out once more, then the dialog.
+    ProxyHandler handler;
+    PointAt(handler, s_server->Port());
+    handler.SetCredentials(CAtlString(L"user"), CAtlString(L"wrong"));
+    handler.SetAllowPrompt(true);
+    int prompts = 0;
+    handler.SetPrompt([&](ProxyPromptValues& values, bool, QObject*) {
+        ++prompts;
+        values.password = CAtlString(L"pass");
+        return true;
+    });
+    EXPECT_EQ(S_OK, FetchUrl(CAtlString(url), CZoltaFilePath(local.c_str()), &handler));
+    EXPECT_EQ("through the proxy", curatool::test::ReadFile(local));
+    EXPECT_EQ(1, prompts);
+    EXPECT_EQ(QStringList({requestLine, requestLine, requestLine}), Requests());
+
+    // Dialogs off: the stored credentials get their one retry, then the fetch is aborted.
+    QFile::remove(*s_log);
+    ProxyHandler quiet;
+    PointAt(quiet, s_server->Port());
+    quiet.SetCredentials(CAtlString(L"user"), CAtlString(L"wrong"));
+    EXPECT_EQ(E_ABORT, FetchUrl(CAtlString(url), CZoltaFilePath(local.c_str()), &quiet));
+    EXPECT_EQ(2, Requests().size());
+
+    // No user at all and no dialogs: the first 407 ends it.
+    QFile::remove(*s_log);
+    ProxyHandler bare;
+    PointAt(bare, s_server->Port());
+    EXPECT_EQ(E_ABORT, FetchUrl(CAtlString(url), CZoltaFilePath(local.c_str()), &bare));
+    EXPECT_EQ(1, Requests().size());
+}

@@ -1,0 +1,138 @@
+// Fetches through a real HTTP proxy (tinyproxy) that wants Basic credentials.
+
+#include "LoopbackServers.h"
+#include "TestEnvironment.h"
+
+#include "FetchUrl.h"
+#include "ProxyHandler.h"
+#include "QtDownloader.h"
+
+#include <QNetworkProxy>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using curatool::test::HttpUrl;
+using curatool::test::ServerProcess;
+
+namespace {
+
+const std::string kContent(100000, 'p');
+
+class ProxyRoadTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        const std::string served = curatool::test::MakeScratchDir("proxied");
+        ASSERT_TRUE(curatool::test::WriteFile(served + "/file.bin", kContent));
+        s_origin = new ServerProcess;
+        s_proxy = new ServerProcess;
+        ASSERT_TRUE(s_origin->StartStaticServer(QString::fromStdString(served)));
+        ASSERT_TRUE(s_proxy->StartTinyproxy(QString::fromStdString(curatool::test::MakeScratchDir("tinyproxy")),
+                                            "user", "pass"));
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_proxy;
+        delete s_origin;
+        s_proxy = s_origin = nullptr;
+    }
+    void SetUp() override
+    {
+        ASSERT_TRUE(s_origin && s_origin->IsRunning());
+        ASSERT_TRUE(s_proxy && s_proxy->IsRunning());
+        m_local = curatool::test::MakeScratchDir("fetched") + "/file.bin";
+    }
+
+    // A handler pointed at the proxy the way the proxy options do it.
+    void PointAtProxy(ProxyHandler& handler)
+    {
+        handler.SetPrompt([](ProxyPromptValues& values, bool, QObject*) {
+            values.host = CAtlString(L"127.0.0.1");
+            values.port = s_proxy->Port();
+            return true;
+        });
+        ASSERT_TRUE(handler.ConfigureDialog(nullptr));
+    }
+
+    HRESULT Fetch(ProxyHandler& handler)
+    {
+        return FetchUrl(CAtlString(HttpUrl(s_origin->Port(), "/file.bin")), CZoltaFilePath(m_local.c_str()), &handler);
+    }
+
+    static ServerProcess* s_origin;
+    static ServerProcess* s_proxy;
+    std::string m_local;
+};
+
+ServerProcess* ProxyRoadTest::s_origin = nullptr;
+ServerProcess* ProxyRoadTest::s_proxy = nullptr;
+
+}  // namespace
+
+TEST_F(ProxyRoadTest, RightCredentialsPassWithoutADialog)
+{
+    ProxyHandler handler;
+    PointAtProxy(handler);
+    handler.SetCredentials(CAtlString(L"user"), CAtlString(L"pass"));
+    int prompts = 0;
+    handler.SetPrompt([&](ProxyPromptValues&, bool, QObject*) { return ++prompts, false; });
+    handler.SetAllowPrompt(true);
+    EXPECT_EQ(S_OK, Fetch(handler));
+    EXPECT_EQ(kContent, curatool::test::ReadFile(m_local));
+    EXPECT_EQ(0, prompts);
+}
+
+TEST_F(ProxyRoadTest, WithoutCredentialsTheDialogIsAskedAndItsAnswerKept)
+{
+    ProxyHandler handler;
+    PointAtProxy(handler);
+    handler.SetAllowPrompt(true);
+    std::vector<ProxyPromptValues> shown;
+    handler.SetPrompt([&](ProxyPromptValues& values, bool hostEditable, QObject*) {
+        EXPECT_FALSE(hostEditable);
+        shown.push_back(values);
+        values.user = CAtlString(L"user");
+        values.password = CAtlString(L"pass");
+        return true;
+    });
+    EXPECT_EQ(S_OK, Fetch(handler));
+    EXPECT_EQ(kContent, curatool::test::ReadFile(m_local));
+    ASSERT_EQ(1u, shown.size());
+    EXPECT_EQ(CAtlString(L"127.0.0.1"), shown[0].host);
+    EXPECT_EQ(s_proxy->Port(), shown[0].port);
+
+    // What the dialog gave is what the next fetch starts with: no more dialogs.
+    EXPECT_EQ(S_OK, Fetch(handler));
+    EXPECT_EQ(1u, shown.size());
+}
+
+TEST_F(ProxyRoadTest, NoCredentialsWithoutADialogAreAbortedAndWrongOnesRefused)
+{
+    ProxyHandler none;
+    PointAtProxy(none);
+    EXPECT_EQ(E_ABORT, Fetch(none));
+    EXPECT_FALSE(curatool::test::Exists(m_local));
+
+    // This proxy answers wrong credentials with 401, not 407: a plain failed status.
+    ProxyHandler wrong;
+    PointAtProxy(wrong);
+    wrong.SetCredentials(CAtlString(L"user"), CAtlString(L"nope"));
+    EXPECT_EQ(E_FAIL, Fetch(wrong));
+    EXPECT_FALSE(curatool::test::Exists(m_local));
+}
+
+TEST_F(ProxyRoadTest, ACancelledDialogFailsEveryLaterFetchAtOnce)
+{
+    ProxyHandler handler;
+    PointAtProxy(handler);
+    handler.SetAllowPrompt(true);
+    int prompts = 0;
+    handler.SetPrompt([&](ProxyPromptValues&, bool, QObject*) { return ++prompts, false; });
+    EXPECT_EQ(E_ABORT, Fetch(handler));
+    EXPECT_EQ(E_ABORT, Fetch(handler));
+    EXPECT_EQ(1, prompts);
+}
+
