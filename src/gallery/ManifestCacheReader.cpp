@@ -8,10 +8,14 @@
 #include "GalleryText.h"
 #include "LanguageStringBlock.h"
 
+#include <zlib.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
 
 namespace {
 
@@ -393,9 +397,42 @@ private:
     std::uint64_t m_visited = 0;
 };
 
+// Large read buffers are asked to be backed by large pages: tens of thousands of page faults
+// would otherwise cost as much as the read itself. Only a hint.
+void AskForLargePages(void* buffer, std::size_t size)
+{
+    constexpr std::uintptr_t kLargePage = 2u << 20;
+    if (size < 4 * kLargePage)
+        return;
+    const auto begin = (reinterpret_cast<std::uintptr_t>(buffer) + kLargePage - 1) & ~(kLargePage - 1);
+    const auto end = (reinterpret_cast<std::uintptr_t>(buffer) + size) & ~(kLargePage - 1);
+    if (end > begin)
+        ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
+// Reads `size` bytes into `buffer` in slices and computes the CRC from offset 68 on the way.
+HRESULT ReadWithCrc(std::FILE* file, std::uint8_t* buffer, std::size_t size, std::uint32_t& crc)
+{
+    constexpr std::size_t kSlice = 256 * 1024;
+    uLong running = crc32(0L, Z_NULL, 0);
+    std::size_t done = 0;
+    while (done < size) {
+        const std::size_t want = std::min(kSlice, size - done);
+        if (std::fread(buffer + done, 1, want, file) != want)
+            return E_FAIL;
+        const std::size_t from = std::max(done, std::size_t{kManifestImageRecordOffset});
+        if (done + want > from)
+            running = crc32(running, buffer + from, static_cast<uInt>(done + want - from));
+        done += want;
+    }
+    crc = static_cast<std::uint32_t>(running);
+    return S_OK;
+}
+
 // Checks the image in `buffer` (`size` bytes of file, zeros behind) and hands it with its
 // arena to `manifest`. Takes the buffer in all cases.
-HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t size, const wchar_t* cachePath)
+HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t size, const wchar_t* cachePath,
+                   const std::uint32_t* knownCrc = nullptr)
 {
     if (size < kManifestImageRecordOffset + kManifestRecordSize || size > 0xFFFFFFFFu ||
         std::memcmp(buffer, kManifestImageMagic, sizeof(kManifestImageMagic)) != 0) {
@@ -404,7 +441,7 @@ HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t
     }
     std::uint32_t storedCrc;
     std::memcpy(&storedCrc, buffer + kManifestImageCrcOffset, sizeof(storedCrc));
-    if (ComputeManifestImageCrc(buffer, size) != storedCrc) {
+    if ((knownCrc ? *knownCrc : ComputeManifestImageCrc(buffer, size)) != storedCrc) {
         std::free(buffer);
         return E_FAIL;
     }
@@ -498,12 +535,15 @@ HRESULT ReadManifestImage(CGalleryManifest& manifest, const CZoltaFilePath& path
         std::fclose(file);
         return E_OUTOFMEMORY;
     }
+    AskForLargePages(buffer, size);
     std::memset(buffer + size, 0, kZeroTail);
-    const std::size_t read = std::fread(buffer, 1, size, file);
+    // One sequential read; each slice goes through the CRC while it is still in the cache.
+    std::uint32_t crc = 0;
+    const HRESULT read = ReadWithCrc(file, buffer, size, crc);
     std::fclose(file);
-    if (read != size) {
+    if (FAILED(read)) {
         std::free(buffer);
-        return E_FAIL;
+        return read;
     }
-    return AdoptImage(manifest, buffer, size, path.GetPath().GetString());
+    return AdoptImage(manifest, buffer, size, path.GetPath().GetString(), &crc);
 }

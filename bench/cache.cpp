@@ -1,0 +1,243 @@
+// Opening a manifest of 100,000 activities from its binary cache, against parsing its XML and
+// against the floor of any cache reader: reading the file and computing its CRC. All three in
+// the same run; prints the ratios. Works in a temporary home of its own.
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+#include "CGalleryMetadata.h"
+#include "ManifestCache.h"
+
+#include <benchmark/benchmark.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/mman.h>
+
+namespace {
+
+constexpr int kFolders = 100;
+constexpr int kActivitiesPerFolder = 1000;
+
+std::string g_root;
+std::string g_xml;
+std::string g_cache;
+
+std::string Narrow(const wchar_t* text)
+{
+    return CAtlString(text).ToQString().toStdString();
+}
+
+CAtlString Wide(const std::string& text)
+{
+    return CAtlString(QString::fromStdString(text));
+}
+
+void Fill(CGalleryMetadata& metadata, const std::wstring& identifier, const std::wstring& title)
+{
+    metadata.SetIdentifier(identifier.c_str());
+    metadata.SetVersion(L"1.0");
+    metadata.m_titles->Add(L"en", title.c_str());
+    metadata.m_titles->Add(L"fr", (title + L" (fr)").c_str());
+    metadata.m_keywords->Add(L"en", L"science;nature;picture");
+}
+
+void WriteLargeManifest()
+{
+    CGalleryManifest manifest;
+    Fill(*manifest.m_metadata, L"urn:bench:manifest", L"Bench");
+    CGalleryOrganization* organization = nullptr;
+    CGalleryOrganization::Create(&organization);
+    Fill(*organization->m_metadata, L"urn:bench:organization", L"Organization");
+    manifest.AddOrganization(organization);
+    for (int f = 0; f < kFolders; ++f) {
+        CGalleryFolder* folder = nullptr;
+        CGalleryFolder::Create(&folder);
+        Fill(*folder->m_metadata, L"urn:bench:folder" + std::to_wstring(f), L"Category " + std::to_wstring(f));
+        organization->AddItem(folder);
+        for (int a = 0; a < kActivitiesPerFolder; ++a) {
+            CGalleryActivity* activity = nullptr;
+            CGalleryActivity::Create(&activity);
+            const std::wstring number = std::to_wstring(f) + L"_" + std::to_wstring(a);
+            Fill(*activity->m_metadata, L"urn:bench:activity" + number, L"Picture " + number);
+            activity->m_metadata->SetFormat(L"image/png");
+            activity->SetHref((L"Content/pictures/picture" + number + L".png").c_str());
+            folder->AddActivity(activity);
+        }
+    }
+    if (FAILED(CGalleryManifestIO::Save(manifest, Wide(g_xml).GetString(), false))) {
+        std::fprintf(stderr, "saving the manifest failed\n");
+        std::exit(1);
+    }
+}
+
+template <class Body>
+double Seconds(Body body)
+{
+    const auto start = std::chrono::steady_clock::now();
+    body();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double OpenSeconds(bool useCache)
+{
+    CGalleryManifest manifest;
+    const double seconds = Seconds([&] {
+        if (FAILED(CGalleryManifestIO::Open(manifest, Wide(g_xml).GetString(), nullptr, useCache))) {
+            std::fprintf(stderr, "opening failed\n");
+            std::exit(1);
+        }
+    });
+    if (useCache && manifest.m_cachePath[0] == 0) {
+        std::fprintf(stderr, "the cache was not used\n");
+        std::exit(1);
+    }
+    benchmark::DoNotOptimize(manifest.m_organizations);
+    return seconds;
+}
+
+double XmlSeconds() { return OpenSeconds(false); }
+double CacheSeconds() { return OpenSeconds(true); }
+
+// What no cache reader can beat: one read of the file into one buffer and its CRC, done the
+// way the reader does it (large pages asked for, the CRC taken slice by slice as it comes in).
+double ReadAndCrcSeconds()
+{
+    std::uint32_t crc = 0;
+    const double seconds = Seconds([&] {
+        std::FILE* file = std::fopen(g_cache.c_str(), "rb");
+        std::fseek(file, 0, SEEK_END);
+        const std::size_t size = static_cast<std::size_t>(std::ftell(file));
+        std::fseek(file, 0, SEEK_SET);
+        auto* buffer = static_cast<unsigned char*>(std::malloc(size));
+        constexpr std::uintptr_t kLargePage = 2u << 20;
+        const auto begin = (reinterpret_cast<std::uintptr_t>(buffer) + kLargePage - 1) & ~(kLargePage - 1);
+        const auto end = (reinterpret_cast<std::uintptr_t>(buffer) + size) & ~(kLargePage - 1);
+        if (end > begin)
+            madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+        uLong running = crc32(0, Z_NULL, 0);
+        constexpr std::size_t kSlice = 256 * 1024;
+        for (std::size_t done = 0; done < size;) {
+            const std::size_t want = std::min(kSlice, size - done);
+            if (std::fread(buffer + done, 1, want, file) != want)
+                std::exit(1);
+            const std::size_t from = std::max<std::size_t>(done, 68);
+            if (done + want > from)
+                running = crc32(running, buffer + from, static_cast<uInt>(done + want - from));
+            done += want;
+        }
+        std::fclose(file);
+        crc = static_cast<std::uint32_t>(running);
+        std::free(buffer);
+    });
+    benchmark::DoNotOptimize(crc);
+    return seconds;
+}
+
+// The same without the reader's care: one fread into fresh memory, then the CRC.
+double NaiveReadAndCrcSeconds()
+{
+    std::uint32_t crc = 0;
+    const double seconds = Seconds([&] {
+        std::FILE* file = std::fopen(g_cache.c_str(), "rb");
+        std::fseek(file, 0, SEEK_END);
+        const long size = std::ftell(file);
+        std::fseek(file, 0, SEEK_SET);
+        auto* buffer = static_cast<unsigned char*>(std::malloc(size));
+        if (std::fread(buffer, 1, size, file) != static_cast<std::size_t>(size))
+            std::exit(1);
+        std::fclose(file);
+        crc = static_cast<std::uint32_t>(crc32(crc32(0, Z_NULL, 0), buffer + 68, static_cast<uInt>(size - 68)));
+        std::free(buffer);
+    });
+    benchmark::DoNotOptimize(crc);
+    return seconds;
+}
+
+void BM_OpenXml(benchmark::State& state)
+{
+    for (auto _ : state)
+        state.SetIterationTime(XmlSeconds());
+}
+BENCHMARK(BM_OpenXml)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
+
+void BM_OpenCache(benchmark::State& state)
+{
+    for (auto _ : state)
+        state.SetIterationTime(CacheSeconds());
+}
+BENCHMARK(BM_OpenCache)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_PlainReadAndCrc(benchmark::State& state)
+{
+    for (auto _ : state)
+        state.SetIterationTime(NaiveReadAndCrcSeconds());
+}
+BENCHMARK(BM_PlainReadAndCrc)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_ReadAndCrc(benchmark::State& state)
+{
+    for (auto _ : state)
+        state.SetIterationTime(ReadAndCrcSeconds());
+}
+BENCHMARK(BM_ReadAndCrc)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    const char* tmp = std::getenv("TMPDIR");
+    std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/curatool-bench-cache-XXXXXX";
+    if (!mkdtemp(pattern.data())) {
+        std::perror("mkdtemp");
+        return 1;
+    }
+    g_root = pattern;
+    // The cache goes to the per-user gallery folder: keep it inside the scratch folder.
+    setenv("HOME", g_root.c_str(), 1);
+    std::filesystem::create_directories(g_root + "/Large Gallery");
+    g_xml = g_root + "/Large Gallery/imsmanifest.xml";
+    WriteLargeManifest();
+    {
+        // The first open with the cache allowed parses and writes the cache.
+        CGalleryManifest manifest;
+        if (FAILED(CGalleryManifestIO::Open(manifest, Wide(g_xml).GetString(), nullptr, true))) {
+            std::fprintf(stderr, "writing the cache failed\n");
+            return 1;
+        }
+    }
+    g_cache = Narrow(GetManifestCachePath(Wide(g_xml)).GetPath().GetString());
+    std::printf("activities: %d, XML: %.1f MB, cache: %.1f MB\n", kFolders * kActivitiesPerFolder,
+                std::filesystem::file_size(g_xml) / 1048576.0, std::filesystem::file_size(g_cache) / 1048576.0);
+
+    benchmark::RunSpecifiedBenchmarks();
+
+    // The comparison: best of alternating rounds, so all three see the same machine.
+    double xml = 1e9, cache = 1e9, floor = 1e9, naive = 1e9;
+    for (int i = 0; i < 3; ++i) {
+        xml = std::min(xml, XmlSeconds());
+        cache = std::min(cache, CacheSeconds());
+        floor = std::min(floor, ReadAndCrcSeconds());
+        naive = std::min(naive, NaiveReadAndCrcSeconds());
+    }
+    for (int i = 0; i < 4; ++i) {
+        cache = std::min(cache, CacheSeconds());
+        floor = std::min(floor, ReadAndCrcSeconds());
+        naive = std::min(naive, NaiveReadAndCrcSeconds());
+    }
+    std::printf("open from XML:        %8.1f ms\n", xml * 1e3);
+    std::printf("open from cache:      %8.1f ms\n", cache * 1e3);
+    std::printf("read file + CRC:      %8.1f ms\n", floor * 1e3);
+    std::printf("plain fread + CRC:    %8.1f ms\n", naive * 1e3);
+    std::printf("ratio (XML / cache): %.1f (target >= 20)\n", xml / cache);
+    std::printf("ratio (cache / read+CRC): %.2f (target <= 2)\n", cache / floor);
+    std::printf("ratio (cache / plain fread+CRC): %.2f\n", cache / naive);
+    std::filesystem::remove_all(g_root);
+    return (xml / cache >= 20.0 && cache / floor <= 2.0) ? 0 : 1;
+}
