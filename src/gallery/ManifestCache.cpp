@@ -80,7 +80,6 @@ HRESULT OpenManifestFromCache(CGalleryManifest& manifest, const CAtlString& xmlP
 
 HRESULT WriteManifestCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath)
 {
-    (void)xmlPath;
     if (!cachePath.GetFolder().Create())
         return E_FAIL;
     const HRESULT result = WriteManifestImage(manifest, cachePath);
@@ -90,7 +89,10 @@ HRESULT WriteManifestCache(CGalleryManifest& manifest, const CAtlString& xmlPath
     }
     // Seven seconds ahead of the XML: an XML file written within the same moment as its cache
     // must never make the cache look older.
-    const std::int64_t stamp = manifest.m_fileTime->m_seconds + 7;
+    // The file time comes from the XML file; after a save that is the file just written.
+    std::int64_t xmlTime = manifest.m_fileTime->m_seconds;
+    ReadModificationTime(CZoltaFilePath(xmlPath), xmlTime);
+    const std::int64_t stamp = xmlTime + 7;
     manifest.m_fileTime->m_seconds = stamp;
     if (!SetModificationTime(cachePath, stamp))
         return E_FAIL;
