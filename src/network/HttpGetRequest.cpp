@@ -22,8 +22,11 @@ HttpGetRequest::HttpGetRequest(QIODevice* output, QObject* parent)
 
 HttpGetRequest::~HttpGetRequest()
 {
-    if (m_socket)
+    // A request given up on (the idle limit) ends without a word: nobody listens any more.
+    if (m_socket) {
+        m_socket->disconnect(this);
         m_socket->abort();
+    }
 }
 
 int HttpGetRequest::Start(const Target& target)
