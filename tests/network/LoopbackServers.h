@@ -24,6 +24,8 @@ public:
     bool StartStaticServer(const QString& folder);
     // The misbehaving server of data/scripted_http_server.py; request lines go to `logFile`.
     bool StartScriptedServer(const QString& logFile);
+    // The SOCKS 5 proxy of data/socks5_server.py; authentication attempts go to `logFile`.
+    bool StartSocksServer(const QString& user, const QString& password, const QString& logFile);
     // tinyproxy in the foreground on a free loopback port, asking for Basic credentials.
     bool StartTinyproxy(const QString& folder, const QString& user, const QString& password);
 

@@ -136,3 +136,50 @@ TEST_F(ProxyRoadTest, ACancelledDialogFailsEveryLaterFetchAtOnce)
     EXPECT_EQ(1, prompts);
 }
 
+
+namespace {
+
+// Hands out the right credentials once, counting the calls.
+class SocksConnection : public ConnectionInfoBase
+{
+public:
+    void Cancelled() override {}
+    bool Authenticate(const CAtlString&, int, CAtlString& user, CAtlString& password) override
+    {
+        ++calls;
+        user = CAtlString(L"user");
+        password = CAtlString(L"pass");
+        return calls == 1;
+    }
+    void ReadProgress(int, int) override {}
+    int calls = 0;
+};
+
+}  // namespace
+
+TEST_F(ProxyRoadTest, ASocksProxyRefusingTheCredentialsCountsAsA407)
+{
+    const QString log = QString::fromStdString(curatool::test::MakeScratchDir("socks")) + "/auth.log";
+    ServerProcess socks;
+    ASSERT_TRUE(socks.StartSocksServer("user", "pass", log));
+    const CAtlString url(HttpUrl(s_origin->Port(), "/file.bin"));
+
+    SocksConnection connection;
+    connection.type = ConnectionInfoBase::eProxySocks5;
+    connection.host = CAtlString(L"127.0.0.1");
+    connection.port = socks.Port();
+    connection.user = CAtlString(L"user");
+    connection.password = CAtlString(L"wrong");
+    QtDownloader first;
+    EXPECT_EQ(S_OK, first.Download(url, CZoltaFilePath(m_local.c_str()), &connection));
+    EXPECT_EQ(kContent, curatool::test::ReadFile(m_local));
+    EXPECT_EQ(1, connection.calls);
+    EXPECT_EQ(CAtlString(L"pass"), connection.password);  // what worked is kept for the next file
+    EXPECT_EQ("auth user refused\nauth user ok\n", curatool::test::ReadFile(log.toStdString()));
+
+    // Refused for good: the fetch is aborted.
+    connection.password = CAtlString(L"wrong");
+    QtDownloader second;
+    EXPECT_EQ(E_ABORT, second.Download(url, CZoltaFilePath(m_local.c_str()), &connection));
+    EXPECT_EQ(2, connection.calls);
+}
