@@ -80,11 +80,7 @@ bool ProxyAuth::Prompt(ProxyPromptValues& values, bool hostEditable, QObject* pa
     dialog.SetPort(values.port);
     dialog.SetUser(values.user.ToQString());
     dialog.SetPassword(values.password.ToQString());
-    if (hostEditable) {
-        // The proxy options: everything may change, and the form's own title fits.
-        dialog.SetHostEditable(true);
-        dialog.setWindowTitle(tr("Proxy Authentication"));
-    }
+    dialog.SetHostEditable(hostEditable);  // the proxy options: everything may change
     if (dialog.exec() != QDialog::Accepted)
         return false;
     values.host = CAtlString(dialog.GetHost());

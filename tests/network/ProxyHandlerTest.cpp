@@ -191,7 +191,7 @@ TEST(ProxyHandlerAuthenticate, CommandLineCredentialsAreTriedOnceThenTheDialogDe
     EXPECT_EQ(CAtlString(L"typed"), user);
     EXPECT_EQ(CAtlString(L"right"), password);
     EXPECT_EQ(CAtlString(L"typed"), handler.GetUser());
-    EXPECT_EQ(CAtlString(L"ignored") != handler.GetHost(), true);  // host and port are not taken over
+    EXPECT_NE(CAtlString(L"ignored"), handler.GetHost());  // host and port are not taken over
 }
 
 TEST(ProxyHandlerAuthenticate, WithoutAUserTheFirst407GoesToTheDialogOrFails)
