@@ -1,0 +1,239 @@
+// Scaling of manifest reading and merging. Each case runs at size N and 2N and prints the ratio
+// of the times: about 2 means linear, about 4 would mean quadratic.
+//   open:         parse an imsmanifest.xml whose activities all sit in one category, so that
+//                 every resource is matched against a long waiting list
+//   merge-known:  merge one package into a gallery that already holds all its objects, so that
+//                 every category and activity is looked up by identifier
+//   merge-many:   install N packages one after another into one gallery
+//   find:         look up each of N sibling categories by identifier
+#include "CGalleryActivity.h"
+#include "CGalleryFolder.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+#include "CGalleryMergeIndex.h"
+#include "CGalleryMetadata.h"
+#include "CGalleryOrganization.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+CAtlString W(const std::string& text)
+{
+    return CAtlString(QString::fromStdString(text));
+}
+
+std::wstring Wide(const std::string& text)
+{
+    return std::wstring(text.begin(), text.end());
+}
+
+CGalleryFolder* NewCategory(const std::string& id)
+{
+    CGalleryFolder* folder = nullptr;
+    CGalleryFolder::Create(&folder);
+    folder->m_metadata->SetIdentifier(Wide(id).c_str());
+    folder->m_metadata->m_titles->Add(L"en", Wide("Category " + id).c_str());
+    return folder;
+}
+
+void AddActivity(CGalleryFolder* folder, const std::string& id, const std::string& href)
+{
+    CGalleryActivity* activity = nullptr;
+    CGalleryActivity::Create(&activity);
+    activity->m_metadata->SetIdentifier(Wide(id).c_str());
+    activity->m_metadata->m_titles->Add(L"en", Wide("Activity " + id).c_str());
+    activity->SetHref(Wide(href).c_str());
+    folder->AddActivity(activity);
+}
+
+CGalleryOrganization* AddOrganization(CGalleryManifest& manifest)
+{
+    CGalleryOrganization* organization = nullptr;
+    CGalleryOrganization::Create(&organization);
+    organization->m_metadata->SetIdentifier(L"urn:bench:organization");
+    organization->m_metadata->m_titles->Add(L"en", L"Bench organization");
+    manifest.AddOrganization(organization);
+    return organization;
+}
+
+void Touch(const fs::path& path)
+{
+    std::ofstream(path) << path.filename().string();
+}
+
+// A package folder: one category `category` with `activities` activities, their files included.
+void WritePackage(const fs::path& folder, const std::string& packageId, const std::string& category,
+                  int activities, bool withFiles)
+{
+    fs::create_directories(folder);
+    CGalleryManifest manifest;
+    manifest.m_metadata->SetIdentifier(Wide(packageId).c_str());
+    manifest.m_metadata->SetVersion(L"1.0");
+    CGalleryFolder* root = NewCategory(category);
+    AddOrganization(manifest)->AddItem(root);
+    for (int i = 0; i < activities; ++i) {
+        const std::string href = category + "-" + std::to_string(i) + ".png";
+        AddActivity(root, category + "/activity/" + std::to_string(i), href);
+        if (withFiles)
+            Touch(folder / href);
+    }
+    CGalleryManifestIO::Save(manifest, W((folder / "imsmanifest.xml").string()).GetString(), false);
+}
+
+double Seconds(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Best of a few runs: the least disturbed one.
+double Best(int runs, const std::function<double()>& once)
+{
+    double best = 1e100;
+    for (int i = 0; i < runs; ++i)
+        best = std::min(best, once());
+    return best;
+}
+
+double TimeOpen(const fs::path& root, int activities)
+{
+    const fs::path folder = root / ("open-" + std::to_string(activities));
+    WritePackage(folder, "urn:bench:open", "big", activities, false);
+    return Best(3, [&] {
+        CGalleryManifest manifest;
+        const auto start = Clock::now();
+        const HRESULT result = CGalleryManifestIO::Open(manifest, W(folder.string()).GetString(), nullptr, false);
+        const double elapsed = Seconds(start);
+        if (result != S_OK)
+            std::fprintf(stderr, "open failed: 0x%x\n", static_cast<unsigned>(result));
+        return elapsed;
+    });
+}
+
+double TimeMergeKnown(const fs::path& root, int activities)
+{
+    const fs::path package = root / ("known-" + std::to_string(activities));
+    WritePackage(package, "urn:bench:known", "known", activities, true);
+    return Best(5, [&] {
+        const fs::path gallery = root / "known-gallery";
+        fs::remove_all(gallery);
+        fs::create_directories(gallery);
+        CGalleryManifest installed;
+        CGalleryManifestIO::Open(installed, W(gallery.string()).GetString(), nullptr, false);
+        CGalleryManifest first;
+        CGalleryManifestIO::Open(first, W(package.string()).GetString(), nullptr, false);
+        CGalleryManifestIO::MergeFrom(installed, &first, nullptr);
+        CGalleryManifest second;
+        CGalleryManifestIO::Open(second, W(package.string()).GetString(), nullptr, false);
+        const auto start = Clock::now();
+        const HRESULT result = CGalleryManifestIO::MergeFrom(installed, &second, nullptr);
+        const double elapsed = Seconds(start);
+        if (result != 4)
+            std::fprintf(stderr, "merge failed: 0x%x\n", static_cast<unsigned>(result));
+        CGalleryManifestIO::Close(installed);
+        return elapsed;
+    });
+}
+
+double TimeFind(int count)
+{
+    CGalleryManifest manifest;
+    CGalleryOrganization* organization = AddOrganization(manifest);
+    std::vector<std::wstring> identifiers;
+    for (int i = 0; i < count; ++i) {
+        identifiers.push_back(Wide("urn:bench:category:" + std::to_string(i)));
+        organization->AddItem(NewCategory("urn:bench:category:" + std::to_string(i)));
+    }
+    return Best(5, [&] {
+        CGalleryMergeIndex index;
+        std::size_t found = 0;
+        const auto start = Clock::now();
+        for (const std::wstring& identifier : identifiers)
+            found += index.Find(*organization->m_items, identifier.c_str()) != nullptr;
+        const double elapsed = Seconds(start);
+        if (found != identifiers.size())
+            std::fprintf(stderr, "find missed %zu\n", identifiers.size() - found);
+        return elapsed;
+    });
+}
+
+double TimeMergeMany(const fs::path& root, int packages)
+{
+    std::vector<fs::path> folders;
+    for (int i = 0; i < packages; ++i) {
+        folders.push_back(root / ("many-" + std::to_string(i)));
+        if (!fs::exists(folders.back() / "imsmanifest.xml"))
+            WritePackage(folders.back(), "urn:bench:package:" + std::to_string(i), "cat" + std::to_string(i), 3, true);
+    }
+    return Best(3, [&] {
+        const fs::path gallery = root / "many-gallery";
+        fs::remove_all(gallery);
+        fs::create_directories(gallery);
+        CGalleryManifest installed;
+        CGalleryManifestIO::Open(installed, W(gallery.string()).GetString(), nullptr, false);
+        double merging = 0;
+        for (const fs::path& folder : folders) {
+            CGalleryManifest package;
+            CGalleryManifestIO::Open(package, W(folder.string()).GetString(), nullptr, false);
+            const auto start = Clock::now();
+            const HRESULT result = CGalleryManifestIO::MergeFrom(installed, &package, nullptr);
+            merging += Seconds(start);
+            if (result != S_OK)
+                std::fprintf(stderr, "merge of %s failed: 0x%x\n", folder.string().c_str(),
+                             static_cast<unsigned>(result));
+        }
+        CGalleryManifestIO::Close(installed);
+        return merging;
+    });
+}
+
+void Report(const char* name, int n, double small, double large)
+{
+    std::printf("%-12s N=%-6d %9.4f s   2N=%-6d %9.4f s   ratio %.2f\n", name, n, small, 2 * n, large,
+                large / small);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const int scale = argc > 1 ? std::max(1, std::atoi(argv[1])) : 1;
+    // A memory-backed folder when there is one: disk write-back would drown the merge timings.
+    std::string base = fs::is_directory("/dev/shm") && access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
+    std::string patternText = base + "/bench_manifest.XXXXXX";
+    std::vector<char> pattern(patternText.begin(), patternText.end());
+    pattern.push_back('\0');
+    if (!mkdtemp(pattern.data())) {
+        std::perror("mkdtemp");
+        return 1;
+    }
+    const fs::path root(pattern.data());
+
+    const int openN = 20000 * scale;
+    Report("open", openN, TimeOpen(root, openN), TimeOpen(root, 2 * openN));
+    const int knownN = 5000 * scale;
+    Report("merge-known", knownN, TimeMergeKnown(root, knownN), TimeMergeKnown(root, 2 * knownN));
+    const int findN = 100000 * scale;
+    Report("find", findN, TimeFind(findN), TimeFind(2 * findN));
+    const int manyN = 500 * scale;
+    Report("merge-many", manyN, TimeMergeMany(root, manyN), TimeMergeMany(root, 2 * manyN));
+
+    std::error_code error;
+    fs::remove_all(root, error);
+    return 0;
+}
