@@ -6,6 +6,7 @@
 #include "IZOLTAXMLWriter.h"
 #include "LomMetadata.h"
 #include "TestEnvironment.h"
+#include "ZipHelpers.h"
 
 #include <tinyxml2.h>
 
@@ -289,6 +290,27 @@ TEST(LomMetadataFileTest, BrokenExistingFileFailsAndStaysAsItWas)
     const MetadataPtr metadata = NewMetadata();
     EXPECT_EQ(E_FAIL, SaveMetadataXml(*metadata, CAtlString(QString::fromStdString(folder))));
     EXPECT_EQ("<lom:lom><unclosed>", curatool::test::ReadFile(folder + "/metadata.xml"));
+}
+
+TEST(LomMetadataFileTest, ArchiveEntryIsReadAndAMissingOneFails)
+{
+    const std::string folder = curatool::test::MakeScratchDir("lom-archive");
+    const MetadataPtr metadata = NewMetadata();
+    FillRecord(*metadata);
+    const CAtlString folderPath(QString::fromStdString(folder));
+    ASSERT_EQ(S_OK, SaveMetadataXml(*metadata, folderPath));
+    const CZoltaFilePath archive(CAtlString(QString::fromStdString(folder + "/item.zip")));
+    ASSERT_TRUE(ZipAddFileRelative(CZoltaDirectoryPath(folderPath).GetFile(L"metadata.xml"), archive));
+    const MetadataPtr loaded = NewMetadata();
+    ASSERT_EQ(S_OK, LoadMetadataFromArchive(*loaded, archive.GetPath()));
+    EXPECT_STREQ(L"urn:item:1", loaded->m_identifier);
+    ExpectBlockEq(*metadata->m_keywords, *loaded->m_keywords);
+
+    ASSERT_TRUE(curatool::test::WriteFile(folder + "/other.txt", "x"));
+    const CZoltaFilePath empty(CAtlString(QString::fromStdString(folder + "/empty.zip")));
+    ASSERT_TRUE(ZipAddFileRelative(CZoltaDirectoryPath(folderPath).GetFile(L"other.txt"), empty));
+    EXPECT_EQ(E_FAIL, LoadMetadataFromArchive(*loaded, empty.GetPath()));
+    EXPECT_EQ(E_FAIL, LoadMetadataFromBuffer(*loaded, "<lom:lom><open>", 15));
 }
 
 TEST(LomMetadataVisibilityTest, HideListOutranksShowList)
