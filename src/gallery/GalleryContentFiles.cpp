@@ -122,13 +122,13 @@ HRESULT CopyContentFile(const wchar_t* href, const CZoltaDirectoryPath& from, co
     if (source.IsSameFile(target)) {
         return S_OK;
     }
-    const CZoltaDirectoryPath targetFolder = target.GetFolder();
-    if (!targetFolder.Exists() && !targetFolder.Create()) {
+    const fs::path targetPath = ToFsPath(target.GetPath());
+    // A linked sub-folder could lead the copy, or the folders made for it, out of the gallery.
+    if (!StaysInside(targetPath.parent_path(), ToFsPath(to.GetPath()))) {
         return E_FAIL;
     }
-    const fs::path targetPath = ToFsPath(target.GetPath());
-    // A linked sub-folder could lead the copy out of the gallery.
-    if (!StaysInside(targetPath.parent_path(), ToFsPath(to.GetPath()))) {
+    const CZoltaDirectoryPath targetFolder = target.GetFolder();
+    if (!targetFolder.Exists() && !targetFolder.Create()) {
         return E_FAIL;
     }
     std::error_code error;

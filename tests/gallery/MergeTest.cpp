@@ -216,6 +216,12 @@ TEST_F(MergeTest, LinkedSubFolderCannotCarryACopyOutside)
     const std::string package = WritePackage("pkg-link", kAnimals);
     EXPECT_EQ(E_FAIL, Install(package));
     EXPECT_FALSE(Exists(outside + "/cat.png"));
+
+    // Nor can it make folders out there on the way to a deeper name.
+    PackageSpec deep = kMaps;
+    deep.activities = {{L"urn:a:deep", L"sub/made/here.png"}};
+    EXPECT_EQ(E_FAIL, Install(WritePackage("pkg-deep", deep)));
+    EXPECT_FALSE(std::filesystem::exists(outside + "/made"));
 }
 
 TEST_F(MergeTest, IndexStaysRightWhenTheTreeIsEditedBetweenMerges)
