@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
+#include <vector>
 
 namespace {
 
@@ -61,13 +63,11 @@ void Touch(CGalleryFolder* folder)
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void OpenAndWalk(const std::uint8_t* data, std::size_t size)
 {
     CGalleryManifest manifest;
     if (FAILED(ReadManifestImageFromMemory(manifest, data, size, L"fuzz.cache")))
-        return 0;
+        return;
     Touch(manifest.GetPath());
     Touch(manifest.m_metadata);
     Touch(manifest.m_stringVersions);
@@ -85,6 +85,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (manifest.m_organizations->m_count > 0) {
         CGalleryOrganization* organization = manifest.m_organizations->RemoveAt(0);
         CGalleryOrganization::Destroy(organization);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    OpenAndWalk(data, size);
+    // Most mutations break the CRC: try each input once more with a correct one, so that the
+    // offsets themselves meet the fix-up walk.
+    if (size >= 68) {
+        std::vector<std::uint8_t> sealed(data, data + size);
+        const std::uint32_t crc = ComputeManifestImageCrc(sealed.data(), sealed.size());
+        std::memcpy(sealed.data() + 64, &crc, sizeof(crc));
+        OpenAndWalk(sealed.data(), sealed.size());
     }
     return 0;
 }
