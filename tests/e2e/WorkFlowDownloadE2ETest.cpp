@@ -1,0 +1,228 @@
+// --downloadall and --downloadsome: a local copy of a server's gallery data that later serves
+// as -source, the tidy-up of the copy, and the refusals of both modes.
+#include "E2EGallery.h"
+#include "LoopbackServers.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace curatool::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+class DownloadFromHttp : public E2EGallery
+{
+protected:
+    void SetUp() override
+    {
+        E2EGallery::SetUp();
+        ASSERT_TRUE(m_server.StartStaticServer(QString::fromStdString(m_source)));
+        m_url = HttpUrl(m_server.Port(), QString()).toStdString();
+        SetDefaultSource(m_url);
+        m_copy = m_base + "/copy";
+    }
+
+    RunResult Download(const char* action, std::vector<std::string> extra = {})
+    {
+        std::vector<std::string> arguments{action, "-configuration", m_collection, "-destination", m_copy};
+        arguments.insert(arguments.end(), extra.begin(), extra.end());
+        return Curatool(arguments);
+    }
+
+    std::string CheckedThenDone() const
+    {
+        return "Checking connection to: " + m_url + "\nCheck succeeded.\nDone.\n";
+    }
+
+    bool HasPackagesOf(const std::string& alias) const
+    {
+        for (const SampleCategory::Package& package : Category(alias).packages)
+            if (ReadFile(m_copy + "/" + package.file) != ReadFile(m_source + "/" + package.file))
+                return false;
+        return true;
+    }
+
+    bool LacksPackagesOf(const std::string& alias) const
+    {
+        for (const SampleCategory::Package& package : Category(alias).packages)
+            if (Exists(m_copy + "/" + package.file))
+                return false;
+        return true;
+    }
+
+    // A source tree: the categories document at the top, no install records, nothing unpacked.
+    void ExpectTidySource()
+    {
+        EXPECT_EQ(ReadFile(m_source + "/gallery_categories.xml"), ReadFile(m_copy + "/gallery_categories.xml"));
+        EXPECT_FALSE(Exists(m_copy + "/Uninstall"));
+        EXPECT_FALSE(Exists(m_copy + "/imsmanifest.xml"));
+        EXPECT_FALSE(Exists(m_copy + "/dog.png"));
+    }
+
+    ServerProcess m_server;
+    std::string m_url;
+    std::string m_copy;
+};
+
+}  // namespace
+
+TEST_F(DownloadFromHttp, DownloadAllMakesASourceThatInstallsLikeTheServer)
+{
+    const RunResult r = Download("--downloadall");
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ(CheckedThenDone(), r.out);
+    EXPECT_EQ("", r.err);
+    for (const SampleCategory& category : SampleCategories())
+        EXPECT_TRUE(HasPackagesOf(category.alias)) << category.alias;
+    ExpectTidySource();
+    EXPECT_FALSE(IsRegistered()) << "a download leaves the settings alone";
+
+    const RunResult install =
+        Curatool({"--installall", "-configuration", m_collection, "-source", m_copy, "-destination", m_gallery});
+    EXPECT_EQ(0, install.exitCode);
+    EXPECT_EQ("Done.\n", install.out);
+    EXPECT_EQ("", install.err);
+    for (const SampleCategory& category : SampleCategories())
+        EXPECT_TRUE(HasCategory(m_gallery, category.alias)) << category.alias;
+}
+
+TEST_F(DownloadFromHttp, DownloadSomeTakesKnownAliasesAndComplainsInLowerCase)
+{
+    RunResult r = Download("--downloadsome", {"-c", "maps", "-c", "x", "-c", "Sounds"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ(CheckedThenDone(), r.out);
+    EXPECT_EQ("alias not found: x\nalias not found: Sounds\n", r.err);
+    EXPECT_TRUE(HasPackagesOf("maps"));
+    EXPECT_TRUE(LacksPackagesOf("animals"));
+    EXPECT_TRUE(LacksPackagesOf("sounds"));
+    ExpectTidySource();
+
+    // The partial copy installs what it holds.
+    r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_copy, "-destination", m_gallery, "-c",
+                  "maps"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
+}
+
+TEST_F(DownloadFromHttp, DownloadSomeOfUnknownAliasesFetchesTheDocumentOnly)
+{
+    const RunResult r = Download("--downloadsome", {"-c", "nonexistent"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ(CheckedThenDone(), r.out);
+    EXPECT_EQ("alias not found: nonexistent\n", r.err);
+    for (const SampleCategory& category : SampleCategories())
+        EXPECT_TRUE(LacksPackagesOf(category.alias)) << category.alias;
+    ExpectTidySource();
+}
+
+TEST_F(DownloadFromHttp, AGivenUrlIsNotCheckedAndTheGallerysOwnSourceServes)
+{
+    // The given URL is no folder with the data, so the gallery's default source stands.
+    const std::string elsewhere = HttpUrl(FreeLoopbackPort(), QStringLiteral("/elsewhere")).toStdString();
+    const RunResult r = Download("--downloadall", {"-source", elsewhere});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("Done.\n", r.out);
+    EXPECT_EQ("", r.err);
+    for (const SampleCategory& category : SampleCategories())
+        EXPECT_TRUE(HasPackagesOf(category.alias)) << category.alias;
+    ExpectTidySource();
+}
+
+TEST_F(DownloadFromHttp, ANewDownloadReplacesTheCopysCategoriesDocument)
+{
+    ASSERT_EQ(0, Download("--downloadall").exitCode);
+    WriteSource(m_source, {{"sounds", "1.1"}});
+
+    const RunResult r = Download("--downloadall", {"-verbose"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    EXPECT_TRUE(StartsWith(r.out, "Checking connection to: " + m_url + "\nCheck succeeded.\n")) << r.out;
+    EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
+    EXPECT_NE(std::string::npos, r.out.find(ProgressLine("Downloading: ", 100, "Sounds", "bell.zip") + "\n")) << r.out;
+    // A fetched file counts as done like an installed one, though nothing is unpacked.
+    EXPECT_NE(std::string::npos, r.out.find(ProgressLine("Installing: ", 100, "Sounds", "bell.zip") + "\n")) << r.out;
+    EXPECT_TRUE(HasPackagesOf("sounds"));
+    ExpectTidySource();
+}
+
+// ---- Refusals of both download modes ----
+
+namespace {
+
+class DownloadRefusals : public DownloadFromHttp, public ::testing::WithParamInterface<const char*>
+{
+protected:
+    RunResult Run(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), {GetParam(), "-c", "maps"});
+        return Curatool(arguments);
+    }
+
+    void ExpectRefused(const RunResult& r, const std::string& err)
+    {
+        EXPECT_EQ(1, r.exitCode);
+        EXPECT_EQ("", r.out);
+        EXPECT_EQ(err, r.err);
+        EXPECT_FALSE(Exists(m_copy + "/map.zip"));
+    }
+};
+
+}  // namespace
+
+TEST_P(DownloadRefusals, WithoutConfiguration)
+{
+    ExpectRefused(Run({"-destination", m_copy}), "Could not load the configuration.\n");
+    ExpectRefused(Run({"-destination", m_copy, "-configuration", m_base + "/nothing"}),
+                  "Could not load the configuration.\n");
+}
+
+TEST_P(DownloadRefusals, WithoutDestination)
+{
+    ExpectRefused(Run({"-configuration", m_collection}), "-destination not specified\n");
+}
+
+TEST_P(DownloadRefusals, WhenTheDestinationCannotBeMadeOrWritten)
+{
+    ASSERT_TRUE(WriteFile(m_base + "/file", "in the way"));
+    m_copy = m_base + "/file/copy";
+    ExpectRefused(Run({"-configuration", m_collection, "-destination", m_copy}),
+                  "Could not create destination directory " + m_copy + "\n");
+
+    m_copy = "/proc";
+    ExpectRefused(Run({"-configuration", m_collection, "-destination", m_copy}), NotWritable(m_copy));
+}
+
+TEST_P(DownloadRefusals, FromALocalPath)
+{
+    ExpectRefused(Run({"-configuration", m_collection, "-destination", m_copy, "-source", m_source}),
+                  "-source is local path\n");
+}
+
+TEST_P(DownloadRefusals, WhenTheServerCannotBeReached)
+{
+    const std::string dead = HttpUrl(FreeLoopbackPort(), QStringLiteral("/gallery")).toStdString();
+    SetDefaultSource(dead);
+    const RunResult r = Run({"-configuration", m_collection, "-destination", m_copy});
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_TRUE(StartsWith(r.out, "Checking connection to: " + dead + "\n")) << r.out;
+    EXPECT_EQ(std::string::npos, r.out.find("Done.")) << r.out;
+    EXPECT_EQ(DownloadFailure(dead), r.err);
+    EXPECT_FALSE(Exists(m_copy + "/map.zip"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, DownloadRefusals, ::testing::Values("--downloadall", "--downloadsome"),
+                         [](const ::testing::TestParamInfo<const char*>& info) { return std::string(info.param + 2); });
+
+TEST_F(DownloadFromHttp, DownloadSomeWithoutAliasesHasNothingToDownload)
+{
+    // With a URL given there is no connection check before the aliases are looked at.
+    const RunResult r = Download("--downloadsome", {"-source", m_url});
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_EQ("nothing to download\n", r.out);
+    EXPECT_EQ("", r.err);
+    EXPECT_FALSE(Exists(m_copy + "/gallery_categories.xml"));
+}

@@ -1,0 +1,212 @@
+// Installs from a loopback HTTP server: the connection check, an unreachable server, a URL given
+// as -source, and the road through a proxy that wants Basic credentials.
+#include "E2EGallery.h"
+#include "LoopbackServers.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+using namespace curatool::test;
+
+namespace {
+
+const char kProxyUser[] = "curator";
+const char kProxyPassword[] = "s3cret";
+
+class InstallOverHttp : public E2EGallery
+{
+protected:
+    void SetUp() override
+    {
+        E2EGallery::SetUp();
+        ASSERT_TRUE(m_server.StartStaticServer(QString::fromStdString(m_source)));
+        m_url = HttpUrl(m_server.Port(), QString()).toStdString();
+        SetDefaultSource(m_url);
+    }
+
+    RunResult InstallWithDownload(std::vector<std::string> extra = {})
+    {
+        std::vector<std::string> arguments{"--installall", "-allowdownload", "-configuration", m_collection,
+                                           "-destination", m_gallery};
+        arguments.insert(arguments.end(), extra.begin(), extra.end());
+        return Curatool(arguments);
+    }
+
+    std::string CheckedThenDone() const
+    {
+        return "Checking connection to: " + m_url + "\nCheck succeeded.\nDone.\n";
+    }
+
+    void ExpectEverythingInstalled()
+    {
+        for (const SampleCategory& category : SampleCategories())
+            EXPECT_TRUE(HasCategory(m_gallery, category.alias)) << category.alias;
+    }
+
+    // The check failed: its first line, maybe the downloader's own word, and code 7.
+    void ExpectCheckFailed(const RunResult& r, const std::string& url)
+    {
+        EXPECT_EQ(1, r.exitCode);
+        EXPECT_TRUE(StartsWith(r.out, "Checking connection to: " + url + "\n")) << r.out;
+        EXPECT_EQ(std::string::npos, r.out.find("Check succeeded.")) << r.out;
+        EXPECT_EQ(std::string::npos, r.out.find("Done.")) << r.out;
+        EXPECT_EQ(DownloadFailure(url), r.err);
+        EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
+    }
+
+    ServerProcess m_server;
+    std::string m_url;
+};
+
+}  // namespace
+
+TEST_F(InstallOverHttp, AllowDownloadChecksTheDefaultSourceThenInstallsFromIt)
+{
+    const RunResult r = InstallWithDownload();
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ(CheckedThenDone(), r.out);
+    EXPECT_EQ("", r.err);
+    ExpectEverythingInstalled();
+    // A check that worked keeps the proxy settings it used: none, on the default port.
+    EXPECT_EQ("", StoredProxyValue("HttpProxyHost"));
+    EXPECT_EQ("8080", StoredProxyValue("HttpProxyPort"));
+
+    m_gallery = m_base + "/some";
+    const RunResult some = Curatool({"--installsome", "-allowdownload", "-configuration", m_collection,
+                                     "-destination", m_gallery, "-c", "maps", "-c", "nope"});
+    EXPECT_EQ(0, some.exitCode);
+    EXPECT_EQ(CheckedThenDone(), some.out);
+    EXPECT_EQ("Alias not found: nope\n", some.err);
+    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
+    EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
+}
+
+TEST_F(InstallOverHttp, VerboseShowsEachFileFetchedThenInstalled)
+{
+    const RunResult r = InstallWithDownload({"-verbose"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    // Over HTTP every package counts twice: once when asked for, once when it has come.
+    std::vector<std::string> wanted{"Checking connection to: " + m_url, "Check succeeded.",
+                                    "Downloading:  \t[0%] gallery_categories.xml"};
+    int step = 0;
+    for (const SampleCategory& category : SampleCategories()) {
+        for (const SampleCategory::Package& package : category.packages) {
+            wanted.push_back(ProgressLine("Downloading: ", ++step * 10, category.title, package.file));
+            wanted.push_back(ProgressLine("Downloading: ", ++step * 10, category.title, package.file));
+            wanted.push_back(ProgressLine("Installing: ", step * 10, category.title, package.file));
+        }
+    }
+    wanted.push_back("Done.");
+    EXPECT_TRUE(HasInOrder(Lines(r.out), wanted)) << r.out;
+    EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
+    ExpectEverythingInstalled();
+}
+
+TEST_F(InstallOverHttp, AnUnreachableServerEndsTheRunWithItsUrl)
+{
+    const std::string dead = HttpUrl(FreeLoopbackPort(), QStringLiteral("/gallery")).toStdString();
+    SetDefaultSource(dead);
+    ExpectCheckFailed(InstallWithDownload(), dead);
+    ExpectCheckFailed(Curatool({"--installsome", "-allowdownload", "-configuration", m_collection, "-destination",
+                                m_gallery, "-c", "maps"}),
+                      dead);
+}
+
+TEST_F(InstallOverHttp, AUrlAsSourceIsNoSourceWithoutAllowDownload)
+{
+    // The URL is looked for as a folder, then the collection's folder: neither holds the data.
+    RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_url, "-destination", m_gallery});
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ("Gallery files not found on the source path, download is not allowed.\n", r.err);
+    EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
+
+    r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_url, "-destination", m_gallery, "-c",
+                  "maps"});
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ("-source not specified, -allowdownload not set\n", r.err);
+    EXPECT_TRUE(LacksCategory(m_gallery, "maps"));
+}
+
+// ---- Through tinyproxy with Basic authentication ----
+
+namespace {
+
+class InstallThroughProxy : public InstallOverHttp
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_proxy = new ServerProcess;
+        if (!s_proxy->StartTinyproxy(QString::fromStdString(MakeScratchDir("tinyproxy")), kProxyUser, kProxyPassword)) {
+            delete s_proxy;
+            s_proxy = nullptr;
+        }
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_proxy;
+        s_proxy = nullptr;
+    }
+    void SetUp() override
+    {
+        ASSERT_TRUE(s_proxy && s_proxy->IsRunning()) << "tinyproxy did not start";
+        InstallOverHttp::SetUp();
+    }
+
+    static int ProxyPort() { return s_proxy->Port(); }
+
+    static ServerProcess* s_proxy;
+};
+
+ServerProcess* InstallThroughProxy::s_proxy = nullptr;
+
+}  // namespace
+
+TEST_F(InstallThroughProxy, StoredProxyWithTheRightCredentialsPasses)
+{
+    StoreProxy("127.0.0.1", ProxyPort());
+    const RunResult r = InstallWithDownload({"-username", kProxyUser, "-password", kProxyPassword});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ(CheckedThenDone(), r.out);
+    EXPECT_EQ("", r.err);
+    ExpectEverythingInstalled();
+    EXPECT_EQ("127.0.0.1", StoredProxyValue("HttpProxyHost"));
+    EXPECT_EQ(std::to_string(ProxyPort()), StoredProxyValue("HttpProxyPort"));
+}
+
+TEST_F(InstallThroughProxy, StoredProxyRefusesWrongOrMissingCredentials)
+{
+    StoreProxy("127.0.0.1", ProxyPort());
+    ExpectCheckFailed(InstallWithDownload({"-username", kProxyUser, "-password", "wrong"}), m_url);
+    ExpectCheckFailed(InstallWithDownload(), m_url);
+}
+
+TEST_F(InstallThroughProxy, OverrideTakesTheWholeProxyTextAsHostWithoutPort)
+{
+    // host:port as one host name and port 0: the proxy cannot be reached that way.
+    StoreProxy("127.0.0.1", ProxyPort());
+    const std::string proxy = "127.0.0.1:" + std::to_string(ProxyPort());
+    ExpectCheckFailed(InstallWithDownload({"-overrideproxy", "-proxy", proxy, "-username", kProxyUser, "-password",
+                                           kProxyPassword}),
+                      m_url);
+    EXPECT_EQ(std::to_string(ProxyPort()), StoredProxyValue("HttpProxyPort")) << "a failed check keeps the store";
+}
+
+TEST_F(InstallThroughProxy, OverrideWithoutProxyGoesDirectAndKeepsThat)
+{
+    // A stored proxy that nobody runs blocks the plain run.
+    StoreProxy("127.0.0.1", FreeLoopbackPort());
+    ExpectCheckFailed(InstallWithDownload(), m_url);
+
+    const RunResult r = InstallWithDownload({"-overrideproxy"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ(CheckedThenDone(), r.out);
+    EXPECT_EQ("", r.err);
+    ExpectEverythingInstalled();
+    // What worked is kept: no host, and the port that was never loaded.
+    EXPECT_EQ("", StoredProxyValue("HttpProxyHost"));
+    EXPECT_EQ("0", StoredProxyValue("HttpProxyPort"));
+}
