@@ -1,0 +1,397 @@
+// The bundled sample (samples/collection with its data in samples/source) installed through the
+// controller as the console install does it. Expectations are read from the sample itself: the
+// categories document, the packages (opened with the manifest reader) and the string catalogues.
+
+#include "CConfiguration.h"
+#include "CGalleryData.h"
+#include "CGalleryFolder.h"
+#include "CGalleryI18N.h"
+#include "CGalleryInstallation.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+#include "CGalleryMetadata.h"
+#include "CInstallationController.h"
+#include "GalleryContentFiles.h"
+#include "InstalledXmlWriter.h"
+#include "ProgressRecorder.h"
+#include "TestEnvironment.h"
+
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <gtest/gtest.h>
+#include <tinyxml2.h>
+
+#include <filesystem>
+#include <map>
+#include <set>
+
+using namespace curatool::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kSampleCollection = std::string(CURATOOL_SOURCE_DIR) + "/samples/collection";
+const std::string kSampleSource = std::string(CURATOOL_SOURCE_DIR) + "/samples/source";
+
+std::string Utf8(const wchar_t* text)
+{
+    return text ? CAtlString(text).ToQString().toStdString() : std::string();
+}
+
+std::string Utf8(const CAtlString& text)
+{
+    return text.ToQString().toStdString();
+}
+
+bool Contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+// The title of one language exactly as stored, empty when the block has none.
+std::string TitleIn(const LanguageStringBlock* titles, const std::string& language)
+{
+    if (!titles)
+        return std::string();
+    const CAtlString key = CAtlString::FromUtf8(language.c_str());
+    const int index = titles->FindLanguage(key, 3);
+    return index < 0 ? std::string() : Utf8(titles->GetValue(index));
+}
+
+struct ObjectInfo
+{
+    bool isActivity = false;
+    std::string href;
+    std::map<std::string, std::string> titles;  // only the languages asked for
+};
+
+// Every category and activity of a manifest, by stable identifier.
+std::map<std::string, ObjectInfo> CollectObjects(const CGalleryManifest& manifest,
+                                                 const std::set<std::string>& languages)
+{
+    std::map<std::string, ObjectInfo> objects;
+    auto describe = [&](const CGalleryObject& object, ObjectInfo info) {
+        for (const std::string& language : languages)
+            info.titles[language] = TitleIn(object.m_metadata->m_titles, language);
+        objects[Utf8(object.m_metadata->m_identifier)] = info;
+    };
+    std::function<void(const CGalleryFolder&)> walk = [&](const CGalleryFolder& folder) {
+        describe(folder, ObjectInfo());
+        for (std::uint32_t i = 0; i < folder.m_activities->GetCount(); ++i)
+        {
+            const CGalleryActivity& activity = *folder.m_activities->GetAt(i);
+            describe(activity, ObjectInfo{true, Utf8(activity.m_href), {}});
+        }
+        for (std::uint32_t i = 0; i < folder.m_children->GetCount(); ++i)
+            walk(*folder.m_children->GetAt(i));
+    };
+    const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
+    for (std::uint32_t o = 0; o < organizations.GetCount(); ++o)
+    {
+        const CGalleryFolderList& roots = *organizations.GetAt(o)->m_items;
+        for (std::uint32_t i = 0; i < roots.GetCount(); ++i)
+            walk(*roots.GetAt(i));
+    }
+    return objects;
+}
+
+struct SamplePackage
+{
+    std::string file;                              // relative to the source
+    std::string id;                                // the manifest's identifier
+    std::map<std::string, ObjectInfo> objects;     // its categories and activities
+    std::map<std::string, std::string> contents;   // href -> bytes
+    std::set<std::string> rootCategories;
+};
+
+struct SampleCategory
+{
+    std::string id;
+    std::string version;
+    std::vector<SamplePackage> packages;
+    // language -> (object identifier -> translated title)
+    std::map<std::string, std::map<std::string, std::string>> translations;
+};
+
+// What the sample source offers, read through the document and the program's own readers.
+struct SampleSource
+{
+    std::vector<SampleCategory> categories;
+    std::set<std::string> languages{"en"};
+
+    explicit SampleSource(const std::string& root)
+    {
+        tinyxml2::XMLDocument document;
+        EXPECT_EQ(tinyxml2::XML_SUCCESS, document.LoadFile((root + "/gallery_categories.xml").c_str()));
+        const tinyxml2::XMLElement* list =
+            document.RootElement() ? document.RootElement()->FirstChildElement("categories") : nullptr;
+        if (!list)
+        {
+            ADD_FAILURE() << "no categories element";
+            return;
+        }
+        for (const tinyxml2::XMLElement* element = list->FirstChildElement(); element;
+             element = element->NextSiblingElement())
+        {
+            SampleCategory category{element->Attribute("id"), element->Attribute("version"), {}, {}};
+            for (const tinyxml2::XMLElement* file = element->FirstChildElement("files")->FirstChildElement(); file;
+                 file = file->NextSiblingElement())
+            {
+                category.packages.push_back(ReadPackage(root, file->GetText()));
+                EXPECT_STREQ(category.packages.back().id.c_str(), file->Attribute("id"))
+                    << "a file's id ties it to the installed manifest";
+            }
+            if (const tinyxml2::XMLElement* strings = element->FirstChildElement("strings"))
+                for (const tinyxml2::XMLElement* string = strings->FirstChildElement(); string;
+                     string = string->NextSiblingElement())
+                    ReadCatalogue(root + "/" + string->GetText(), category);
+            categories.push_back(std::move(category));
+        }
+    }
+
+    const SampleCategory* Find(const std::string& id) const
+    {
+        for (const SampleCategory& category : categories)
+            if (category.id == id)
+                return &category;
+        return nullptr;
+    }
+
+private:
+    SamplePackage ReadPackage(const std::string& root, const std::string& file)
+    {
+        SamplePackage package{file, {}, {}, {}, {}};
+        CGalleryManifest manifest;
+        EXPECT_EQ(S_OK, CGalleryManifestIO::Open(manifest, CAtlString::FromUtf8((root + "/" + file).c_str()),
+                                                 nullptr, false))
+            << file;
+        package.id = Utf8(manifest.m_metadata->m_identifier);
+        package.objects = CollectObjects(manifest, {"en"});
+        const std::string folder = Utf8(CGalleryManifestIO::GetFolder(manifest).GetPath());
+        for (const auto& [id, object] : package.objects)
+            if (object.isActivity)
+                package.contents[object.href] = ReadFile(folder + "/" + object.href);
+        const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
+        for (std::uint32_t o = 0; o < organizations.GetCount(); ++o)
+            for (std::uint32_t i = 0; i < organizations.GetAt(o)->m_items->GetCount(); ++i)
+                package.rootCategories.insert(
+                    Utf8(organizations.GetAt(o)->m_items->GetAt(i)->m_metadata->m_identifier));
+        CGalleryManifestIO::Close(manifest);
+        EXPECT_FALSE(package.contents.empty()) << file;
+        return package;
+    }
+
+    void ReadCatalogue(const std::string& path, SampleCategory& category)
+    {
+        CGalleryI18N catalogue;
+        ASSERT_EQ(S_OK, catalogue.Load(CAtlString::FromUtf8(path.c_str()))) << path;
+        const std::string language = Utf8(catalogue.GetLanguage());
+        languages.insert(language);
+        for (const auto& manifest : catalogue.GetManifests())
+            for (const auto& item : manifest->m_items)
+                if (!item->m_titles.empty())
+                    category.translations[language][Utf8(item->m_id)] = Utf8(item->m_titles.front());
+    }
+};
+
+// Every regular file below `root` with its bytes, by relative path.
+std::map<std::string, std::string> Snapshot(const std::string& root)
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        if (entry.is_regular_file())
+            files[fs::relative(entry.path(), root).string()] = ReadFile(entry.path().string());
+    return files;
+}
+
+// The sample collection loaded as `-configuration samples/collection` does, a copy of the sample
+// source, and a controller aimed at an empty gallery folder.
+struct SampleFixture : ::testing::Test
+{
+    std::string source = MakeScratchDir("sample-source");
+    std::string gallery = MakeScratchDir("sample-gallery");
+    std::shared_ptr<CConfiguration> configuration = std::make_shared<CConfiguration>();
+    std::unique_ptr<CInstallationController> controller;
+    InstalledXmlWriter writer;
+    ProgressRecorder progress;
+
+    void SetUp() override
+    {
+        fs::copy(kSampleSource, source, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+        ASSERT_TRUE(configuration->OpenCollectionDirectory(CAtlString::FromUtf8(kSampleCollection.c_str())));
+        configuration->SetInstallDirectory(CZoltaDirectoryPath(CAtlString::FromUtf8(gallery.c_str())));
+        controller = std::make_unique<CInstallationController>(configuration);
+        writer.SetConfiguration(configuration);
+        controller->AddObserver(&writer);
+        ASSERT_TRUE(controller->FindSource(CAtlString::FromUtf8(source.c_str())))
+            << "gallery_categories.xml must name the collection's gallery";
+    }
+
+    std::map<std::string, ObjectInfo> InstalledObjects(const std::set<std::string>& languages)
+    {
+        CGalleryManifest manifest;
+        EXPECT_EQ(S_OK, CGalleryManifestIO::Open(
+                            manifest, CAtlString::FromUtf8((gallery + "/imsmanifest.xml").c_str()), nullptr, false));
+        auto objects = CollectObjects(manifest, languages);
+        CGalleryManifestIO::Close(manifest);
+        return objects;
+    }
+
+    std::string UpdateInfo() const { return ReadFile(gallery + "/Uninstall/updateinfo.xml"); }
+};
+
+}  // namespace
+
+TEST_F(SampleFixture, EveryCategoryOfTheCollectionIsOfferedByTheSource)
+{
+    const SampleSource sample(source);
+    const auto& shortIds = configuration->GetGallery()->GetCategories();
+    ASSERT_FALSE(shortIds.empty());
+    EXPECT_EQ(shortIds.size(), sample.categories.size());
+    for (const auto& [shortId, guid] : shortIds)
+    {
+        const SampleCategory* category = sample.Find(Utf8(guid));
+        ASSERT_NE(nullptr, category) << Utf8(shortId) << " has no category in the source";
+        EXPECT_FALSE(category->packages.empty()) << Utf8(shortId);
+        EXPECT_FALSE(category->translations.empty()) << Utf8(shortId) << " has no string package";
+    }
+    EXPECT_TRUE(sample.languages.count("de")) << "a German catalogue belongs to the sample";
+}
+
+TEST_F(SampleFixture, InstallAllInstallsContentManifestAndTranslations)
+{
+    const SampleSource sample(source);
+    ASSERT_TRUE(controller->InstallAll(&progress));
+    EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
+    EXPECT_EQ(Snapshot(kSampleSource), Snapshot(source)) << "the source is only read";
+
+    // One record per category in updateinfo.xml.
+    const std::string info = UpdateInfo();
+    for (const SampleCategory& category : sample.categories)
+        EXPECT_TRUE(Contains(info, "<category id=\"" + category.id + "\" version=\"" + category.version + "\"/>"))
+            << info;
+
+    // Every activity of every package is in the merged manifest and its file is the package's.
+    const auto installed = InstalledObjects(sample.languages);
+    const std::string merged = ReadFile(gallery + "/imsmanifest.xml");
+    std::size_t activities = 0;
+    for (const SampleCategory& category : sample.categories)
+        for (const SamplePackage& package : category.packages)
+        {
+            for (const auto& [id, object] : package.objects)
+            {
+                const auto found = installed.find(id);
+                ASSERT_NE(installed.end(), found) << id << " of " << package.file;
+                EXPECT_EQ(object.isActivity, found->second.isActivity) << id;
+                EXPECT_EQ(object.titles.at("en"), found->second.titles.at("en")) << id;
+                activities += object.isActivity;
+            }
+            for (const auto& [href, bytes] : package.contents)
+                EXPECT_EQ(bytes, ReadFile(gallery + "/" + href)) << href;
+            EXPECT_TRUE(Exists(Utf8(CGalleryManifestIO::GetInstallRecordPath(
+                                        CZoltaDirectoryPath(CAtlString::FromUtf8((gallery + "/Uninstall").c_str())),
+                                        CAtlString::FromUtf8(package.id.c_str()))
+                                        .GetPath())))
+                << package.file;
+        }
+    std::size_t installedActivities = 0;
+    for (const auto& [id, object] : installed)
+        installedActivities += object.isActivity;
+    EXPECT_EQ(activities, installedActivities);
+
+    // Packages that share a root category merge into one.
+    std::set<std::string> roots;
+    for (const SampleCategory& category : sample.categories)
+        for (const SamplePackage& package : category.packages)
+            roots.insert(package.rootCategories.begin(), package.rootCategories.end());
+    for (const std::string& root : roots)
+        EXPECT_EQ(1u, installed.count(root)) << root;
+
+    // The string packages were applied: every translated title is in the merged manifest, in its
+    // language, and its UTF-8 bytes survived.
+    std::size_t translated = 0;
+    for (const SampleCategory& category : sample.categories)
+        for (const auto& [language, titles] : category.translations)
+            for (const auto& [id, title] : titles)
+            {
+                const auto found = installed.find(id);
+                ASSERT_NE(installed.end(), found) << id;
+                EXPECT_EQ(title, found->second.titles.at(language)) << id << " in " << language;
+                EXPECT_TRUE(Contains(merged, ">" + title + "<")) << title;
+                ++translated;
+            }
+    EXPECT_GT(translated, 0u);
+}
+
+TEST_F(SampleFixture, AFreshInstallIsCurrentIncludingItsStringVersions)
+{
+    ASSERT_TRUE(controller->InstallAll(&progress));
+    ASSERT_TRUE(controller->Open(&progress));
+    const CGalleryInstallation* installation = controller->GetInstallation();
+    ASSERT_NE(nullptr, installation);
+    for (int i = 0; i < installation->CategoryCount(); ++i)
+    {
+        const CGalleryCategory* category = installation->Category(i);
+        EXPECT_TRUE(category->IsInstalled()) << Utf8(category->GetId());
+        EXPECT_FALSE(category->IsUpdateAvailable()) << Utf8(category->GetId()) << ": a catalogue not recorded?";
+    }
+    controller->SelectUpdates();
+    EXPECT_FALSE(controller->HasChanges());
+}
+
+TEST_F(SampleFixture, InstallSomeByShortIdTakesOnlyThatCategory)
+{
+    const SampleSource sample(source);
+    const auto& shortIds = configuration->GetGallery()->GetCategories();
+    const auto maps = shortIds.find(CAtlString(L"maps"));
+    ASSERT_NE(shortIds.end(), maps);
+    ASSERT_TRUE(controller->InstallSome({maps->second}, &progress));
+
+    for (const SampleCategory& category : sample.categories)
+        for (const SamplePackage& package : category.packages)
+            for (const auto& [href, bytes] : package.contents)
+                EXPECT_EQ(category.id == Utf8(maps->second), Exists(gallery + "/" + href)) << href;
+    const std::string info = UpdateInfo();
+    EXPECT_TRUE(Contains(info, Utf8(maps->second)));
+    for (const auto& [shortId, guid] : shortIds)
+    {
+        if (shortId != maps->first)
+        {
+            EXPECT_FALSE(Contains(info, Utf8(guid))) << Utf8(shortId);
+        }
+    }
+}
+
+TEST(SampleArchives, PackagesPassAnOutsideZipTester)
+{
+    const QString unzip = QStandardPaths::findExecutable(QStringLiteral("unzip"));
+    if (unzip.isEmpty())
+        GTEST_SKIP() << "unzip is not installed";
+    std::size_t archives = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(kSampleSource))
+    {
+        if (entry.path().extension() != ".zip")
+            continue;
+        QProcess process;
+        process.start(unzip, {QStringLiteral("-tq"), QString::fromStdString(entry.path().string())});
+        ASSERT_TRUE(process.waitForFinished(30000));
+        EXPECT_EQ(0, process.exitCode()) << entry.path() << process.readAllStandardOutput().toStdString();
+        ++archives;
+    }
+    EXPECT_GT(archives, 0u);
+}
+
+TEST(SampleArchives, TheGeneratorReproducesTheCommittedSource)
+{
+    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
+    if (python.isEmpty())
+        GTEST_SKIP() << "python3 is not installed";
+    const std::string out = MakeScratchDir("regenerated");
+    QProcess process;
+    process.start(python, {QString::fromStdString(std::string(CURATOOL_SOURCE_DIR) + "/scripts/make-sample-source.py"),
+                           QStringLiteral("--out"), QString::fromStdString(out)});
+    ASSERT_TRUE(process.waitForFinished(60000));
+    ASSERT_EQ(0, process.exitCode()) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(Snapshot(kSampleSource), Snapshot(out)) << "run scripts/make-sample-source.py and commit its output";
+}
