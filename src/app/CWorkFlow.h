@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CAtlString.h"
+#include "CWorkFlowEnvironment.h"
 
 #include <QStringList>
 
@@ -8,6 +9,8 @@
 #include <vector>
 
 class CConfiguration;
+class CAtlStringA;
+class IGalleryInstallationObserver;
 struct CCmdLineContext;
 
 // The modes of the program. One of them is bound as the factory's runner while the command
@@ -50,9 +53,36 @@ public:
     // The usage text exactly as printed, empty first and last lines included.
     static const char* UsageText();
 
+    // The controller, proxy, downloader and install record writer of a run, set up from the
+    // command line; the install directory is the -destination as given, even when empty.
+    static CWorkFlowEnvironment MakeEnvironment(const CCmdLineContext& context, Configuration configuration);
+    // Fetches the categories document from `url`; keeps the proxy settings that worked.
+    static bool CheckConnection(const CWorkFlowEnvironment& environment, const CAtlString& url, bool gui);
+    // Removes the installed gallery of the environment's configuration and what registers it.
+    static bool UninstallGallery(const CWorkFlowEnvironment& environment, IGalleryInstallationObserver* observer,
+                                 bool gui);
+
     // The command line to hand over a restart: the raw arguments, then the opened files.
     static QStringList ArgumentsForRestart(const CCmdLineContext& context);
     // The argument hand-over kept in the settings store for one restart. Loading removes it.
     static bool StoreArguments(const QStringList& arguments);
     static bool LoadArguments(QStringList& arguments);
+
+private:
+    // The steps the two unattended installs share, up to the engine's run. `some` selects the
+    // partial install's texts. False when the run must end with failure.
+    static bool PrepareInstall(const CCmdLineContext& context, const Configuration& configuration, bool some,
+                               CWorkFlowEnvironment& environment);
+    static bool PrepareDownload(const CCmdLineContext& context, const Configuration& configuration,
+                                CWorkFlowEnvironment& environment);
+    // The category ids of the -c aliases, in command-line order; unknown ones are reported with
+    // `complaint` and skipped.
+    static std::vector<CAtlString> ResolveAliases(const CCmdLineContext& context, const CConfiguration& configuration,
+                                                  const char* complaint);
+    // Makes the folder with its parents; on failure prints `complaint` and the path.
+    static bool CreateDestination(const CAtlString& path, const char* complaint);
+    static bool CheckWritableDestination(const CWorkFlowEnvironment& environment, bool gui);
+    // One line on standard output or standard error, 8-bit.
+    static void PrintOut(const CAtlStringA& line);
+    static void PrintErr(const CAtlStringA& line);
 };

@@ -1,23 +1,108 @@
-// The window-based start and the unattended installs. Not written yet: each mode prints the parse
-// complaints and reports success without doing anything until the installation engine is in place.
+// The unattended installs. Their exit code reports the preparation only: a run that fails inside
+// the engine has said so through the progress lines and still ends with "Done." and 0.
 #include "CWorkFlow.h"
 
+#include "CAtlStringA.h"
 #include "CCmdLineContext.h"
+#include "CConfiguration.h"
+#include "CInstallationController.h"
+#include "CLIProgress.h"
+#include "Output.h"
 
 int CWorkFlow::Normal(const CCmdLineContext& context, Configuration)
 {
+    // The windows of this mode are not part of the program yet.
     PrintErrors(context.errors);
     return eSuccess;
 }
 
-int CWorkFlow::InstallAll(const CCmdLineContext& context, Configuration)
+bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configuration& configuration, bool some,
+                               CWorkFlowEnvironment& environment)
+{
+    if (!configuration->IsLoaded())
+    {
+        Output::Error(Output::eCouldNotLoadConfiguration, false);
+        return false;
+    }
+    if (!configuration->StoreConfiguration())
+    {
+        Output::Error(Output::eCouldNotCopyConfiguration, false);
+        return false;
+    }
+    if (!configuration->FindInstalled())
+        configuration->ComposeRepositoryEntry();
+
+    environment = MakeEnvironment(context, configuration);
+
+    CZoltaDirectoryPath destination(context.destination);
+    if (!destination.IsEmpty())
+    {
+        if (!CreateDestination(context.destination, some ? "Could not create destination directory "
+                                                         : "Could not create destination directory: "))
+            return false;
+    }
+    else
+    {
+        destination = configuration->DefaultInstallDirectory();
+    }
+    configuration->SetInstallDirectory(destination);
+    if (!CheckWritableDestination(environment, false))
+        return false;
+
+    CInstallationController& controller = *environment.controller;
+    if (!context.allowDownload)
+    {
+        if (!controller.FindSource(context.source) &&
+            !controller.FindSource(configuration->GetSourceDirectory().GetPath()))
+        {
+            PrintErr(some ? "-source not specified, -allowdownload not set"
+                          : "Gallery files not found on the source path, download is not allowed.");
+            return false;
+        }
+    }
+    else
+    {
+        controller.FindSource(CAtlString());
+        if (!controller.HasLocalGalleryData() && !CheckConnection(environment, controller.GetGalleryUrl(), false))
+            return false;
+    }
+
+    if (context.remote)
+        configuration->SetApplicationPath(CAtlString());
+    configuration->Register();
+    return true;
+}
+
+int CWorkFlow::InstallAll(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
+    CWorkFlowEnvironment environment;
+    if (!PrepareInstall(context, configuration, false, environment))
+        return eFailure;
+
+    CLIProgress progress;
+    progress.SetVerbose(context.verbose);
+    environment.controller->InstallAll(&progress);
+    PrintOut("Done.");
     return eSuccess;
 }
 
-int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration)
+int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
+    CWorkFlowEnvironment environment;
+    if (!PrepareInstall(context, configuration, true, environment))
+        return eFailure;
+    if (context.categoryAliases.empty())
+    {
+        PrintOut("Nothing to install");
+        return eFailure;
+    }
+    const std::vector<CAtlString> ids = ResolveAliases(context, *configuration, "Alias not found: ");
+
+    CLIProgress progress;
+    progress.SetVerbose(context.verbose);
+    environment.controller->InstallSome(ids, &progress);
+    PrintOut("Done.");
     return eSuccess;
 }

@@ -1,29 +1,127 @@
-// Removal, registration and the start from a disc. Not written yet: each mode prints the parse
-// complaints and reports success without doing anything until the installation engine is in place.
+// Removal, registration and the start from a disc.
 #include "CWorkFlow.h"
 
+#include "CAtlStringA.h"
 #include "CCmdLineContext.h"
+#include "CConfiguration.h"
+#include "CGalleryInstallation.h"
+#include "CInstallationController.h"
+#include "CLIProgress.h"
+#include "FileAssociations.h"
+#include "Output.h"
+#include "PathSelector.h"
+#include "ZoltaAssert.h"
 
-int CWorkFlow::Uninstall(const CCmdLineContext& context, Configuration)
+#include <QDir>
+
+namespace {
+
+// What the engine's removal leaves of the gallery's own bookkeeping. Failures are not reported:
+// the categories themselves are already gone.
+void RemoveGalleryRecords(const CZoltaDirectoryPath& directory)
+{
+    const CZoltaFilePath manifest = directory.GetFile(L"imsmanifest.xml");
+    if (manifest.Exists())
+        manifest.Remove();
+    CZoltaDirectoryPath uninstall = directory;
+    uninstall.Append(L"Uninstall");
+    const CZoltaFilePath categories = uninstall.GetFile(CGalleryInstallation::GalleryCategoriesXml);
+    if (categories.Exists())
+        categories.Remove();
+    QDir().rmpath(uninstall.ToQString());
+}
+
+}  // namespace
+
+bool CWorkFlow::UninstallGallery(const CWorkFlowEnvironment& environment, IGalleryInstallationObserver* observer,
+                                 bool gui)
+{
+    ZOLTA_ASSERT(environment.configuration != nullptr && environment.controller != nullptr);
+    CConfiguration& configuration = *environment.configuration;
+    if (!configuration.FindInstalled())
+    {
+        Output::Error(Output::eCouldNotLoadConfiguration, gui);
+        return false;
+    }
+    const CAtlString installed = configuration.GetInstallDirectory().GetPath();
+    if (!PathSelector::IsWritableDirectory(installed))
+    {
+        Output::Error(Output::eNoWritePermission, CAtlStringA(installed), gui);
+        return false;
+    }
+
+    const CZoltaDirectoryPath directory = environment.controller->UninstallAll(observer);
+    configuration.RemoveStoredFiles();
+    configuration.Unregister();
+    configuration.Reset();
+    RemoveGalleryRecords(directory);
+    PrintOut(Output::GetText(Output::eUninstallComplete));
+    return true;
+}
+
+int CWorkFlow::Uninstall(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
-    return eSuccess;
+    if (!configuration->IsLoaded())
+    {
+        Output::Error(Output::eCouldNotLoadConfiguration, false);
+        return eFailure;
+    }
+    const CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
+    CLIProgress progress;
+    progress.SetVerbose(context.verbose);
+    return UninstallGallery(environment, &progress, false) ? eSuccess : eFailure;
 }
 
 int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
 {
+    // The dialogs of this mode are not part of the program yet.
     PrintErrors(context.errors);
     return eSuccess;
 }
 
-int CWorkFlow::Register(const CCmdLineContext& context, Configuration)
+int CWorkFlow::Register(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
-    return eSuccess;
+    if (!context.remote)
+    {
+        if (!FileAssociations::Register(context.applicationPath, L"-configuration"))
+        {
+            Output::Error(Output::eCouldNotRegisterAssociations, false);
+            return eFailure;
+        }
+    }
+    else
+    {
+        // Taken back by MakeEnvironment below: here -remote only spares the file associations.
+        configuration->SetApplicationPath(CAtlString());
+    }
+    if (!configuration->IsLoaded())
+    {
+        if (context.configurationPath.IsEmpty())
+            return eSuccess;
+        Output::Error(Output::eCouldNotLoadConfiguration, false);
+        return eFailure;
+    }
+
+    const CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
+    if (!configuration->StoreConfiguration())
+    {
+        Output::Error(Output::eCouldNotCopyConfiguration, false);
+        return eFailure;
+    }
+    if (context.destination.IsEmpty())
+        configuration->FindInstalled();
+    configuration->ComposeRepositoryEntry();
+    if (configuration->Register())
+        return eSuccess;
+    Output::Error(Output::eCouldNotSavePreferences, false);
+    return eFailure;
 }
 
 int CWorkFlow::WaitForCD(const CCmdLineContext& context, Configuration)
 {
+    // The disc dialog of this mode is not part of the program yet.
     PrintErrors(context.errors);
     return eSuccess;
 }

@@ -1,0 +1,107 @@
+// The steps every console mode shares: the environment, the connection check, the destination
+// and the -c aliases.
+#include "CWorkFlow.h"
+
+#include "CAtlStringA.h"
+#include "CCmdLineContext.h"
+#include "CConfiguration.h"
+#include "CGalleryData.h"
+#include "CInstallationController.h"
+#include "CZoltaDirectoryPath.h"
+#include "GalleryDownloader.h"
+#include "InstalledXmlWriter.h"
+#include "Output.h"
+#include "PathSelector.h"
+#include "ProxyAuth.h"
+#include "ProxyHandler.h"
+#include "ZoltaAssert.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+CWorkFlowEnvironment CWorkFlow::MakeEnvironment(const CCmdLineContext& context, Configuration configuration)
+{
+    ZOLTA_ASSERT(configuration != nullptr);
+    CWorkFlowEnvironment environment;
+    environment.context = &context;
+    environment.configuration = configuration;
+    environment.proxy = std::make_shared<ProxyHandler>();
+    environment.proxy->SetPrompt(&ProxyAuth::Prompt);
+    environment.downloader = std::make_shared<GalleryDownloader>(environment.proxy.get());
+    environment.installedWriter = std::make_shared<InstalledXmlWriter>();
+    environment.controller = std::make_shared<CInstallationController>(configuration);
+
+    if (context.overrideProxy)
+        environment.proxy->SetHost(context.proxy);
+    else
+        environment.proxy->LoadSettings();
+    environment.proxy->SetCredentials(context.username, context.password);
+
+    configuration->SetApplicationPath(CAtlString(QCoreApplication::applicationFilePath()));
+    environment.installedWriter->SetConfiguration(configuration);
+    environment.controller->AddObserver(environment.installedWriter.get());
+    environment.controller->SetProxyObserver(environment.proxy.get());
+    configuration->SetInstallDirectory(CZoltaDirectoryPath(context.destination));
+    return environment;
+}
+
+bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const CAtlString& url, bool gui)
+{
+    ZOLTA_ASSERT(environment.controller != nullptr && environment.proxy != nullptr);
+    PrintOut(CAtlStringA("Checking connection to: ") + CAtlStringA(url));
+    if (environment.controller->TestUrl(url))
+    {
+        environment.proxy->SaveSettings();
+        PrintOut("Check succeeded.");
+        return true;
+    }
+    CInstallationController::SetConnectionAvailable(false);
+    Output::Error(Output::eCouldNotDownload, CAtlStringA(url), gui);
+    return false;
+}
+
+bool CWorkFlow::CreateDestination(const CAtlString& path, const char* complaint)
+{
+    if (CZoltaDirectoryPath(path).Create())
+        return true;
+    PrintErr(CAtlStringA(complaint) + CAtlStringA(path));
+    return false;
+}
+
+bool CWorkFlow::CheckWritableDestination(const CWorkFlowEnvironment& environment, bool gui)
+{
+    const CAtlString destination = environment.controller->GetDestination().GetPath();
+    if (PathSelector::IsWritableDirectory(destination))
+        return true;
+    Output::Error(Output::eNoWritePermission, CAtlStringA(destination), gui);
+    return false;
+}
+
+std::vector<CAtlString> CWorkFlow::ResolveAliases(const CCmdLineContext& context, const CConfiguration& configuration,
+                                                  const char* complaint)
+{
+    std::vector<CAtlString> ids;
+    const CGalleryData::CategoryMap& categories = configuration.GetGallery()->GetCategories();
+    for (const CAtlString& alias : context.categoryAliases)
+    {
+        const auto found = categories.find(alias);
+        if (found == categories.end())
+            PrintErr(CAtlStringA(complaint) + CAtlStringA(alias));
+        else
+            ids.push_back(found->second);
+    }
+    return ids;
+}
+
+void CWorkFlow::PrintOut(const CAtlStringA& line)
+{
+    std::fprintf(stdout, "%s\n", line.GetString());
+    std::fflush(stdout);
+}
+
+void CWorkFlow::PrintErr(const CAtlStringA& line)
+{
+    std::fprintf(stderr, "%s\n", line.GetString());
+    std::fflush(stderr);
+}

@@ -1,0 +1,15 @@
+#include "FileAssociations.h"
+
+namespace FileAssociations {
+
+bool Register(const CAtlString&, const CAtlString&)
+{
+    return true;
+}
+
+bool Unregister()
+{
+    return true;
+}
+
+}  // namespace FileAssociations
