@@ -104,6 +104,15 @@ TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
     EXPECT_EQ(Binary(), RegistryValue("AppPath"));
 }
 
+TEST_F(InstallFromFolder, AnUnknownOptionIsReportedAndTheInstallGoesOn)
+{
+    const RunResult r = InstallAll({"--bogus"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("Done.\n", r.out);
+    EXPECT_EQ("Errors in parameters:\n   Unknown: \"bogus\"\n\n", r.err);
+    EXPECT_TRUE(HasCategory(m_gallery, "sounds"));
+}
+
 TEST_F(InstallFromFolder, VerboseTellsEachFinishedItemOnStandardOutput)
 {
     const RunResult r = InstallAll({"-verbose"});

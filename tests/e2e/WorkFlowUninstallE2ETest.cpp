@@ -181,8 +181,10 @@ TEST_F(InstalledGallery, RegisterRefusals)
     fs::remove(SystemPath(std::string(kSharedGalleries) + "/Configurations"));
 
     // Neither the machine's nor the user's settings file can be made.
-    ASSERT_TRUE(WriteFile(SystemPath("/etc/xdg/zoltaworks"), "in the way"));
-    ASSERT_TRUE(WriteFile(m_config + "/zoltaworks", "in the way"));
+    for (const std::string& folder : {SystemPath("/etc/xdg/zoltaworks"), m_config + "/zoltaworks"}) {
+        fs::remove_all(folder);
+        ASSERT_TRUE(WriteFile(folder, "in the way"));
+    }
     r = Curatool({"--register", "-configuration", m_collection});
     EXPECT_EQ(1, r.exitCode);
     EXPECT_EQ("", r.out);
