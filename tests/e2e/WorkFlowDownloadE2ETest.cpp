@@ -225,4 +225,11 @@ TEST_F(DownloadFromHttp, DownloadSomeWithoutAliasesHasNothingToDownload)
     EXPECT_EQ("nothing to download\n", r.out);
     EXPECT_EQ("", r.err);
     EXPECT_FALSE(Exists(m_copy + "/gallery_categories.xml"));
+
+    // Without one, the server is checked first.
+    const RunResult checked = Download("--downloadsome");
+    EXPECT_EQ(1, checked.exitCode);
+    EXPECT_EQ("Checking connection to: " + m_url + "\nCheck succeeded.\nnothing to download\n", checked.out);
+    EXPECT_EQ("", checked.err);
+    EXPECT_FALSE(Exists(m_copy + "/gallery_categories.xml"));
 }
