@@ -255,6 +255,24 @@ TEST_F(InstallFromFolder, SourcesAreFoundWhereverTheDataMaySit)
     EXPECT_TRUE(HasCategory(m_base + "/empty-source", "maps"));
 }
 
+TEST_F(InstallFromFolder, NonAsciiPathsAndAliasesWorkAndArePrintedAsUtf8)
+{
+    m_gallery = m_base + "/galerie \xC3\xA9t\xC3\xA9";
+    RunResult r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_source, "-destination",
+                            m_gallery, "-c", "maps", "-c", "cartes-\xC3\xA9"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("Done.\n", r.out);
+    EXPECT_EQ("Alias not found: cartes-\xC3\xA9\n", r.err);
+    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
+    EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
+
+    ASSERT_TRUE(WriteFile(m_base + "/file", "in the way"));
+    const std::string blocked = m_base + "/file/\xC3\xA9";
+    r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination", blocked});
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_EQ("Could not create destination directory: " + blocked + "\n", r.err);
+}
+
 TEST_F(InstallFromFolder, HeadlessRunsPrintNothingOfTheirToolkit)
 {
     const std::vector<RunResult> runs{
