@@ -239,6 +239,15 @@ TEST_F(InstallFromFolder, SourcesAreFoundWhereverTheDataMaySit)
     EXPECT_EQ("", r.err);
     EXPECT_TRUE(HasCategory(m_base + "/from-disc", "sounds"));
 
+    // ... or in the gallery's own folder on a disc, its name in any case.
+    const std::string shelf = m_base + "/shelf";
+    WriteSource(shelf + "/zolta SAMPLE collection/Gallery Data Files");
+    r = Curatool({"--installall", "-configuration", m_collection, "-source", shelf, "-destination",
+                  m_base + "/from-shelf"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    EXPECT_TRUE(HasCategory(m_base + "/from-shelf", "animals"));
+
     // No -source, or one that holds nothing: the collection's own folder is tried next.
     WriteSource(m_collection);
     r = Curatool({"--installall", "-configuration", m_collection, "-destination", m_base + "/no-source"});
