@@ -310,6 +310,8 @@ struct InstallMode
     const char* action;
     const char* createFailure;    // followed by the path
     const char* noSourceFailure;  // a whole line
+
+    friend void PrintTo(const InstallMode& mode, std::ostream* out) { *out << mode.action; }
 };
 
 class InstallRefusals : public InstallFromFolder, public ::testing::WithParamInterface<InstallMode>
@@ -368,7 +370,10 @@ TEST_P(InstallRefusals, WhenTheDestinationCannotBeWritten)
     // Nobody, not even root, makes files in /proc.
     m_gallery = "/proc";
     ExpectRefused(Run({"-source", m_source, "-destination", m_gallery}), NotWritable(m_gallery));
+}
 
+TEST_P(InstallRefusals, WhenTheDestinationIsReadOnly)
+{
     if (geteuid() == 0)
         GTEST_SKIP() << "root writes to read-only folders";
     m_gallery = m_base + "/read-only";
