@@ -22,6 +22,7 @@
 #include <gtest/gtest.h>
 #include <tinyxml2.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -94,6 +95,17 @@ std::map<std::string, ObjectInfo> CollectObjects(const CGalleryManifest& manifes
             walk(*roots.GetAt(i));
     }
     return objects;
+}
+
+// Identifiers of the root categories of all organizations, in order.
+std::vector<std::string> RootCategoryIds(const CGalleryManifest& manifest)
+{
+    std::vector<std::string> ids;
+    const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
+    for (std::uint32_t o = 0; o < organizations.GetCount(); ++o)
+        for (std::uint32_t i = 0; i < organizations.GetAt(o)->m_items->GetCount(); ++i)
+            ids.push_back(Utf8(organizations.GetAt(o)->m_items->GetAt(i)->m_metadata->m_identifier));
+    return ids;
 }
 
 struct SamplePackage
@@ -172,11 +184,8 @@ private:
         for (const auto& [id, object] : package.objects)
             if (object.isActivity)
                 package.contents[object.href] = ReadFile(folder + "/" + object.href);
-        const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
-        for (std::uint32_t o = 0; o < organizations.GetCount(); ++o)
-            for (std::uint32_t i = 0; i < organizations.GetAt(o)->m_items->GetCount(); ++i)
-                package.rootCategories.insert(
-                    Utf8(organizations.GetAt(o)->m_items->GetAt(i)->m_metadata->m_identifier));
+        for (const std::string& id : RootCategoryIds(manifest))
+            package.rootCategories.insert(id);
         CGalleryManifestIO::Close(manifest);
         EXPECT_FALSE(package.contents.empty()) << file;
         return package;
@@ -228,12 +237,15 @@ struct SampleFixture : ::testing::Test
             << "gallery_categories.xml must name the collection's gallery";
     }
 
+    std::vector<std::string> installedRoots;
+
     std::map<std::string, ObjectInfo> InstalledObjects(const std::set<std::string>& languages)
     {
         CGalleryManifest manifest;
         EXPECT_EQ(S_OK, CGalleryManifestIO::Open(
                             manifest, CAtlString::FromUtf8((gallery + "/imsmanifest.xml").c_str()), nullptr, false));
         auto objects = CollectObjects(manifest, languages);
+        installedRoots = RootCategoryIds(manifest);
         CGalleryManifestIO::Close(manifest);
         return objects;
     }
@@ -264,7 +276,7 @@ TEST_F(SampleFixture, InstallAllInstallsContentManifestAndTranslations)
     const SampleSource sample(source);
     ASSERT_TRUE(controller->InstallAll(&progress));
     EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
-    EXPECT_EQ(Snapshot(kSampleSource), Snapshot(source)) << "the source is only read";
+    EXPECT_TRUE(Snapshot(kSampleSource) == Snapshot(source)) << "the source is only read";
 
     // One record per category in updateinfo.xml.
     const std::string info = UpdateInfo();
@@ -302,11 +314,17 @@ TEST_F(SampleFixture, InstallAllInstallsContentManifestAndTranslations)
 
     // Packages that share a root category merge into one.
     std::set<std::string> roots;
+    std::size_t packageRoots = 0;
     for (const SampleCategory& category : sample.categories)
         for (const SamplePackage& package : category.packages)
+        {
             roots.insert(package.rootCategories.begin(), package.rootCategories.end());
-    for (const std::string& root : roots)
-        EXPECT_EQ(1u, installed.count(root)) << root;
+            packageRoots += package.rootCategories.size();
+        }
+    EXPECT_LT(roots.size(), packageRoots) << "the sample should have packages sharing a category";
+    std::vector<std::string> sortedInstalledRoots = installedRoots;
+    std::sort(sortedInstalledRoots.begin(), sortedInstalledRoots.end());
+    EXPECT_EQ(std::vector<std::string>(roots.begin(), roots.end()), sortedInstalledRoots);
 
     // The string packages were applied: every translated title is in the merged manifest, in its
     // language, and its UTF-8 bytes survived.
@@ -393,5 +411,5 @@ TEST(SampleArchives, TheGeneratorReproducesTheCommittedSource)
                            QStringLiteral("--out"), QString::fromStdString(out)});
     ASSERT_TRUE(process.waitForFinished(60000));
     ASSERT_EQ(0, process.exitCode()) << process.readAllStandardError().toStdString();
-    EXPECT_EQ(Snapshot(kSampleSource), Snapshot(out)) << "run scripts/make-sample-source.py and commit its output";
+    EXPECT_TRUE(Snapshot(kSampleSource) == Snapshot(out)) << "run scripts/make-sample-source.py and commit its output";
 }
