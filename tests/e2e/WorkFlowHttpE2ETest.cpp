@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 using namespace curatool::test;
 
 namespace {
@@ -101,6 +103,13 @@ TEST_F(InstallOverHttp, VerboseShowsEachFileFetchedThenInstalled)
     EXPECT_TRUE(HasInOrder(Lines(r.out), wanted)) << r.out;
     EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
     ExpectEverythingInstalled();
+
+    // Every fetched file went once it was used, and so did the check's copy.
+    std::vector<std::string> left;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_base + "/tmp"))
+        if (entry.is_regular_file())
+            left.push_back(entry.path().string());
+    EXPECT_EQ(std::vector<std::string>{}, left);
 }
 
 TEST_F(InstallOverHttp, AnUnreachableServerEndsTheRunWithItsUrl)

@@ -2,6 +2,7 @@
 // printed on which stream, and every refusal before the engine runs.
 #include "E2EGallery.h"
 #include "TestEnvironment.h"
+#include "ZipHelpers.h"
 
 #include <gtest/gtest.h>
 
@@ -280,6 +281,37 @@ TEST_F(InstallFromFolder, NonAsciiPathsAndAliasesWorkAndArePrintedAsUtf8)
     r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination", blocked});
     EXPECT_EQ(1, r.exitCode);
     EXPECT_EQ("Could not create destination directory: " + blocked + "\n", r.err);
+}
+
+TEST_F(InstallFromFolder, ACollectionFileInstallsLikeItsFolderAndLeavesNoTemporaryFiles)
+{
+    const std::string packed = m_base + "/packed/sample.gallerycollection";
+    fs::create_directories(m_base + "/packed");
+    ASSERT_TRUE(ZipAddDirectory(CZoltaDirectoryPath(m_collection.c_str()), CZoltaFilePath(packed.c_str())));
+
+    const RunResult r = Curatool({"--installall", "-configuration", packed, "-source", m_source, "-destination",
+                                  m_gallery, "-verbose"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
+    for (const SampleCategory& category : SampleCategories())
+        EXPECT_TRUE(HasCategory(m_gallery, category.alias)) << category.alias;
+    // The unpacked copy is gone; the stored one stays and is what the entry names.
+    EXPECT_EQ(ReadFile(m_collection + "/configuration.xml"),
+              ReadFile(StoredConfigurationDirectory() + "/configuration.xml"));
+    EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
+    std::vector<std::string> left;
+    for (const auto& entry : fs::recursive_directory_iterator(m_base + "/tmp"))
+        if (entry.is_regular_file())
+            left.push_back(entry.path().string());
+    EXPECT_EQ(std::vector<std::string>{}, left);
+
+    // Another extension is no collection file.
+    fs::copy_file(packed, m_base + "/packed/sample.zip");
+    const RunResult zip = Curatool({"--installall", "-configuration", m_base + "/packed/sample.zip", "-source",
+                                    m_source, "-destination", m_gallery});
+    EXPECT_EQ(1, zip.exitCode);
+    EXPECT_EQ("Could not load the configuration.\n", zip.err);
 }
 
 TEST_F(InstallFromFolder, HeadlessRunsPrintNothingOfTheirToolkit)
