@@ -149,6 +149,20 @@ TEST_F(DownloadFromHttp, ANewDownloadReplacesTheCopysCategoriesDocument)
     ExpectTidySource();
 }
 
+TEST_F(DownloadFromHttp, APackageMissingOnTheServerShowsInTheProgressOnly)
+{
+    WriteSource(m_source, {}, {"cow.zip"});
+    const RunResult r = Download("--downloadall", {"-verbose"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    // cow.zip is the second of five packages: asked for at 30%, given up at 40%.
+    EXPECT_NE(std::string::npos, r.out.find("Failed\n \t[40%] (Animals) cow.zip\n")) << r.out;
+    EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
+    EXPECT_FALSE(Exists(m_copy + "/cow.zip"));
+    EXPECT_TRUE(HasPackagesOf("sounds"));
+    ExpectTidySource();
+}
+
 // ---- Refusals of both download modes ----
 
 namespace {

@@ -122,6 +122,25 @@ TEST_F(InstallOverHttp, AnUnreachableServerEndsTheRunWithItsUrl)
                       dead);
 }
 
+TEST_F(InstallOverHttp, AServerWithoutTheGalleryFailsTheCheck)
+{
+    const std::string wrong = m_url + "/missing";
+    SetDefaultSource(wrong);
+    ExpectCheckFailed(InstallWithDownload(), wrong);
+}
+
+TEST_F(InstallOverHttp, APackageMissingOnTheServerShowsInTheProgressOnly)
+{
+    WriteSource(m_source, {}, {"bell.zip"});
+    const RunResult r = InstallWithDownload({"-verbose"});
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    EXPECT_NE(std::string::npos, r.out.find("Failed\n \t[100%] (Sounds) bell.zip\n")) << r.out;
+    EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
+    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
+    EXPECT_TRUE(LacksCategory(m_gallery, "sounds"));
+}
+
 TEST_F(InstallOverHttp, AUrlAsSourceIsNoSourceWithoutAllowDownload)
 {
     // The URL is looked for as a folder, then the collection's folder: neither holds the data.
