@@ -221,26 +221,28 @@ body { font-family: sans-serif; margin: 1em; }
 
 # --- the gallery's content --------------------------------------------------------------------
 
+# Content file names are flat and unique across packages: they land directly in the gallery
+# folder, and a removal cleans up only that level, so files in sub-folders would stay behind.
 # One package per entry: its file in the source, manifest identifier, and a tree of categories.
 # A category: (identifier, English title, German title, keywords, children, items); an item:
 # (identifier, file, English title, German title, keywords, format, bytes).
 def animal_packages():
     mammals = [
-        ('zsc.animals.mammals.cat', 'animals/mammals/cat.png', 'Cat', 'Katze', ['cat', 'pet'], 'image/png',
+        ('zsc.animals.mammals.cat', 'cat.png', 'Cat', 'Katze', ['cat', 'pet'], 'image/png',
          mammal((230, 150, 60), (240, 235, 210), 'pointed', 9)),
-        ('zsc.animals.mammals.dog', 'animals/mammals/dog.png', 'Dog', 'Hund', ['dog', 'pet'], 'image/png',
+        ('zsc.animals.mammals.dog', 'dog.png', 'Dog', 'Hund', ['dog', 'pet'], 'image/png',
          mammal((170, 120, 70), (210, 230, 240), 'floppy', 10)),
-        ('zsc.animals.mammals.rabbit', 'animals/mammals/rabbit.png', 'Rabbit', 'Kaninchen', ['rabbit', 'pet'],
+        ('zsc.animals.mammals.rabbit', 'rabbit.png', 'Rabbit', 'Kaninchen', ['rabbit', 'pet'],
          'image/png', mammal((200, 200, 200), (200, 235, 190), 'long', 16)),
-        ('zsc.animals.mammals.fox', 'animals/mammals/fox.png', 'Fox', 'Fuchs', ['fox', 'forest'], 'image/png',
+        ('zsc.animals.mammals.fox', 'fox.png', 'Fox', 'Fuchs', ['fox', 'forest'], 'image/png',
          mammal((210, 90, 30), (190, 220, 170), 'pointed', 13)),
     ]
     birds = [
-        ('zsc.animals.birds.owl', 'animals/birds/owl.png', 'Owl', 'Eule', ['owl', 'night'], 'image/png',
+        ('zsc.animals.birds.owl', 'owl.png', 'Owl', 'Eule', ['owl', 'night'], 'image/png',
          bird((130, 100, 70), (220, 180, 60), (30, 40, 80))),
-        ('zsc.animals.birds.duck', 'animals/birds/duck.png', 'Duck', 'Ente', ['duck', 'water'], 'image/png',
+        ('zsc.animals.birds.duck', 'duck.png', 'Duck', 'Ente', ['duck', 'water'], 'image/png',
          bird((240, 240, 240), (250, 160, 20), (120, 180, 230))),
-        ('zsc.animals.birds.gull', 'animals/birds/gull.png', 'Seagull', 'Möwe', ['gull', 'sea'], 'image/png',
+        ('zsc.animals.birds.gull', 'gull.png', 'Seagull', 'Möwe', ['gull', 'sea'], 'image/png',
          bird((225, 225, 230), (230, 200, 40), (90, 150, 210))),
     ]
     root = ('zsc.animals', 'Animals', 'Tiere', ['animals'])
@@ -258,13 +260,13 @@ MAP_FRENCH = {'zsc.maps': 'Cartes', 'zsc.maps.world': 'Le monde', 'zsc.maps.cont
 
 def map_packages():
     items = [
-        ('zsc.maps.world', 'maps/world.png', 'The world', 'Die Welt', ['world', 'continents'], 'image/png',
+        ('zsc.maps.world', 'world.png', 'The world', 'Die Welt', ['world', 'continents'], 'image/png',
          map_picture([(10, 14, 8, 7), (14, 32, 5, 9), (30, 13, 9, 6), (33, 28, 6, 8), (41, 38, 4, 3)], 3)),
-        ('zsc.maps.continent', 'maps/continent.png', 'A continent', 'Ein Kontinent', ['continent', 'coast'],
+        ('zsc.maps.continent', 'continent.png', 'A continent', 'Ein Kontinent', ['continent', 'coast'],
          'image/png', map_picture([(24, 22, 17, 12), (14, 36, 6, 7), (36, 10, 6, 4)], 5)),
-        ('zsc.maps.island', 'maps/island.png', 'An island', 'Eine Insel', ['island', 'sea'], 'image/png',
+        ('zsc.maps.island', 'island.png', 'An island', 'Eine Insel', ['island', 'sea'], 'image/png',
          map_picture([(24, 24, 11, 8), (31, 28, 5, 6)], 9)),
-        ('zsc.maps.compass', 'maps/compass.html', 'Reading a compass', 'Einen Kompass lesen',
+        ('zsc.maps.compass', 'compass.html', 'Reading a compass', 'Einen Kompass lesen',
          ['compass', 'directions'], 'text/html', COMPASS_HTML.encode('utf-8')),
     ]
     return [('maps/maps.zip', 'zsc.pkg.maps', 'Maps', 'Karten',
@@ -273,11 +275,11 @@ def map_packages():
 
 def sound_packages():
     items = [
-        ('zsc.sounds.bell', 'sounds/bell.wav', 'Bell', 'Glocke', ['bell', 'ring'], 'audio/x-wav', bell()),
-        ('zsc.sounds.drum', 'sounds/drum.wav', 'Drum', 'Trommel', ['drum', 'music'], 'audio/x-wav', drum()),
-        ('zsc.sounds.whistle', 'sounds/whistle.wav', 'Whistle', 'Pfeife', ['whistle', 'signal'], 'audio/x-wav',
+        ('zsc.sounds.bell', 'bell.wav', 'Bell', 'Glocke', ['bell', 'ring'], 'audio/x-wav', bell()),
+        ('zsc.sounds.drum', 'drum.wav', 'Drum', 'Trommel', ['drum', 'music'], 'audio/x-wav', drum()),
+        ('zsc.sounds.whistle', 'whistle.wav', 'Whistle', 'Pfeife', ['whistle', 'signal'], 'audio/x-wav',
          whistle()),
-        ('zsc.sounds.rain', 'sounds/rain.wav', 'Rain', 'Regen', ['rain', 'weather'], 'audio/x-wav', rain()),
+        ('zsc.sounds.rain', 'rain.wav', 'Rain', 'Regen', ['rain', 'weather'], 'audio/x-wav', rain()),
     ]
     return [('sounds/sounds.zip', 'zsc.pkg.sounds', 'Sounds', 'Geräusche',
              [('zsc.sounds', 'Sounds', 'Geräusche', ['sounds', 'audio'], [], items)])]

@@ -381,6 +381,19 @@ TEST_F(SampleFixture, InstallSomeByShortIdTakesOnlyThatCategory)
     }
 }
 
+TEST_F(SampleFixture, UninstallLeavesNoContentBehind)
+{
+    const SampleSource sample(source);
+    ASSERT_TRUE(controller->InstallAll(&progress));
+    controller->UninstallAll(&progress);
+    EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
+    for (const SampleCategory& category : sample.categories)
+        for (const SamplePackage& package : category.packages)
+            for (const auto& [href, bytes] : package.contents)
+                EXPECT_FALSE(Exists(gallery + "/" + href)) << href;
+    EXPECT_FALSE(Exists(gallery + "/Uninstall/updateinfo.xml"));
+}
+
 TEST(SampleArchives, PackagesPassAnOutsideZipTester)
 {
     const QString unzip = QStandardPaths::findExecutable(QStringLiteral("unzip"));
