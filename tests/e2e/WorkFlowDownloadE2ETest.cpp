@@ -163,6 +163,29 @@ TEST_F(DownloadFromHttp, APackageMissingOnTheServerShowsInTheProgressOnly)
     ExpectTidySource();
 }
 
+TEST_F(DownloadFromHttp, AHostileNameInTheDocumentWritesNothingOutsideTheCopy)
+{
+    // The document sends a package one folder up; the server has a file there to give.
+    std::string document = ReadFile(m_source + "/gallery_categories.xml");
+    document.replace(document.find(">bell.zip<"), 10, ">../escaped.zip<");
+    ASSERT_TRUE(WriteFile(m_source + "/gallery_categories.xml", document));
+    fs::copy_file(m_source + "/bell.zip", m_source + "/escaped.zip");
+
+    const RunResult r = Download("--downloadall");
+    EXPECT_EQ(0, r.exitCode);
+    EXPECT_EQ("", r.err);
+    EXPECT_FALSE(Exists(m_base + "/escaped.zip"));
+    EXPECT_TRUE(HasPackagesOf("animals"));
+
+    const RunResult install = Curatool({"--installall", "-allowdownload", "-configuration", m_collection,
+                                        "-destination", m_gallery});
+    EXPECT_EQ(0, install.exitCode);
+    EXPECT_EQ("", install.err);
+    EXPECT_FALSE(Exists(m_base + "/escaped.zip"));
+    EXPECT_FALSE(Exists(m_base + "/tmp/escaped.zip"));
+    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
+}
+
 // ---- Refusals of both download modes ----
 
 namespace {
