@@ -177,12 +177,12 @@ void E2EGallery::WriteSource(const std::string& folder, const std::map<std::stri
                              const std::vector<std::string>& missing)
 {
     fs::create_directories(folder);
-    std::vector<CategorySpec> specs;
+    std::vector<CategorySpec> offers;
     for (const SampleCategory& category : SampleCategories()) {
         const std::string version = VersionOf(versions, category.alias);
-        CategorySpec spec{category.guid, version, {{"en", category.title}}, {}, {}, ""};
+        CategorySpec offered{category.guid, version, {{"en", category.title}}, {}, {}, ""};
         for (const SampleCategory::Package& package : category.packages) {
-            spec.files.push_back({package.file, package.id, version, ""});
+            offered.files.push_back({package.file, package.id, version, ""});
             if (Contains(missing, package.file)) {
                 fs::remove(folder + "/" + package.file);
                 continue;
@@ -191,9 +191,9 @@ void E2EGallery::WriteSource(const std::string& folder, const std::map<std::stri
                                 category.title + " " + package.id, "", {}};
             WritePackageZip(folder, package.file, content);
         }
-        specs.push_back(spec);
+        offers.push_back(offered);
     }
-    std::string xml = CategoriesXml(specs);
+    std::string xml = CategoriesXml(offers);
     xml.replace(xml.find("<categories>"), 12, std::string("<categories id=\"") + kGalleryGuid + "\">");
     ASSERT_TRUE(WriteFile(folder + "/gallery_categories.xml", xml));
 }
