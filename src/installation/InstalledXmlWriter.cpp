@@ -16,7 +16,8 @@ bool RecordedVersion(const CGalleryCategory& category, CAtlString& version)
     {
     case eGalleryCategoryActionInstall:
         version = category.GetVersion();
-        return category.GetResult() == S_OK;
+        // Any success counts: a re-install that replaced the earlier record reports 4.
+        return SUCCEEDED(category.GetResult());
     case eGalleryCategoryActionNone:
         version = category.GetInstalledVersion();
         return category.IsInstalled();

@@ -220,6 +220,20 @@ TEST_F(ControllerFixture, UpdatesOnlyRunsInstalledUpdatesAndRestoresTheChoice)
     EXPECT_TRUE(Contains(UpdateInfo(), "<category id=\"gal-1.pets\" version=\"1.1\"/>"));
 }
 
+TEST_F(ControllerFixture, AReinstalledCategoryIsRecordedAtItsNewVersion)
+{
+    ASSERT_TRUE(controller->InstallAll(&progress));
+    PackageSpec dog2 = kDog;
+    dog2.version = "1.1";
+    WritePackageZip(source, "dog.zip", dog2);
+    WriteDocument("1.1");
+
+    // The second install replaces the earlier record of the package, which the merge reports as 4.
+    ASSERT_TRUE(controller->InstallAll(&progress));
+    EXPECT_TRUE(Contains(UpdateInfo(), "<category id=\"gal-1.pets\" version=\"1.1\"/>")) << UpdateInfo();
+    EXPECT_TRUE(Contains(UpdateInfo(), "gal-1.farm"));
+}
+
 namespace {
 
 class CancelOnInstall : public ProgressRecorder
