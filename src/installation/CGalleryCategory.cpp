@@ -101,7 +101,8 @@ HRESULT CGalleryCategory::ReadFiles(const tinyxml2::XMLElement& element, const C
             file.SetInstalled(*record->second);
         }
         m_installed = m_installed || file.IsInstalled();
-        m_updateAvailable = m_updateAvailable || (file.IsInstalled() && file.NeedsUpdate());
+        // A file that never arrived needs an update too, so a half-installed category is offered again.
+        m_updateAvailable = m_updateAvailable || file.NeedsUpdate();
         m_files.push_back(std::move(file));
     }
     return S_OK;

@@ -115,6 +115,17 @@ TEST_F(CategoriesFixture, CurrentStringsAndOlderOfferLeaveAFileAlone)
     EXPECT_EQ("1.2", Utf8(animals->GetInstalledVersion()));
 }
 
+TEST_F(CategoriesFixture, AFileThatNeverArrivedOffersTheHalfInstalledCategoryAgain)
+{
+    WriteInstallRecord(gallery, {"pkg.animals1", "1.1", "a.png", "x", "A", "", {{"en", "1.0"}, {"fr", "1.0"}}});
+    ASSERT_EQ(S_OK, OpenWith(CategoriesXml({TwoFileCategory()})));
+    const CGalleryCategory* animals = installation->Category(0);
+    EXPECT_TRUE(animals->IsInstalled());
+    EXPECT_FALSE(animals->GetFiles()[0].NeedsUpdate());
+    EXPECT_FALSE(animals->GetFiles()[1].IsInstalled());
+    EXPECT_TRUE(animals->IsUpdateAvailable());
+}
+
 TEST(CategoryFileStrings, PairsLanguagesAndVersionsWithEitherSeparator)
 {
     auto parsed = CGalleryCategoryFile::ParseStrings(L"en:1.2;fr:1.1:de;2.0");
