@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QSettings>
 
+#include <atomic>
+
 #include <memory>
 
 namespace {
@@ -61,9 +63,32 @@ QString CSettingsStore::OrganizationName()
     return name.isEmpty() ? QStringLiteral("zoltaworks") : name;
 }
 
+namespace {
+std::atomic<int> g_blankIdentities{0};
+}
+
 QString CSettingsStore::ApplicationName()
 {
-    return QCoreApplication::applicationName();
+    return g_blankIdentities.load() > 0 ? QString() : QCoreApplication::applicationName();
+}
+
+CSettingsStore::BlankIdentity::BlankIdentity()
+    : m_organization(QCoreApplication::organizationName()),
+      m_domain(QCoreApplication::organizationDomain()),
+      m_application(QCoreApplication::applicationName())
+{
+    ++g_blankIdentities;
+    QCoreApplication::setOrganizationName(QString());
+    QCoreApplication::setOrganizationDomain(QString());
+    QCoreApplication::setApplicationName(QString());
+}
+
+CSettingsStore::BlankIdentity::~BlankIdentity()
+{
+    QCoreApplication::setOrganizationName(m_organization);
+    QCoreApplication::setOrganizationDomain(m_domain);
+    QCoreApplication::setApplicationName(m_application);
+    --g_blankIdentities;
 }
 
 QString CSettingsStore::MapSection(const QString& section)

@@ -63,5 +63,24 @@ public:
 
     // The organisation of the store: QCoreApplication's, or "zoltaworks" when it has none.
     static QString OrganizationName();
+    // QCoreApplication's application name; empty while a BlankIdentity lives.
     static QString ApplicationName();
+
+    // While one lives, the process's organisation name, domain and application name are blank,
+    // so the store is the fixed organisation's own file whatever the program calls itself.
+    // QCoreApplication cannot hold a blank application name (it puts the program file's name in
+    // its place), so the store keeps the blank itself. The names come back when it goes.
+    class BlankIdentity
+    {
+    public:
+        BlankIdentity();
+        ~BlankIdentity();
+        BlankIdentity(const BlankIdentity&) = delete;
+        BlankIdentity& operator=(const BlankIdentity&) = delete;
+
+    private:
+        QString m_organization;
+        QString m_domain;
+        QString m_application;
+    };
 };

@@ -12,49 +12,18 @@ const wchar_t* const ProxyHandler::kSection =
 const wchar_t* const ProxyHandler::kHostKey = L"HttpProxyHost";
 const wchar_t* const ProxyHandler::kPortKey = L"HttpProxyPort";
 
-namespace {
-
-// The store takes its name from the process identity; the proxy settings are shared with other
-// programs, so they go under the store's fixed name while the identity is blank.
-class AnonymousIdentity
-{
-public:
-    AnonymousIdentity()
-        : m_organization(QCoreApplication::organizationName()),
-          m_domain(QCoreApplication::organizationDomain()),
-          m_application(QCoreApplication::applicationName())
-    {
-        QCoreApplication::setOrganizationName(QString());
-        QCoreApplication::setOrganizationDomain(QString());
-        QCoreApplication::setApplicationName(QString());
-    }
-    ~AnonymousIdentity()
-    {
-        QCoreApplication::setOrganizationName(m_organization);
-        QCoreApplication::setOrganizationDomain(m_domain);
-        QCoreApplication::setApplicationName(m_application);
-    }
-    AnonymousIdentity(const AnonymousIdentity&) = delete;
-    AnonymousIdentity& operator=(const AnonymousIdentity&) = delete;
-
-private:
-    QString m_organization;
-    QString m_domain;
-    QString m_application;
-};
-
-}  // namespace
-
+// The proxy settings are shared with other programs, so they live in the store's fixed file and
+// not under this tool's identity.
 void ProxyHandler::LoadSettings()
 {
-    AnonymousIdentity identity;
+    CSettingsStore::BlankIdentity identity;
     m_host = CSettingsStore::ReadString(true, kSection, kHostKey, CAtlString(), nullptr, kStoreName);
     m_port = CSettingsStore::ReadInt(true, kSection, kPortKey, kDefaultPort, nullptr, kStoreName);
 }
 
 bool ProxyHandler::SaveSettings()
 {
-    AnonymousIdentity identity;
+    CSettingsStore::BlankIdentity identity;
     CSettingsStore::WriteString(true, kSection, kHostKey, m_host, kStoreName);
     return CSettingsStore::WriteInt(true, kSection, kPortKey, m_port, kStoreName) == CSettingsStore::eStatusOk;
 }

@@ -19,23 +19,11 @@
 
 namespace {
 
-// Where the store lands with the process identity blank: the fixed organisation, whatever the
-// process calls itself (Qt puts the program's file name in place of a blank application name).
+// Where the store lands with the process identity blank: the fixed organisation's own file,
+// whatever the process calls itself.
 QString ProxyStoreFile()
 {
-    const QString organization = QCoreApplication::organizationName();
-    const QString domain = QCoreApplication::organizationDomain();
-    const QString application = QCoreApplication::applicationName();
-    QCoreApplication::setOrganizationName(QString());
-    QCoreApplication::setOrganizationDomain(QString());
-    QCoreApplication::setApplicationName(QString());
-    const QString file = QSettings(QSettings::NativeFormat, QSettings::UserScope, CSettingsStore::OrganizationName(),
-                                   CSettingsStore::ApplicationName())
-                             .fileName();
-    QCoreApplication::setOrganizationName(organization);
-    QCoreApplication::setOrganizationDomain(domain);
-    QCoreApplication::setApplicationName(application);
-    return file;
+    return QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("zoltaworks"), QString()).fileName();
 }
 
 class ProxyHandlerSettings : public testing::Test
@@ -112,7 +100,8 @@ TEST_F(ProxyHandlerSettings, HostAndPortLiveUnderTheFixedNameAndCredentialsNowhe
     EXPECT_EQ(QStringLiteral("curatool.example"), QCoreApplication::organizationDomain());
     EXPECT_EQ(QStringLiteral("Curatool"), QCoreApplication::applicationName());
 
-    EXPECT_TRUE(ProxyStoreFile().startsWith(qEnvironmentVariable("XDG_CONFIG_HOME") + "/zoltaworks"));
+    EXPECT_EQ(qEnvironmentVariable("XDG_CONFIG_HOME") + "/zoltaworks.conf", ProxyStoreFile());
+    EXPECT_TRUE(QFile::exists(ProxyStoreFile()));
     QSettings store(ProxyStoreFile(), QSettings::IniFormat);
     const QString section = QStringLiteral("Software/ZOLTA Technologies Inc./ZOLTA Tavolite Software/ProxyInformation/");
     EXPECT_EQ(QStringLiteral("proxy.example"), store.value(section + "HttpProxyHost").toString());
