@@ -46,10 +46,12 @@ CWorkFlowEnvironment CWorkFlow::MakeEnvironment(const CCmdLineContext& context, 
     return environment;
 }
 
+// Wide text reaches the console as UTF-8, from its character pointer: the plain CAtlString
+// conversion narrows each character to one byte and would garble non-ASCII paths and aliases.
 bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const CAtlString& url, bool gui)
 {
     ZOLTA_ASSERT(environment.controller != nullptr && environment.proxy != nullptr);
-    PrintOut(CAtlStringA("Checking connection to: ") + CAtlStringA(url));
+    PrintOut(CAtlStringA("Checking connection to: ") + CAtlStringA(url.GetString()));
     if (environment.controller->TestUrl(url))
     {
         environment.proxy->SaveSettings();
@@ -57,7 +59,7 @@ bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const C
         return true;
     }
     CInstallationController::SetConnectionAvailable(false);
-    Output::Error(Output::eCouldNotDownload, CAtlStringA(url), gui);
+    Output::Error(Output::eCouldNotDownload, CAtlStringA(url.GetString()), gui);
     return false;
 }
 
@@ -65,7 +67,7 @@ bool CWorkFlow::CreateDestination(const CAtlString& path, const char* complaint)
 {
     if (CZoltaDirectoryPath(path).Create())
         return true;
-    PrintErr(CAtlStringA(complaint) + CAtlStringA(path));
+    PrintErr(CAtlStringA(complaint) + CAtlStringA(path.GetString()));
     return false;
 }
 
@@ -74,7 +76,7 @@ bool CWorkFlow::CheckWritableDestination(const CWorkFlowEnvironment& environment
     const CAtlString destination = environment.controller->GetDestination().GetPath();
     if (PathSelector::IsWritableDirectory(destination))
         return true;
-    Output::Error(Output::eNoWritePermission, CAtlStringA(destination), gui);
+    Output::Error(Output::eNoWritePermission, CAtlStringA(destination.GetString()), gui);
     return false;
 }
 
@@ -87,7 +89,7 @@ std::vector<CAtlString> CWorkFlow::ResolveAliases(const CCmdLineContext& context
     {
         const auto found = categories.find(alias);
         if (found == categories.end())
-            PrintErr(CAtlStringA(complaint) + CAtlStringA(alias));
+            PrintErr(CAtlStringA(complaint) + CAtlStringA(alias.GetString()));
         else
             ids.push_back(found->second);
     }

@@ -46,7 +46,7 @@ bool CWorkFlow::UninstallGallery(const CWorkFlowEnvironment& environment, IGalle
     const CAtlString installed = configuration.GetInstallDirectory().GetPath();
     if (!PathSelector::IsWritableDirectory(installed))
     {
-        Output::Error(Output::eNoWritePermission, CAtlStringA(installed), gui);
+        Output::Error(Output::eNoWritePermission, CAtlStringA(installed.GetString()), gui);
         return false;
     }
 
