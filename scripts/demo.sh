@@ -18,9 +18,9 @@ gallery="$tmp/gallery"
 
 echo
 echo "== curatool --installall -configuration samples/collection -source samples/source -destination $gallery -verbose"
-# A console mode: no display is needed, and none is used even when there is one.
+# A console mode: it runs without any display, as it would over SSH.
 status=0
-(cd "$here" && QT_QPA_PLATFORM=offscreen \
+(cd "$here" && env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM \
     CURATOOL_ROOT="$tmp/root" HOME="$tmp/home" XDG_CONFIG_HOME="$tmp/home/.config" TMPDIR="$tmp/tmp" \
     "$bin" --installall -configuration samples/collection -source samples/source \
     -destination "$gallery" -verbose) 2>&1 | tee "$tmp/install.log" || status=$?
