@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 #include <memory>
 #include <vector>
 
@@ -76,9 +78,12 @@ private:
     static bool PrepareDownload(const CCmdLineContext& context, const Configuration& configuration,
                                 CWorkFlowEnvironment& environment);
     // The category ids of the -c aliases, in command-line order; unknown ones are reported with
-    // `complaint` and skipped.
-    static std::vector<CAtlString> ResolveAliases(const CCmdLineContext& context, const CConfiguration& configuration,
-                                                  const char* complaint);
+    // `complaint` and skipped. False, after printing `nothingChosen`, when no -c was given.
+    static bool SelectCategories(const CCmdLineContext& context, const CConfiguration& configuration,
+                                 const char* nothingChosen, const char* complaint, std::vector<CAtlString>& ids);
+    // Runs an engine step with the console's progress lines, then says "Done.": what the step
+    // itself reports stays in those lines.
+    static int RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step);
     // Makes the folder with its parents; on failure prints `complaint` and the path.
     static bool CreateDestination(const CAtlString& path, const char* complaint);
     static bool CheckWritableDestination(const CWorkFlowEnvironment& environment, bool gui);

@@ -7,7 +7,6 @@
 #include "CConfiguration.h"
 #include "CGalleryInstallation.h"
 #include "CInstallationController.h"
-#include "CLIProgress.h"
 #include "Output.h"
 
 #include <filesystem>
@@ -73,32 +72,22 @@ int CWorkFlow::DownloadAll(const CCmdLineContext& context, Configuration configu
     CWorkFlowEnvironment environment;
     if (!PrepareDownload(context, configuration, environment))
         return eFailure;
-
-    CLIProgress progress;
-    progress.SetVerbose(context.verbose);
-    environment.controller->DownloadAll(&progress);
-    MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
-    PrintOut("Done.");
-    return eSuccess;
+    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
+        environment.controller->DownloadAll(progress);
+        MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
+    });
 }
 
 int CWorkFlow::DownloadSome(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
     CWorkFlowEnvironment environment;
-    if (!PrepareDownload(context, configuration, environment))
+    std::vector<CAtlString> ids;
+    if (!PrepareDownload(context, configuration, environment) ||
+        !SelectCategories(context, *configuration, "nothing to download", "alias not found: ", ids))
         return eFailure;
-    if (context.categoryAliases.empty())
-    {
-        PrintOut("nothing to download");
-        return eFailure;
-    }
-    const std::vector<CAtlString> ids = ResolveAliases(context, *configuration, "alias not found: ");
-
-    CLIProgress progress;
-    progress.SetVerbose(context.verbose);
-    environment.controller->DownloadSome(ids, &progress);
-    MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
-    PrintOut("Done.");
-    return eSuccess;
+    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
+        environment.controller->DownloadSome(ids, progress);
+        MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
+    });
 }

@@ -6,7 +6,6 @@
 #include "CCmdLineContext.h"
 #include "CConfiguration.h"
 #include "CInstallationController.h"
-#include "CLIProgress.h"
 #include "Output.h"
 
 int CWorkFlow::Normal(const CCmdLineContext& context, Configuration)
@@ -79,30 +78,20 @@ int CWorkFlow::InstallAll(const CCmdLineContext& context, Configuration configur
     CWorkFlowEnvironment environment;
     if (!PrepareInstall(context, configuration, false, environment))
         return eFailure;
-
-    CLIProgress progress;
-    progress.SetVerbose(context.verbose);
-    environment.controller->InstallAll(&progress);
-    PrintOut("Done.");
-    return eSuccess;
+    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
+        environment.controller->InstallAll(progress);
+    });
 }
 
 int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
     CWorkFlowEnvironment environment;
-    if (!PrepareInstall(context, configuration, true, environment))
+    std::vector<CAtlString> ids;
+    if (!PrepareInstall(context, configuration, true, environment) ||
+        !SelectCategories(context, *configuration, "Nothing to install", "Alias not found: ", ids))
         return eFailure;
-    if (context.categoryAliases.empty())
-    {
-        PrintOut("Nothing to install");
-        return eFailure;
-    }
-    const std::vector<CAtlString> ids = ResolveAliases(context, *configuration, "Alias not found: ");
-
-    CLIProgress progress;
-    progress.SetVerbose(context.verbose);
-    environment.controller->InstallSome(ids, &progress);
-    PrintOut("Done.");
-    return eSuccess;
+    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
+        environment.controller->InstallSome(ids, progress);
+    });
 }

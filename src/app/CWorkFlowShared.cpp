@@ -7,6 +7,7 @@
 #include "CConfiguration.h"
 #include "CGalleryData.h"
 #include "CInstallationController.h"
+#include "CLIProgress.h"
 #include "CZoltaDirectoryPath.h"
 #include "GalleryDownloader.h"
 #include "InstalledXmlWriter.h"
@@ -80,10 +81,14 @@ bool CWorkFlow::CheckWritableDestination(const CWorkFlowEnvironment& environment
     return false;
 }
 
-std::vector<CAtlString> CWorkFlow::ResolveAliases(const CCmdLineContext& context, const CConfiguration& configuration,
-                                                  const char* complaint)
+bool CWorkFlow::SelectCategories(const CCmdLineContext& context, const CConfiguration& configuration,
+                                 const char* nothingChosen, const char* complaint, std::vector<CAtlString>& ids)
 {
-    std::vector<CAtlString> ids;
+    if (context.categoryAliases.empty())
+    {
+        PrintOut(nothingChosen);
+        return false;
+    }
     const CGalleryData::CategoryMap& categories = configuration.GetGallery()->GetCategories();
     for (const CAtlString& alias : context.categoryAliases)
     {
@@ -93,7 +98,16 @@ std::vector<CAtlString> CWorkFlow::ResolveAliases(const CCmdLineContext& context
         else
             ids.push_back(found->second);
     }
-    return ids;
+    return true;
+}
+
+int CWorkFlow::RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step)
+{
+    CLIProgress progress;
+    progress.SetVerbose(context.verbose);
+    step(&progress);
+    PrintOut("Done.");
+    return eSuccess;
 }
 
 void CWorkFlow::PrintOut(const CAtlStringA& line)
