@@ -246,4 +246,17 @@ std::string E2EGallery::StoredProxyValue(const std::string& key) const
     return store.value(QString::fromLatin1(kProxySection) + QString::fromStdString(key)).toString().toStdString();
 }
 
+void ServedGallery::SetUp()
+{
+    E2EGallery::SetUp();
+    ASSERT_TRUE(m_server.StartStaticServer(QString::fromStdString(m_source)));
+    m_url = HttpUrl(m_server.Port(), QString()).toStdString();
+    SetDefaultSource(m_url);
+}
+
+std::string ServedGallery::CheckedThenDone() const
+{
+    return "Checking connection to: " + m_url + "\nCheck succeeded.\nDone.\n";
+}
+
 }  // namespace curatool::test

@@ -4,6 +4,7 @@
 // folders, temporary folder and system root per test, a copy of the collection whose default
 // source can be pointed anywhere, and gallery data sources whose versions the test chooses.
 
+#include "LoopbackServers.h"
 #include "RunBinary.h"
 
 #include <gtest/gtest.h>
@@ -97,6 +98,20 @@ protected:
     std::string m_collection;  // a copy of the sample collection
     std::string m_source;      // a local source, written by SetUp
     std::string m_gallery;     // an install destination that does not exist yet
+};
+
+// The same world with the local source served over loopback HTTP and the collection's default
+// source pointing at it.
+class ServedGallery : public E2EGallery
+{
+protected:
+    void SetUp() override;
+
+    // What a run that checked the connection and then went its way prints on standard output.
+    std::string CheckedThenDone() const;
+
+    ServerProcess m_server;
+    std::string m_url;
 };
 
 }  // namespace curatool::test

@@ -1,7 +1,6 @@
 // --downloadall and --downloadsome: a local copy of a server's gallery data that later serves
 // as -source, the tidy-up of the copy, and the refusals of both modes.
 #include "E2EGallery.h"
-#include "LoopbackServers.h"
 #include "TestEnvironment.h"
 
 #include <gtest/gtest.h>
@@ -13,15 +12,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class DownloadFromHttp : public E2EGallery
+class DownloadFromHttp : public ServedGallery
 {
 protected:
     void SetUp() override
     {
-        E2EGallery::SetUp();
-        ASSERT_TRUE(m_server.StartStaticServer(QString::fromStdString(m_source)));
-        m_url = HttpUrl(m_server.Port(), QString()).toStdString();
-        SetDefaultSource(m_url);
+        ServedGallery::SetUp();
         m_copy = m_base + "/copy";
     }
 
@@ -30,11 +26,6 @@ protected:
         std::vector<std::string> arguments{action, "-configuration", m_collection, "-destination", m_copy};
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         return Curatool(arguments);
-    }
-
-    std::string CheckedThenDone() const
-    {
-        return "Checking connection to: " + m_url + "\nCheck succeeded.\nDone.\n";
     }
 
     bool HasPackagesOf(const std::string& alias) const
@@ -62,8 +53,6 @@ protected:
         EXPECT_FALSE(Exists(m_copy + "/dog.png"));
     }
 
-    ServerProcess m_server;
-    std::string m_url;
     std::string m_copy;
 };
 

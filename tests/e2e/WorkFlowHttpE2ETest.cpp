@@ -1,7 +1,6 @@
 // Installs from a loopback HTTP server: the connection check, an unreachable server, a URL given
 // as -source, and the road through a proxy that wants Basic credentials.
 #include "E2EGallery.h"
-#include "LoopbackServers.h"
 #include "TestEnvironment.h"
 
 #include <gtest/gtest.h>
@@ -15,28 +14,15 @@ namespace {
 const char kProxyUser[] = "curator";
 const char kProxyPassword[] = "s3cret";
 
-class InstallOverHttp : public E2EGallery
+class InstallOverHttp : public ServedGallery
 {
 protected:
-    void SetUp() override
-    {
-        E2EGallery::SetUp();
-        ASSERT_TRUE(m_server.StartStaticServer(QString::fromStdString(m_source)));
-        m_url = HttpUrl(m_server.Port(), QString()).toStdString();
-        SetDefaultSource(m_url);
-    }
-
     RunResult InstallWithDownload(std::vector<std::string> extra = {})
     {
         std::vector<std::string> arguments{"--installall", "-allowdownload", "-configuration", m_collection,
                                            "-destination", m_gallery};
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         return Curatool(arguments);
-    }
-
-    std::string CheckedThenDone() const
-    {
-        return "Checking connection to: " + m_url + "\nCheck succeeded.\nDone.\n";
     }
 
     void ExpectEverythingInstalled()
@@ -56,8 +42,6 @@ protected:
         EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
     }
 
-    ServerProcess m_server;
-    std::string m_url;
 };
 
 }  // namespace
