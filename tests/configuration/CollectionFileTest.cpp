@@ -86,55 +86,41 @@ TEST(CollectionFile, ZippedCollectionLoadsFromAFolderThatDiesWithTheConfiguratio
 
 TEST(CollectionFile, OpeningAnotherCollectionDropsThePreviousOne)
 {
+    // The second collection lies inside the unpacked first one.
+    CollectionFiles outer = CompleteCollection("Org", "Outer", "guid-outer");
+    outer.others["inner/Inner.gallerycollection"] = ReadFile(GoodArchive("Inner.gallerycollection", "Inner"));
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(GoodArchive("First.gallerycollection", "First"))));
+    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(Pack(WriteCollection("outer", outer), "Outer.gallerycollection"))));
     const std::string first = Narrow(configuration.GetDirectory().GetPath());
-    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(GoodArchive("Second.gallerycollection", "Second"))));
+    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(first + "/inner/Inner.gallerycollection")));
     // The first folder went before the second was made, so its name may well be taken again.
     EXPECT_EQ((std::vector<std::string>{Narrow(configuration.GetDirectory().GetPath())}), UnpackedFolders());
     EXPECT_TRUE(first == Narrow(configuration.GetDirectory().GetPath()) || !Exists(first));
-    EXPECT_EQ("Second", Narrow(configuration.GetGallery()->GetName()));
+    EXPECT_EQ("Inner", Narrow(configuration.GetGallery()->GetName()));
     configuration.Reset();
     EXPECT_TRUE(UnpackedFolders().empty());
     EXPECT_FALSE(configuration.IsLoaded());
     EXPECT_TRUE(configuration.GetCollectionLocation().IsEmpty());
 }
 
-TEST(CollectionFile, ACollectionInsideTheOpenOneCanBeOpened)
-{
-    CollectionFiles outer = CompleteCollection("Org", "Outer", "guid-outer");
-    outer.others["inner/Inner.gallerycollection"] =
-        ReadFile(GoodArchive("Inner.gallerycollection", "Inner"));
-    CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(Pack(WriteCollection("outer", outer), "Outer.gallerycollection"))));
-    const std::string inner = Narrow(configuration.GetDirectory().GetPath()) + "/inner/Inner.gallerycollection";
-    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(inner)));
-    EXPECT_EQ("Inner", Narrow(configuration.GetGallery()->GetName()));
-    EXPECT_EQ(1u, UnpackedFolders().size());
-}
-
-TEST(CollectionFile, OnlyTheExactExtensionIsAccepted)
-{
-    const std::string archive = GoodArchive("Named.gallerycollection", "Named");
-    CConfiguration configuration;
-    for (const char* name : {"x.zip", "x.GalleryCollection", "x.gallerycollection.zip", "gallerycollection"}) {
-        const std::string renamed = fs::path(archive).parent_path().string() + "/" + name;
-        fs::copy_file(archive, renamed);
-        EXPECT_FALSE(configuration.OpenCollectionFile(Wide(renamed))) << name;
-        EXPECT_TRUE(UnpackedFolders().empty()) << name;
-    }
-    EXPECT_FALSE(configuration.OpenCollectionFile(Wide(fs::path(archive).parent_path().string() + "/absent.gallerycollection")));
-}
-
-TEST(CollectionFile, BadArchivesFailAndLeaveNoTemporaryFolder)
+TEST(CollectionFile, BadArchivesAndOtherExtensionsFailAndLeaveNoTemporaryFolder)
 {
     const std::string folder = MakeScratchDir("bad-archives");
     const std::string good = ReadFile(GoodArchive("Good.gallerycollection", "Good"));
+    CollectionFiles withoutConfiguration = CompleteCollection("Org", "NoConfig", "guid-noconfig");
+    withoutConfiguration.configuration.clear();
     const std::map<std::string, std::string> archives = {
         {"empty.gallerycollection", ""},
         {"text.gallerycollection", "this is not an archive at all"},
         {"truncated.gallerycollection", good.substr(0, good.size() / 2)},
         {"headless.gallerycollection", good.substr(good.size() / 2)},
+        {"noconfig.gallerycollection",
+         ReadFile(Pack(WriteCollection("noconfig", withoutConfiguration), "NoConfig.gallerycollection"))},
+        // Only the exact extension is accepted, however good the content.
+        {"x.zip", good},
+        {"x.GalleryCollection", good},
+        {"x.gallerycollection.zip", good},
+        {"gallerycollection", good},
     };
     for (const auto& [name, content] : archives) {
         WriteFile(folder + "/" + name, content);
@@ -143,13 +129,8 @@ TEST(CollectionFile, BadArchivesFailAndLeaveNoTemporaryFolder)
         EXPECT_FALSE(configuration.IsLoaded()) << name;
         EXPECT_TRUE(UnpackedFolders().empty()) << name;
     }
-
-    CollectionFiles withoutConfiguration = CompleteCollection("Org", "NoConfig", "guid-noconfig");
-    withoutConfiguration.configuration.clear();
     CConfiguration configuration;
-    EXPECT_FALSE(configuration.OpenCollectionFile(
-        Wide(Pack(WriteCollection("noconfig", withoutConfiguration), "NoConfig.gallerycollection"))));
-    EXPECT_TRUE(UnpackedFolders().empty());
+    EXPECT_FALSE(configuration.OpenCollectionFile(Wide(folder + "/absent.gallerycollection")));
 }
 
 TEST(CollectionFile, EntryNamesThatClimbOutStayInside)

@@ -77,13 +77,8 @@ TEST(ConfigurationRead, CompleteCollectionFillsEveryRecord)
     EXPECT_EQ("Sample", Narrow(configuration.GetMetaData()->Title(Wide("en"))));
     EXPECT_EQ("1.0.0.0", Narrow(configuration.GetDocumentVersion().ToString()));
     EXPECT_EQ(folder, Narrow(configuration.GetDirectory().GetPath()));
-}
 
-TEST(ConfigurationRead, FileListFollowsReadingOrderWithDirectoriesBeforeFiles)
-{
-    const std::string folder = WriteCollection("order", CompleteCollection("Org", "Order", "guid-2"));
-    CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    // The file list follows the reading order, directories apart.
     const auto files = configuration.GetFileList();
     EXPECT_EQ((std::vector<std::string>{"configuration.xml", "texts/about.html", "texts/splash.html", "style.qss",
                                         "extra/readme.txt", "images/logo.png", "metadata.xml"}),
@@ -92,7 +87,7 @@ TEST(ConfigurationRead, FileListFollowsReadingOrderWithDirectoriesBeforeFiles)
     EXPECT_EQ(folder + "/Languages", Narrow(files->GetDirectories()[0].GetPath()));
 }
 
-TEST(ConfigurationRead, MissingMetaDataLeavesFieldsFilledButInvalid)
+TEST(ConfigurationRead, FailedLoadKeepsWhatWasReadButIsNotLoaded)
 {
     CollectionFiles files = CompleteCollection("Org", "NoMeta", "guid-3");
     files.metadata.clear();
@@ -105,47 +100,47 @@ TEST(ConfigurationRead, MissingMetaDataLeavesFieldsFilledButInvalid)
     EXPECT_EQ("NoMeta", Narrow(configuration.GetGallery()->GetName()));
     EXPECT_EQ("Org", Narrow(configuration.GetOrganization()->GetName()));
     EXPECT_EQ("NoMeta Setup", Narrow(configuration.GetApplication()->GetTitle()));
-}
 
-TEST(ConfigurationRead, DocumentVersionAboveTheSupportedOneIsRefused)
-{
-    EXPECT_FALSE(Loads(ConfigurationDocument("Version=\"1.0.0.1\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
-    EXPECT_FALSE(Loads(ConfigurationDocument("Version=\"2.0.0.0\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
-    EXPECT_TRUE(Loads(ConfigurationDocument("Version=\"1.0.0.0\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
-    EXPECT_TRUE(Loads(ConfigurationDocument("Version=\"0.9.9.9\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
-    // Text that is no version is never newer than a version.
-    EXPECT_TRUE(Loads(ConfigurationDocument("Version=\"abc\"", MinimalApplication, MinimalOrganization, MinimalGallery())));
-    EXPECT_TRUE(Loads(ConfigurationDocument("", MinimalApplication, MinimalOrganization, MinimalGallery())));
-}
-
-TEST(ConfigurationRead, EachRequiredElementIsNeededAndEarlierOnesStayRead)
-{
-    EXPECT_FALSE(Loads(ConfigurationDocument("", "", MinimalOrganization, MinimalGallery())));
-    EXPECT_FALSE(Loads(ConfigurationDocument("", MinimalApplication, "", MinimalGallery())));
-    EXPECT_FALSE(Loads(ConfigurationDocument("", MinimalApplication, MinimalOrganization, "")));
-
-    CConfiguration configuration;
-    EXPECT_FALSE(configuration.OpenCollectionDirectory(
+    // A missing required element fails the load, but the ones read before it stay.
+    CConfiguration partial;
+    EXPECT_FALSE(partial.OpenCollectionDirectory(
         Wide(CollectionWith(ConfigurationDocument("", MinimalApplication, "", MinimalGallery())))));
-    EXPECT_EQ("Gal", Narrow(configuration.GetGallery()->GetName()));
-    EXPECT_EQ("T", Narrow(configuration.GetApplication()->GetTitle()));
+    EXPECT_EQ("Gal", Narrow(partial.GetGallery()->GetName()));
+    EXPECT_EQ("T", Narrow(partial.GetApplication()->GetTitle()));
 }
 
-TEST(ConfigurationRead, ElementOrderInTheDocumentDoesNotMatter)
+TEST(ConfigurationRead, WhichDocumentsLoad)
 {
-    const std::string document = "<?xml version=\"1.0\"?><AnyRoot><Organization><Name Value=\"O\"/></Organization>"
-                                 "<Gallery GUID=\"g\" Name=\"N\"/><Application><Title Value=\"T\"/></Application></AnyRoot>";
-    EXPECT_TRUE(Loads(document));
-}
-
-TEST(ConfigurationRead, BrokenDocumentsFailWithoutHarm)
-{
-    const std::string good = ConfigurationDocument("", MinimalApplication, MinimalOrganization, MinimalGallery());
-    EXPECT_FALSE(Loads(good.substr(0, good.size() / 2)));
-    EXPECT_FALSE(Loads("<CCSettings><Application></CCSettings>"));
-    EXPECT_FALSE(Loads(""));
-    EXPECT_FALSE(Loads(std::string("\0\xff\xfe<", 4)));
-    EXPECT_FALSE(Loads("just text"));
+    const auto document = [](const std::string& root, const std::string& application = MinimalApplication,
+                              const std::string& organization = MinimalOrganization,
+                              const std::string& gallery = MinimalGallery()) {
+        return ConfigurationDocument(root, application, organization, gallery);
+    };
+    const std::string good = document("");
+    for (const auto& [text, loads] : std::vector<std::pair<std::string, bool>>{
+             // Versions above the supported one are refused; text that is no version is never newer.
+             {document("Version=\"1.0.0.1\""), false},
+             {document("Version=\"2.0.0.0\""), false},
+             {document("Version=\"1.0.0.0\""), true},
+             {document("Version=\"0.9.9.9\""), true},
+             {document("Version=\"abc\""), true},
+             {good, true},
+             // Each required element is needed.
+             {document("", ""), false},
+             {document("", MinimalApplication, ""), false},
+             {document("", MinimalApplication, MinimalOrganization, ""), false},
+             // Their order and the root's name do not matter.
+             {"<?xml version=\"1.0\"?><AnyRoot><Organization><Name Value=\"O\"/></Organization>"
+              "<Gallery GUID=\"g\" Name=\"N\"/><Application><Title Value=\"T\"/></Application></AnyRoot>",
+              true},
+             // Broken documents fail without harm.
+             {good.substr(0, good.size() / 2), false},
+             {"<CCSettings><Application></CCSettings>", false},
+             {"", false},
+             {std::string("\0\xff\xfe<", 4), false},
+             {"just text", false},
+         })
+        EXPECT_EQ(loads, Loads(text)) << text;
 
     CConfiguration configuration;
     EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(MakeScratchDir("empty"))));
@@ -195,7 +190,7 @@ TEST(ConfigurationRead, MissingOptionalElementsLeaveFieldsAsTheyWere)
     EXPECT_EQ("Elsewhere", Narrow(configuration.GetApplication()->GetPathOverride()));
 }
 
-TEST(ConfigurationLocation, ConfigurationDirectoryUsesCleanedNames)
+TEST(ConfigurationLocation, ConfigurationDirectoryCleansNamesInstallDirectoryKeepsThem)
 {
     struct Case { std::string organization, gallery, expected; };
     for (const Case& c : std::vector<Case>{{"", "Gal", "/Gal"},
@@ -207,10 +202,8 @@ TEST(ConfigurationLocation, ConfigurationDirectoryUsesCleanedNames)
             "<Gallery GUID=\"g\" Name=\"" + c.gallery + "\"/>")))));
         EXPECT_EQ(ConfigurationsFolder() + c.expected, Narrow(configuration.GetConfigurationDirectory().GetPath()));
     }
-}
 
-TEST(ConfigurationLocation, DefaultInstallDirectoryKeepsNamesAndHonoursPathOverride)
-{
+    // The default install directory keeps the names as they are and honours a path override.
     const std::string shared = std::string(std::getenv("CURATOOL_ROOT")) + "/usr/local/share/ZOLTA Scrivent Galleries";
     CConfiguration configuration;
     ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(

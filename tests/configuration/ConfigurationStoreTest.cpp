@@ -113,6 +113,8 @@ TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
     EXPECT_FALSE(configuration.Register());
     EXPECT_FALSE(configuration.Unregister());
     EXPECT_TRUE(ReadSetting("guid-reg", "ImsManifestXml").empty());
+    EXPECT_FALSE(configuration.RemoveStoredFiles());  // only a stored copy removes its files
+    EXPECT_TRUE(Exists(source + "/configuration.xml"));
 
     EXPECT_FALSE(configuration.FindInstalled());
     EXPECT_TRUE(configuration.GetInstallDirectory().IsEmpty());
@@ -139,6 +141,29 @@ TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
     ASSERT_TRUE(again.OpenCollectionDirectory(Wide(source)));
     EXPECT_TRUE(again.FindInstalled());
     EXPECT_EQ(install, Narrow(again.GetInstallDirectory().GetPath()));
+
+    // Opened as installed, the stored copy is reloaded and is its own configuration folder.
+    CConfiguration reopened;
+    int callbacks = 0;
+    reopened.SetLoadedCallback([&](CConfiguration const*) { ++callbacks; });
+    ASSERT_TRUE(reopened.OpenInstalled(Wide("guid-reg")));
+    EXPECT_EQ(1, callbacks);
+    EXPECT_TRUE(reopened.IsStored());
+    EXPECT_EQ(stored, Narrow(reopened.GetDirectory().GetPath()));
+    EXPECT_EQ(install, Narrow(reopened.GetInstallDirectory().GetPath()));
+    EXPECT_EQ("Registered", Narrow(reopened.GetGallery()->GetName()));
+    EXPECT_TRUE(reopened.StoreConfiguration());  // copies nothing onto itself
+
+    ASSERT_TRUE(reopened.RemoveStoredFiles());
+    EXPECT_FALSE(Exists(stored + "/configuration.xml"));
+    EXPECT_FALSE(Exists(stored + "/metadata.xml"));
+    EXPECT_TRUE(Exists(stored + "/Languages/de/CuratoolId.qm"));
+
+    ASSERT_TRUE(reopened.Unregister());
+    EXPECT_TRUE(ReadSetting("guid-reg", "ImsManifestXml").empty());
+    CConfiguration gone;
+    EXPECT_FALSE(gone.OpenInstalled(Wide("guid-reg")));
+    EXPECT_FALSE(gone.IsLoaded());
 }
 
 TEST(ConfigurationRegistry, ComposeWithoutInstallDirectoryUsesTheDefault)
@@ -155,44 +180,6 @@ TEST(ConfigurationRegistry, ComposeWithoutInstallDirectoryUsesTheDefault)
               Narrow(configuration.GetInstallDirectory().GetPath()));
 }
 
-TEST(ConfigurationRegistry, OpenInstalledReloadsTheStoredCopyAndRemovesIt)
-{
-    const std::string source = WriteCollection("installed", CompleteCollection("Inst Org", "Installed", "guid-inst"));
-    const std::string install = MakeScratchDir("installed-target");
-    {
-        CConfiguration configuration;
-        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
-        ASSERT_TRUE(configuration.StoreConfiguration());
-        configuration.FindInstalled();
-        configuration.SetInstallDirectory(CZoltaDirectoryPath(Wide(install)));
-        ASSERT_TRUE(configuration.Register());
-    }
-    const std::string stored = ConfigurationsFolder() + "/Inst Org/Installed";
-
-    CConfiguration reopened;
-    int callbacks = 0;
-    reopened.SetLoadedCallback([&](CConfiguration const*) { ++callbacks; });
-    ASSERT_TRUE(reopened.OpenInstalled(Wide("guid-inst")));
-    EXPECT_EQ(1, callbacks);
-    EXPECT_TRUE(reopened.IsStored());
-    EXPECT_EQ(stored, Narrow(reopened.GetDirectory().GetPath()));
-    EXPECT_EQ(install, Narrow(reopened.GetInstallDirectory().GetPath()));
-    EXPECT_EQ("Installed", Narrow(reopened.GetGallery()->GetName()));
-    // The stored copy is its own configuration folder: storing again copies nothing.
-    EXPECT_TRUE(reopened.StoreConfiguration());
-
-    ASSERT_TRUE(reopened.RemoveStoredFiles());
-    EXPECT_FALSE(Exists(stored + "/configuration.xml"));
-    EXPECT_FALSE(Exists(stored + "/metadata.xml"));
-    EXPECT_TRUE(Exists(stored + "/Languages/de/CuratoolId.qm"));
-
-    ASSERT_TRUE(reopened.Unregister());
-    EXPECT_TRUE(ReadSetting("guid-inst", "ImsManifestXml").empty());
-    CConfiguration gone;
-    EXPECT_FALSE(gone.OpenInstalled(Wide("guid-inst")));
-    EXPECT_FALSE(gone.IsLoaded());
-}
-
 TEST(ConfigurationRegistry, OpenInstalledNeedsManifestAndMetadataOrApplicationPath)
 {
     const CAtlString section = Wide(std::string(RepositorySection) + "guid-half");
@@ -205,15 +192,6 @@ TEST(ConfigurationRegistry, OpenInstalledNeedsManifestAndMetadataOrApplicationPa
     EXPECT_TRUE(configuration.IsStored());
     EXPECT_EQ("/nowhere", Narrow(configuration.GetInstallDirectory().GetPath()));
     EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-never-written")));
-}
-
-TEST(ConfigurationRegistry, RemoveStoredFilesNeedsTheStoredCopy)
-{
-    const std::string source = WriteCollection("notstored", CompleteCollection("Org", "NotStored", "guid-ns"));
-    CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
-    EXPECT_FALSE(configuration.RemoveStoredFiles());
-    EXPECT_TRUE(Exists(source + "/configuration.xml"));
 }
 
 TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDeleted)

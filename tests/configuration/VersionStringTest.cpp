@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <optional>
+#include <vector>
+
 using curatool::test::Narrow;
 using curatool::test::Wide;
 
@@ -14,73 +18,45 @@ CVersionString Version(const char* text)
     return CVersionString(Wide(text));
 }
 
-void ExpectNumbers(const CVersionString& version, int major, int minor, int revision, int build)
+std::array<int, 4> Numbers(const CVersionString& version)
 {
-    EXPECT_EQ(major, version.GetMajor());
-    EXPECT_EQ(minor, version.GetMinor());
-    EXPECT_EQ(revision, version.GetRevision());
-    EXPECT_EQ(build, version.GetBuild());
+    return {version.GetMajor(), version.GetMinor(), version.GetRevision(), version.GetBuild()};
 }
 
 }  // namespace
 
-TEST(VersionStringParse, DottedTextIgnoresLeadingZeros)
+TEST(VersionStringParse, DottedAndPackedForms)
 {
-    const CVersionString plain = Version("1.0.0.0");
-    const CVersionString padded = Version("01.00.00.00");
-    EXPECT_TRUE(plain.IsValid());
-    EXPECT_TRUE(padded.IsValid());
-    EXPECT_TRUE(plain == padded);
-    EXPECT_EQ("1.0.0.0", Narrow(plain.ToString()));
-    EXPECT_EQ("1.0.0.0", Narrow(padded.ToString()));
-    EXPECT_EQ("01.00.00.00", Narrow(padded.GetText()));
-}
-
-TEST(VersionStringParse, TooFewDottedPartsAreInvalid)
-{
-    const CVersionString version = Version("1.2.3");
-    EXPECT_FALSE(version.IsValid());
-    ExpectNumbers(version, 1, 2, 3, -1);
-    EXPECT_EQ("1.2.3", Narrow(version.ToString()));
-    EXPECT_EQ("1.2.3.-1", Narrow(version.GetFormatted()));
-    EXPECT_FALSE(Version("1..2.3").IsValid());
-}
-
-TEST(VersionStringParse, NonNumericPartKeepsItsFieldAndCountsAsParsed)
-{
-    const CVersionString version = Version("7.x.3.4");
-    EXPECT_TRUE(version.IsValid());
-    ExpectNumbers(version, 7, 0, 3, 4);
-}
-
-TEST(VersionStringParse, PackedSevenDigitsCutRevisionFirst)
-{
-    const CVersionString version = Version("1907024");
-    EXPECT_TRUE(version.IsValid());
-    ExpectNumbers(version, 1, 90, 24, 70);
-}
-
-TEST(VersionStringParse, PackedEightToElevenDigits)
-{
-    ExpectNumbers(Version("12345678"), 1, 23, 456, 78);
-    // Digits left of the major cut are ignored.
-    ExpectNumbers(Version("12345678901"), 34, 56, 789, 1);
-}
-
-TEST(VersionStringParse, PackedTwelveAndMoreDigits)
-{
-    ExpectNumbers(Version("123456789012"), 1, 234, 5678, 9012);
-    ExpectNumbers(Version("999123456789012"), 991, 234, 5678, 9012);
-}
-
-TEST(VersionStringParse, ShortTextWithoutDotsIsNeverParsed)
-{
-    const CVersionString version = Version("abc");
-    EXPECT_FALSE(version.IsValid());
-    ExpectNumbers(version, 0, 0, 0, 0);
-    EXPECT_EQ("abc", Narrow(version.ToString()));
-    EXPECT_FALSE(Version("").IsValid());
-    EXPECT_FALSE(Version("123456").IsValid());
+    struct Case
+    {
+        const char* text;
+        bool valid;
+        std::optional<std::array<int, 4>> numbers;
+        const char* shown;
+    };
+    for (const Case& c : {
+             Case{"01.00.00.00", true, std::array{1, 0, 0, 0}, "1.0.0.0"},  // leading zeros do not count
+             Case{"1.2.3", false, std::array{1, 2, 3, -1}, "1.2.3"},         // too few parts
+             Case{"7.x.3.4", true, std::array{7, 0, 3, 4}, nullptr},  // a non-numeric part keeps its field
+             Case{"1907024", true, std::array{1, 90, 24, 70}, nullptr},      // seven digits: revision is cut first
+             Case{"12345678", true, std::array{1, 23, 456, 78}, nullptr},
+             Case{"12345678901", true, std::array{34, 56, 789, 1}, nullptr},  // digits left of the major cut are ignored
+             Case{"123456789012", true, std::array{1, 234, 5678, 9012}, nullptr},
+             Case{"999123456789012", true, std::array{991, 234, 5678, 9012}, nullptr},
+             Case{"abc", false, std::array{0, 0, 0, 0}, "abc"},  // short text without dots is never parsed
+             Case{"123456", false, std::nullopt, nullptr},
+             Case{"", false, std::nullopt, nullptr},
+             Case{"1..2.3", false, std::nullopt, nullptr},
+         }) {
+        const CVersionString version = Version(c.text);
+        EXPECT_EQ(c.valid, version.IsValid()) << c.text;
+        if (c.numbers)
+            EXPECT_EQ(*c.numbers, Numbers(version)) << c.text;
+        if (c.shown)
+            EXPECT_EQ(c.shown, Narrow(version.ToString())) << c.text;
+        EXPECT_EQ(c.text, Narrow(version.GetText())) << c.text;
+    }
+    EXPECT_EQ("1.2.3.-1", Narrow(Version("1.2.3").GetFormatted()));
 }
 
 TEST(VersionStringParse, ReusedObjectKeepsTheLastSuccessfulParse)
@@ -88,46 +64,34 @@ TEST(VersionStringParse, ReusedObjectKeepsTheLastSuccessfulParse)
     CVersionString version = Version("1.2.3.4");
     version = Wide("abc");
     EXPECT_TRUE(version.IsValid());
-    ExpectNumbers(version, 1, 2, 3, 4);
+    EXPECT_EQ((std::array<int, 4>{1, 2, 3, 4}), Numbers(version));
     EXPECT_EQ("abc", Narrow(version.GetText()));
     EXPECT_EQ("1.2.3.4", Narrow(version.ToString()));
+
+    version = CAtlStringA("2.10.0.7");  // 8-bit text parses alike
+    EXPECT_EQ((std::array<int, 4>{2, 10, 0, 7}), Numbers(version));
 }
 
-TEST(VersionStringParse, EightBitTextParsesAlike)
+TEST(VersionStringCompare, NumbersThenValidityThenText)
 {
-    CVersionString version;
-    version = CAtlStringA("2.10.0.7");
-    EXPECT_TRUE(version.IsValid());
-    ExpectNumbers(version, 2, 10, 0, 7);
-}
-
-TEST(VersionStringCompare, ValidVersionsCompareByNumberNotByText)
-{
-    EXPECT_TRUE(Version("1.2.3.4") < Version("1.2.3.10"));
-    EXPECT_TRUE(Version("1.2.3.10") > Version("1.2.3.4"));
-    EXPECT_TRUE(Version("1.9.0.0") < Version("2.0.0.0"));
+    // Each pair is strictly ascending.
+    for (const auto& [low, high] : std::vector<std::pair<const char*, const char*>>{
+             {"1.2.3.4", "1.2.3.10"},  // by number, not by text
+             {"1.9.0.0", "2.0.0.0"},
+             {"1.2.3", "1.0.0.0"},  // invalid is below every valid version
+             {"abc", "abd"},        // two invalid ones compare as text
+             {"", "abc"},
+             {"ABC", "abc"}}) {
+        EXPECT_TRUE(Version(low) < Version(high)) << low << " < " << high;
+        EXPECT_TRUE(Version(high) > Version(low)) << high << " > " << low;
+        EXPECT_FALSE(Version(high) < Version(low)) << high << " < " << low;
+        EXPECT_FALSE(Version(low) > Version(high)) << low << " > " << high;
+        EXPECT_FALSE(Version(low) == Version(high)) << low << " == " << high;
+        EXPECT_FALSE(Version(high) == Version(low)) << high << " == " << low;
+    }
     EXPECT_FALSE(Version("2.0.0.0") < Version("2.0.0.0"));
     EXPECT_FALSE(Version("2.0.0.0") > Version("2.0.0.0"));
     EXPECT_TRUE(Version("1907024") == Version("1.90.24.70"));
-}
-
-TEST(VersionStringCompare, InvalidIsBelowEveryValidVersion)
-{
-    const CVersionString invalid = Version("1.2.3");
-    const CVersionString valid = Version("1.0.0.0");
-    EXPECT_TRUE(invalid < valid);
-    EXPECT_FALSE(valid < invalid);
-    EXPECT_TRUE(valid > invalid);
-    EXPECT_FALSE(invalid > valid);
-    EXPECT_FALSE(invalid == valid);
-    EXPECT_FALSE(valid == invalid);
-}
-
-TEST(VersionStringCompare, TwoInvalidVersionsCompareAsText)
-{
-    EXPECT_TRUE(Version("abc") < Version("abd"));
-    EXPECT_TRUE(Version("abd") > Version("abc"));
     EXPECT_TRUE(Version("abc") == Version("abc"));
-    EXPECT_FALSE(Version("abc") == Version("ABC"));
-    EXPECT_TRUE(Version("") < Version("abc"));
+    EXPECT_TRUE(Version("1.0.0.0") == Version("01.00.00.00"));
 }

@@ -96,16 +96,11 @@ protected:
 
 TEST(LanguageOfLocale, OnlyEnglishPortugueseChineseAndHindiKeepTheirRegion)
 {
-    EXPECT_EQ("en_CA", LanguageOfLocaleName("C").toStdString());
-    EXPECT_EQ("fr", LanguageOfLocaleName("fr_CA").toStdString());
-    EXPECT_EQ("de", LanguageOfLocaleName("de_DE").toStdString());
-    EXPECT_EQ("pt_BR", LanguageOfLocaleName("pt_BR").toStdString());
-    EXPECT_EQ("zh_TW", LanguageOfLocaleName("zh_TW").toStdString());
-    EXPECT_EQ("hi_IN", LanguageOfLocaleName("hi_IN").toStdString());
-    EXPECT_EQ("en_US", LanguageOfLocaleName("en_US").toStdString());
-    EXPECT_EQ("es", LanguageOfLocaleName("es").toStdString());
-    // Only the first part counts: "english" is not English.
-    EXPECT_EQ("eng", LanguageOfLocaleName("eng_XX").toStdString());
+    // "eng_XX": only the first part counts, and "eng" is not English.
+    for (const auto& [locale, language] : std::vector<std::pair<const char*, const char*>>{
+             {"C", "en_CA"}, {"fr_CA", "fr"}, {"de_DE", "de"}, {"pt_BR", "pt_BR"}, {"zh_TW", "zh_TW"},
+             {"hi_IN", "hi_IN"}, {"en_US", "en_US"}, {"es", "es"}, {"eng_XX", "eng"}})
+        EXPECT_EQ(language, LanguageOfLocaleName(locale).toStdString()) << locale;
 }
 
 TEST_F(LanguageSettingsTest, SystemLanguageFollowsTheProcessLocale)
@@ -150,7 +145,7 @@ TEST_F(LanguageSettingsTest, KdeSessionGivesTheFirstOfItsLanguages)
     EXPECT_EQ("en_CA", LanguageCode());
 }
 
-TEST_F(LanguageSettingsTest, KdeIsAskedOnlyInAKdeSessionAndEmptinessFallsThrough)
+TEST_F(LanguageSettingsTest, KdeIsAskedOnlyInAKdeSessionThroughHomeAndEmptinessFallsThrough)
 {
     StartKdeSession("de:en_US");
     unsetenv("KDE_FULL_SESSION");
@@ -165,14 +160,11 @@ TEST_F(LanguageSettingsTest, KdeIsAskedOnlyInAKdeSessionAndEmptinessFallsThrough
     EXPECT_EQ(system, LanguageCode());
     StoreLanguage(L"");  // an empty stored value counts as none
     EXPECT_EQ(system, LanguageCode());
-}
 
-TEST_F(LanguageSettingsTest, KdeFileIsFoundThroughHome)
-{
+    // The file is found through HOME.
     StartKdeSession("it");
     const std::string home = Home();
-    const std::string elsewhere = MakeScratchDir("other-home");
-    setenv("HOME", elsewhere.c_str(), 1);
+    setenv("HOME", MakeScratchDir("other-home").c_str(), 1);
     EXPECT_EQ("", GetKdeSessionLanguage().toStdString());
     setenv("HOME", home.c_str(), 1);
     EXPECT_EQ("it", GetKdeSessionLanguage().toStdString());

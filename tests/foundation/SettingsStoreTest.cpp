@@ -149,15 +149,18 @@ TEST_F(SettingsStoreTest, ListSectionNamesChildSectionsAndValues)
     EXPECT_TRUE(none.empty());
 }
 
-TEST_F(SettingsStoreTest, StringArraysUseCountAndDecimalIndices)
+TEST_F(SettingsStoreTest, StringArraysUseCountAndDecimalIndicesAndReadingSkipsGaps)
 {
+    QStringList read;
+    EXPECT_EQ(0, CSettingsStore::ReadStringArray(kUser, section, read));
+    EXPECT_TRUE(read.isEmpty());
+
     const QStringList arguments = {"--installsome", "-configuration", QString::fromUtf8("/médias/Ünïcode dir"),
                                    "", "-verbose"};
     ASSERT_EQ(0, CSettingsStore::WriteStringArray(kUser, section, arguments, kStore));
     EXPECT_EQ(5, CSettingsStore::ReadInt(kUser, section, L"count", 0));
     EXPECT_EQ("-verbose", U(CSettingsStore::ReadString(kUser, section, L"4", L"")));
 
-    QStringList read;
     EXPECT_EQ(0, CSettingsStore::ReadStringArray(kUser, section, read, kStore));
     EXPECT_EQ(arguments, read);
 
@@ -166,17 +169,12 @@ TEST_F(SettingsStoreTest, StringArraysUseCountAndDecimalIndices)
     int status = 0;
     CSettingsStore::ReadString(kUser, section, L"1", L"", &status);
     EXPECT_EQ(2, status);
-}
 
-TEST_F(SettingsStoreTest, StringArrayReadingCopesWithGapsAndAbsence)
-{
-    QStringList read;
-    EXPECT_EQ(0, CSettingsStore::ReadStringArray(kUser, section, read));
-    EXPECT_TRUE(read.isEmpty());
-
+    // A gap in the numbering gives 2, and the other entries are still read.
     ASSERT_EQ(0, CSettingsStore::WriteInt(kUser, section, L"count", 3));
     ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"0", L"first"));
     ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"2", L"third"));
+    read.clear();
     EXPECT_EQ(2, CSettingsStore::ReadStringArray(kUser, section, read));
     EXPECT_EQ(QStringList({"first", "third"}), read);
 }
@@ -198,18 +196,15 @@ TEST_F(SettingsStoreTest, SystemScopeLandsBelowTheRootsEtcXdg)
     EXPECT_EQ("wide", U(CSettingsStore::ReadString(kSystem, section, L"Machine", L"")));
 }
 
-TEST_F(SettingsStoreTest, WritabilityTestLeavesNoFileBehind)
+TEST_F(SettingsStoreTest, WritabilityTestLeavesNoFileAndUnwritableSystemScopeFallsBackToTheUsersStore)
 {
-    const std::string root = MakeScratchDir("fresh-root");
-    setenv("CURATOOL_ROOT", root.c_str(), 1);
+    const std::string fresh = MakeScratchDir("fresh-root");
+    setenv("CURATOOL_ROOT", fresh.c_str(), 1);
     const std::string file = CSettingsStore::SystemStoreFileName().toStdString();
-    EXPECT_EQ(root + "/etc/xdg/", file.substr(0, root.size() + 9));
+    EXPECT_EQ(fresh + "/etc/xdg/", file.substr(0, fresh.size() + 9));
     EXPECT_TRUE(CSettingsStore::IsSystemStoreWritable());
     EXPECT_FALSE(Exists(file));
-}
 
-TEST_F(SettingsStoreTest, UnwritableSystemScopeFallsBackToTheUsersStore)
-{
     UseUnwritableSystemFolder();
     EXPECT_FALSE(CSettingsStore::IsSystemStoreWritable());
 

@@ -99,17 +99,15 @@ TEST(CComPtrTest, SharesAndReleasesReferences)
         EXPECT_FALSE(deleted);
     }
     EXPECT_TRUE(deleted);
-}
 
-TEST(CComPtrTest, OutArgumentFillsAnEmptyHolder)
-{
-    bool deleted = false;
+    // The address of an empty holder is an out argument that fills it.
+    bool filledDeleted = false;
     CComPtr<IUnknown> holder;
     IUnknown** slot = &holder;
-    *slot = new CountedObject(&deleted);
+    *slot = new CountedObject(&filledDeleted);
     EXPECT_TRUE(holder != nullptr);
     holder.Release();
-    EXPECT_TRUE(deleted);
+    EXPECT_TRUE(filledDeleted);
 }
 
 TEST(CComPtrDeathTest, UsingAnEmptyHolderEndsTheProcess)
@@ -119,15 +117,6 @@ TEST(CComPtrDeathTest, UsingAnEmptyHolderEndsTheProcess)
 }
 
 // ---- file streams ----
-
-TEST(FileStreamTest, FactoriesGiveNullHoldersWhenNothingOpens)
-{
-    const std::string dir = MakeScratchDir("stream-null");
-    EXPECT_FALSE(OpenReadStream(FilePath(dir + "/absent.bin")));
-    EXPECT_FALSE(CreateWriteStream(CZoltaFilePath()));
-    EXPECT_FALSE(CreateWriteStream(FilePath(dir + "/no/such/folder/x.bin")));
-    EXPECT_FALSE(CreateCompressedWriteStream(CZoltaFilePath()));
-}
 
 TEST(FileStreamTest, WritesSeeksAndTruncatesAnOldFile)
 {
@@ -151,19 +140,31 @@ TEST(FileStreamTest, WritesSeeksAndTruncatesAnOldFile)
     EXPECT_EQ("hello WORLD", ReadFile(path));
 }
 
-TEST(FileStreamTest, ReadingAtTheEndGivesFalseAndZeroCount)
+TEST(FileStreamTest, ReadsSeeksAndGivesFalseAndZeroCountAtTheEnd)
 {
     const std::string dir = MakeScratchDir("stream-read");
-    ASSERT_TRUE(WriteFile(dir + "/in.bin", "abc"));
+    ASSERT_TRUE(WriteFile(dir + "/in.bin", "0123456789"));
     CComPtr<IStream> stream = OpenReadStream(FilePath(dir + "/in.bin"));
     ASSERT_TRUE(stream);
     char buffer[16];
     std::uint32_t read = 99;
+    ULARGE_INTEGER position{};
+    ASSERT_EQ(S_OK, stream->Seek(MakeLargeInteger(7), STREAM_SEEK_SET, nullptr));
+    EXPECT_EQ(S_OK, stream->Seek(MakeLargeInteger(2), 42, &position));  // an unknown origin counts from the start
+    EXPECT_EQ(2u, position.Quad());
+    EXPECT_EQ(S_OK, stream->Read(buffer, 1, &read));
+    EXPECT_EQ('2', buffer[0]);
+    EXPECT_EQ(S_OK, stream->Seek(MakeLargeInteger(4), STREAM_SEEK_CUR, &position));
+    EXPECT_EQ(7u, position.Quad());
+    EXPECT_EQ(E_FAIL, stream->Seek(MakeLargeInteger(-100), STREAM_SEEK_SET, &position));
+    EXPECT_EQ(S_OK, stream->Seek(MakeLargeInteger(-3), STREAM_SEEK_END, &position));
+    EXPECT_EQ(7u, position.Quad());
+
     EXPECT_EQ(S_OK, stream->Read(buffer, 2, &read));
     EXPECT_EQ(2u, read);
     EXPECT_EQ(S_OK, stream->Read(buffer, sizeof buffer, &read));  // short, but something came
     EXPECT_EQ(1u, read);
-    EXPECT_EQ('c', buffer[0]);
+    EXPECT_EQ('9', buffer[0]);
     EXPECT_EQ(S_FALSE, stream->Read(buffer, sizeof buffer, &read));
     EXPECT_EQ(0u, read);
 
@@ -172,30 +173,7 @@ TEST(FileStreamTest, ReadingAtTheEndGivesFalseAndZeroCount)
     EXPECT_EQ(E_FAIL, WriteText(stream, "x"));  // opened for reading only
     STATSTG stat{};
     EXPECT_EQ(S_OK, stream->Stat(&stat, 0));
-    EXPECT_EQ(3u, stat.cbSize.Quad());
-}
-
-TEST(FileStreamTest, SeekOriginsAndAnUnknownOneCountingFromTheStart)
-{
-    const std::string dir = MakeScratchDir("stream-seek");
-    ASSERT_TRUE(WriteFile(dir + "/in.bin", "0123456789"));
-    CComPtr<IStream> stream = OpenReadStream(FilePath(dir + "/in.bin"));
-    ASSERT_TRUE(stream);
-    ULARGE_INTEGER position{};
-    char byte = 0;
-    std::uint32_t read = 0;
-
-    ASSERT_EQ(S_OK, stream->Seek(MakeLargeInteger(7), STREAM_SEEK_SET, nullptr));
-    EXPECT_EQ(S_OK, stream->Seek(MakeLargeInteger(2), 42, &position));
-    EXPECT_EQ(2u, position.Quad());
-    stream->Read(&byte, 1, &read);
-    EXPECT_EQ('2', byte);
-
-    EXPECT_EQ(S_OK, stream->Seek(MakeLargeInteger(4), STREAM_SEEK_CUR, &position));
-    EXPECT_EQ(7u, position.Quad());
-    EXPECT_EQ(S_OK, stream->Seek(MakeLargeInteger(-1), STREAM_SEEK_END, &position));
-    EXPECT_EQ(9u, position.Quad());
-    EXPECT_EQ(E_FAIL, stream->Seek(MakeLargeInteger(-100), STREAM_SEEK_SET, &position));
+    EXPECT_EQ(10u, stat.cbSize.Quad());
 }
 
 // ---- seek-and-patch helpers ----
@@ -217,14 +195,6 @@ TEST(StreamPatchTest, WriteBytesAddsSizeModuloFourZeroBytes)
         EXPECT_EQ(data, bytes.substr(0, c.size));
         EXPECT_EQ(std::string(c.written - c.size, '\0'), bytes.substr(c.size));
     }
-}
-
-TEST(StreamPatchTest, WriteBytesRefusesNullDataWithASize)
-{
-    CComPtr<IStreamOnBuffer> buffer = CreateBufferStream();
-    EXPECT_EQ(E_INVALIDARG, WriteBytes(buffer, nullptr, 4));
-    EXPECT_EQ(S_OK, WriteBytes(buffer, nullptr, 0));
-    EXPECT_EQ(0u, buffer->GetLength());
 }
 
 TEST(StreamPatchTest, PatchWordWritesInPlaceAndComesBack)
@@ -273,7 +243,7 @@ TEST(StreamPatchTest, PatchStringPointsTheFieldAtTheTextWritten)
     EXPECT_EQ(0xAAAAAAAAu, WordAt(bytes, 0));
 }
 
-TEST(StreamPatchTest, HelpersWithoutAStream)
+TEST(StreamPatchTest, HelpersWithoutAStreamOrWithoutData)
 {
     EXPECT_EQ(0u, GetPosition(nullptr));
     EXPECT_EQ(E_POINTER, SetPosition(nullptr, 0));
@@ -281,6 +251,11 @@ TEST(StreamPatchTest, HelpersWithoutAStream)
     EXPECT_EQ(E_POINTER, WriteBytes(nullptr, "ab", 2));
     EXPECT_EQ(E_POINTER, PatchWord(nullptr, 0, 0, 1));
     EXPECT_EQ(E_POINTER, PatchString(nullptr, 0, 0, L"x"));
+
+    CComPtr<IStreamOnBuffer> buffer = CreateBufferStream();
+    EXPECT_EQ(E_INVALIDARG, WriteBytes(buffer, nullptr, 4));
+    EXPECT_EQ(S_OK, WriteBytes(buffer, nullptr, 0));
+    EXPECT_EQ(0u, buffer->GetLength());
 }
 
 // ---- compressed file stream ----
@@ -345,39 +320,37 @@ TEST_F(CompressedStreamTest, RoundTripThroughUncompress)
     EXPECT_EQ(expected, std::string(read.begin(), read.end()));
 }
 
-TEST_F(CompressedStreamTest, TargetInAMissingFolderGivesNullAndNoTemporaryFile)
+TEST_F(CompressedStreamTest, FactoriesGiveNullHoldersAndNoTemporaryFileWhenNothingOpens)
 {
+    EXPECT_FALSE(OpenReadStream(FilePath(dir + "/absent.bin")));
+    EXPECT_FALSE(CreateWriteStream(CZoltaFilePath()));
+    EXPECT_FALSE(CreateWriteStream(FilePath(dir + "/no/such/folder/x.bin")));
+    EXPECT_FALSE(CreateCompressedWriteStream(CZoltaFilePath()));
     EXPECT_FALSE(CreateCompressedWriteStream(FilePath(dir + "/missing/data.z")));
     EXPECT_TRUE(TempFolderIsEmpty());
     EXPECT_FALSE(std::filesystem::exists(dir + "/missing"));
 }
 
-TEST_F(CompressedStreamTest, AStreamClosedWithoutDataLeavesACompressedEmptyFile)
+TEST_F(CompressedStreamTest, ReadCompressedFileTakesAnEmptyStreamAndRefusesWhatIsNotCompressed)
 {
-    const std::string path = dir + "/empty.z";
-    ASSERT_TRUE(WriteFile(path, "stale"));
-    CreateCompressedWriteStream(FilePath(path));  // the holder goes at once
+    // A stream closed without data leaves a compressed empty file in place of the old one.
+    ASSERT_TRUE(WriteFile(dir + "/empty.z", "stale"));
+    CreateCompressedWriteStream(FilePath(dir + "/empty.z"));  // the holder goes at once
     std::vector<std::uint8_t> read{1, 2, 3};
-    EXPECT_EQ(S_OK, ReadCompressedFile(FilePath(path), read));
+    EXPECT_EQ(S_OK, ReadCompressedFile(FilePath(dir + "/empty.z"), read));
     EXPECT_TRUE(read.empty());
     EXPECT_TRUE(TempFolderIsEmpty());
-}
 
-TEST_F(CompressedStreamTest, ReadCompressedFileRefusesWhatIsNotCompressed)
-{
-    std::vector<std::uint8_t> read;
-    EXPECT_EQ(E_FAIL, ReadCompressedFile(FilePath(dir + "/absent.z"), read));
-    ASSERT_TRUE(WriteFile(dir + "/plain.txt", "this is not zlib data at all"));
-    EXPECT_EQ(E_FAIL, ReadCompressedFile(FilePath(dir + "/plain.txt"), read));
-    EXPECT_TRUE(read.empty());
-
-    // A cut-off compressed file is refused as well.
     std::string data(20000, 'q');
     std::vector<Bytef> packed(compressBound(data.size()));
     uLongf packedSize = packed.size();
     ASSERT_EQ(Z_OK, compress(packed.data(), &packedSize, reinterpret_cast<const Bytef*>(data.data()), data.size()));
     ASSERT_TRUE(WriteFile(dir + "/cut.z", std::string(reinterpret_cast<const char*>(packed.data()), packedSize / 2)));
-    EXPECT_EQ(E_FAIL, ReadCompressedFile(FilePath(dir + "/cut.z"), read));
+    ASSERT_TRUE(WriteFile(dir + "/plain.txt", "this is not zlib data at all"));
+    for (const char* name : {"/absent.z", "/plain.txt", "/cut.z"}) {
+        EXPECT_EQ(E_FAIL, ReadCompressedFile(FilePath(dir + name), read)) << name;
+        EXPECT_TRUE(read.empty()) << name;
+    }
 }
 
 // ---- buffer stream ----

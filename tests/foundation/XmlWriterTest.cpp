@@ -133,28 +133,19 @@ TEST(XmlWriterTest, EscapingWritesPlainRunsAndEntitiesOneWriteEach)
     EXPECT_EQ((std::vector<std::string>{"&amp;", "&amp;", "plain"}), stream->writes);
 }
 
-TEST(XmlWriterTest, MultiPartAttributeStopsAtTheFirstNull)
+TEST(XmlWriterTest, MultiPartWideAndRawWriting)
 {
-    EXPECT_EQ("<e n=\"a&lt;bc\" m=\"ab\" k=\"a\"/>", Written([](IZOLTAXMLWriter* w) {
+    // A multi-part attribute stops at the first null; wide text is written as UTF-8.
+    EXPECT_EQ("<e n=\"a&lt;bc\" m=\"ab\" k=\"a\" v=\"\xc3\xa9\xe2\x82\xac&amp;\xf0\x9f\x98\x80\"/>",
+              Written([](IZOLTAXMLWriter* w) {
                   w->StartElement("e");
                   w->AddAttribute("n", "a<", "b", "c");
                   w->AddAttribute("m", "a", "b", nullptr);
                   w->AddAttribute("k", "a", nullptr, "never");
-                  w->EndElement("e");
-              }));
-}
-
-TEST(XmlWriterTest, WideAttributeIsWrittenAsUtf8)
-{
-    EXPECT_EQ("<e v=\"\xc3\xa9\xe2\x82\xac&amp;\xf0\x9f\x98\x80\"/>", Written([](IZOLTAXMLWriter* w) {
-                  w->StartElement("e");
                   w->AddAttributeWide("v", L"\u00e9\u20ac&\U0001F600");
                   w->EndElement("e");
               }));
-}
-
-TEST(XmlWriterTest, RawWritingLeavesTheStartTagOpenAndTextUnescaped)
-{
+    // Raw writing leaves the start tag open and text unescaped.
     EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"
               "<root xmlns:z=\"u&v\"><i>&amp;</i></root>",
               Written([](IZOLTAXMLWriter* w) {
@@ -166,7 +157,7 @@ TEST(XmlWriterTest, RawWritingLeavesTheStartTagOpenAndTextUnescaped)
               }));
 }
 
-TEST(XmlWriterTest, WriterWithoutAStreamReportsFailure)
+TEST(XmlWriterTest, OnlyAMissingStreamIsReportedAsFailure)
 {
     CComPtr<IZOLTAXMLWriter> writer;
     writer.Attach(new WriterOn(nullptr));
@@ -178,18 +169,16 @@ TEST(XmlWriterTest, WriterWithoutAStreamReportsFailure)
     EXPECT_EQ(E_FAIL, writer->AddText("t"));
     EXPECT_EQ(E_FAIL, writer->AddRawText("t"));
     EXPECT_EQ(E_FAIL, writer->EndElement("a"));
-}
 
-TEST(XmlWriterTest, FailedWritesOnALiveStreamAreNotReported)
-{
+    // Failed writes on a live stream are not reported.
     auto* stream = new RecordingStream;
     stream->failWrites = true;
     CComPtr<IStream> keep;
     keep.Attach(stream);
-    CComPtr<IZOLTAXMLWriter> writer;
-    writer.Attach(new WriterOn(stream));
-    EXPECT_EQ(S_OK, writer->StartElement("a"));
-    EXPECT_EQ(S_OK, writer->AddText("b"));
+    CComPtr<IZOLTAXMLWriter> live;
+    live.Attach(new WriterOn(stream));
+    EXPECT_EQ(S_OK, live->StartElement("a"));
+    EXPECT_EQ(S_OK, live->AddText("b"));
 }
 
 TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)

@@ -11,6 +11,7 @@
 #include <set>
 #include <cstdlib>
 #include <dirent.h>
+#include <filesystem>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -32,20 +33,23 @@ std::string U(const CAtlString& text)
     return text.ToQString().toStdString();
 }
 
-std::vector<std::string> Paths(const std::vector<CZoltaFilePath>& files)
+template <typename Path>
+std::vector<std::string> Paths(const std::vector<Path>& paths)
 {
-    std::vector<std::string> paths;
-    for (const auto& file : files)
-        paths.push_back(U(file.GetPath()));
-    return paths;
+    std::vector<std::string> texts;
+    for (const Path& path : paths)
+        texts.push_back(U(path.GetPath()));
+    return texts;
 }
 
-std::vector<std::string> Paths(const std::vector<CZoltaDirectoryPath>& folders)
+// True when `text` is `head`, then one or more digits, then `tail`.
+bool IsNumbered(const std::string& text, const std::string& head, const std::string& tail)
 {
-    std::vector<std::string> paths;
-    for (const auto& folder : folders)
-        paths.push_back(U(folder.GetPath()));
-    return paths;
+    if (text.size() <= head.size() + tail.size() || text.compare(0, head.size(), head) != 0 ||
+        text.compare(text.size() - tail.size(), tail.size(), tail) != 0)
+        return false;
+    const std::string number = text.substr(head.size(), text.size() - head.size() - tail.size());
+    return number.find_first_not_of("0123456789") == std::string::npos;
 }
 
 std::vector<std::string> Sorted(std::vector<std::string> values)
@@ -118,7 +122,7 @@ TEST(ZoltaFilePathText, SameFileComparesCleanedAbsolutePaths)
 
 // ---- the disk -------------------------------------------------------------------------------
 
-TEST(ZoltaPathDisk, CreateMakesParentsAndRefusesAFileInTheWay)
+TEST(ZoltaPathDisk, CreateMakesParentsRefusesAFileInTheWayAndKindsAreToldApart)
 {
     const std::string root = MakeScratchDir("create");
     const CZoltaDirectoryPath nested(W(root + "/a/b/c"));
@@ -131,11 +135,8 @@ TEST(ZoltaPathDisk, CreateMakesParentsAndRefusesAFileInTheWay)
     EXPECT_FALSE(CZoltaDirectoryPath(W(root + "/blocker")).Create());
     EXPECT_FALSE(CZoltaDirectoryPath(W(root + "/blocker/below")).Create());
     EXPECT_FALSE(CZoltaDirectoryPath().Create());
-}
 
-TEST(ZoltaPathDisk, FileAndFolderTestsTellTheKindsApart)
-{
-    const std::string root = MakeScratchDir("kinds");
+    // File and folder tests tell the kinds apart.
     ASSERT_TRUE(WriteFile(root + "/file.txt", "abc"));
     const CZoltaFilePath file(W(root + "/file.txt"));
     const CZoltaFilePath folderAsFile(W(root));
@@ -184,8 +185,7 @@ TEST(ZoltaPathDisk, NonAsciiNamesRoundTripThroughTheFileSystem)
     CZoltaDirectoryPath folder(W(root));
     folder.Append(W(folderName));
     ASSERT_TRUE(folder.Create());
-    // The bytes on disk are the UTF-8 of the name.
-    EXPECT_TRUE(Exists(root + "/" + folderName));
+    EXPECT_TRUE(Exists(root + "/" + folderName));  // the bytes on disk are the UTF-8 of the name
 
     const CZoltaFilePath file = folder.GetFile(W(fileName));
     FILE* out = OpenFile(file, "wb");
@@ -193,26 +193,17 @@ TEST(ZoltaPathDisk, NonAsciiNamesRoundTripThroughTheFileSystem)
     fputs("content", out);
     fclose(out);
     EXPECT_EQ("content", ReadFile(root + "/" + folderName + "/" + fileName));
-    EXPECT_EQ(7, GetFileSize(file));
-    EXPECT_EQ(fileName, U(file.GetName()));
     // 8-bit text given to the path classes is UTF-8.
     EXPECT_EQ(U(file.GetPath()), U(CZoltaFilePath((root + "/" + folderName + "/" + fileName).c_str()).GetPath()));
-    EXPECT_TRUE(CZoltaDirectoryPath((root + "/" + folderName).c_str()).Exists());
 
     std::vector<CZoltaFilePath> listed;
     folder.ListFiles(W("*.txt"), listed);
-    ASSERT_EQ(1u, listed.size());
-    EXPECT_EQ(U(file.GetPath()), U(listed[0].GetPath()));
-    EXPECT_TRUE(listed[0].Exists());
-
+    EXPECT_EQ(std::vector<std::string>{U(file.GetPath())}, Paths(listed));
     std::vector<CZoltaDirectoryPath> folders;
     CZoltaDirectoryPath(W(root)).ListFolders(W("Grüße*"), folders);
-    ASSERT_EQ(1u, folders.size());
-    EXPECT_EQ(folder, folders[0]);
-    EXPECT_EQ(folderName, U(folders[0].GetName()));
+    EXPECT_EQ(std::vector<std::string>{U(folder.GetPath())}, Paths(folders));
 
-    const CZoltaFilePath copy = folder.GetFile(W("kopie – ü.txt"));
-    EXPECT_TRUE(file.CopyTo(copy));
+    EXPECT_TRUE(file.CopyTo(folder.GetFile(W("kopie – ü.txt"))));
     EXPECT_EQ("content", ReadFile(root + "/" + folderName + "/kopie – ü.txt"));
     EXPECT_TRUE(folder.Remove());
     EXPECT_FALSE(Exists(root + "/" + folderName));
@@ -245,6 +236,13 @@ TEST(ZoltaPathListing, PatternRespectsCaseAndHiddenNamesAreSkipped)
     std::vector<CZoltaDirectoryPath> folders;
     CZoltaDirectoryPath(W(root)).ListFolders(W("*"), folders);
     EXPECT_EQ(std::vector<std::string>{root + "/imsmanifest-folder.xml"}, Paths(folders));
+
+    // A missing folder, an unmatched pattern and a file taken for a folder add nothing.
+    std::vector<CZoltaFilePath> none;
+    CZoltaDirectoryPath(W(root + "/absent")).ListFiles(W("*"), none);
+    CZoltaDirectoryPath(W(root)).ListFiles(W("*.TXT"), none);
+    CZoltaDirectoryPath(W(root + "/notes.txt")).ListFiles(W("*"), none);
+    EXPECT_TRUE(none.empty());
 }
 
 TEST(ZoltaPathListing, ResultsFollowReaddirAndAppendToWhatIsThere)
@@ -261,17 +259,6 @@ TEST(ZoltaPathListing, ResultsFollowReaddirAndAppendToWhatIsThere)
     std::vector<CZoltaFilePath> files{CZoltaFilePath(W("sentinel"))};
     CZoltaDirectoryPath(W(root + "/")).ListFiles(W("*"), files);  // a trailing "/" is not doubled
     EXPECT_EQ(expected, Paths(files));
-}
-
-TEST(ZoltaPathListing, MissingFolderAndUnmatchedPatternAddNothing)
-{
-    const std::string root = MakeScratchDir("nothing");
-    ASSERT_TRUE(WriteFile(root + "/a.txt", "x"));
-    std::vector<CZoltaFilePath> files;
-    CZoltaDirectoryPath(W(root + "/absent")).ListFiles(W("*"), files);
-    CZoltaDirectoryPath(W(root)).ListFiles(W("*.TXT"), files);
-    CZoltaDirectoryPath(W(root + "/a.txt")).ListFiles(W("*"), files);
-    EXPECT_TRUE(files.empty());
 }
 
 TEST(ZoltaPathListing, RecursiveListingFindsEveryVisibleFileAndSurvivesLinkLoops)
@@ -293,32 +280,25 @@ TEST(ZoltaPathListing, RecursiveListingFindsEveryVisibleFileAndSurvivesLinkLoops
 
 // ---- deleting -------------------------------------------------------------------------------
 
-TEST(ZoltaPathDeleting, EmptyClearsVisibleContentButKeepsTheFolderAndHiddenEntries)
+TEST(ZoltaPathDeleting, EmptyClearsVisibleContentKeepsHiddenEntriesAndGoesOnPastWhatStays)
 {
     const std::string root = MakeScratchDir("empty");
-    for (const char* name : {"f.txt", "sub/g.txt", "sub/deeper/h.txt", ".keep"})
+    for (const char* name : {"f.txt", "sub/g.txt", "sub/deeper/h.txt", ".keep", "a/.pinned", "a/x.txt"})
         ASSERT_TRUE(WriteFile(root + "/" + name, "x"));
     const CZoltaDirectoryPath folder(W(root));
-    EXPECT_TRUE(folder.Empty());
+    EXPECT_FALSE(folder.Empty());  // "a" keeps its hidden file, so it stays
     EXPECT_TRUE(folder.Exists());
-    EXPECT_FALSE(Exists(root + "/f.txt"));
-    EXPECT_FALSE(Exists(root + "/sub"));
+    for (const char* gone : {"/f.txt", "/sub", "/a/x.txt"})
+        EXPECT_FALSE(Exists(root + gone)) << gone;
     EXPECT_TRUE(Exists(root + "/.keep"));
-}
-
-TEST(ZoltaPathDeleting, EmptyGoesOnPastWhatItCannotDelete)
-{
-    const std::string root = MakeScratchDir("partial");
-    for (const char* name : {"a/.pinned", "a/x.txt", "b/y.txt", "z.txt"})
-        ASSERT_TRUE(WriteFile(root + "/" + name, "x"));
-    EXPECT_FALSE(CZoltaDirectoryPath(W(root)).Empty());  // "a" keeps its hidden file, so it stays
     EXPECT_TRUE(Exists(root + "/a/.pinned"));
-    EXPECT_FALSE(Exists(root + "/a/x.txt"));
-    EXPECT_FALSE(Exists(root + "/b"));
-    EXPECT_FALSE(Exists(root + "/z.txt"));
+
+    ASSERT_TRUE(std::filesystem::remove(root + "/a/.pinned"));
+    EXPECT_TRUE(folder.Empty());
+    EXPECT_FALSE(Exists(root + "/a"));
 }
 
-TEST(ZoltaPathDeleting, LinksAreRemovedWithoutTouchingTheirTargets)
+TEST(ZoltaPathDeleting, LinksAreRemovedWithoutTouchingTheirTargetsAndRemoveTakesAll)
 {
     const std::string root = MakeScratchDir("links");
     const std::string outside = MakeScratchDir("outside");
@@ -331,56 +311,35 @@ TEST(ZoltaPathDeleting, LinksAreRemovedWithoutTouchingTheirTargets)
     EXPECT_FALSE(Exists(root + "/link-to-folder"));
     EXPECT_EQ("keep", ReadFile(outside + "/precious.txt"));
 
+    // Remove takes hidden content along, and fails when there is nothing to remove.
     ASSERT_EQ(0, symlink(outside.c_str(), (root + "/again").c_str()));
+    ASSERT_TRUE(WriteFile(root + "/.hidden/x", "x"));
     EXPECT_TRUE(CZoltaDirectoryPath(W(root)).Remove());
+    EXPECT_FALSE(Exists(root));
     EXPECT_EQ("keep", ReadFile(outside + "/precious.txt"));
-}
-
-TEST(ZoltaPathDeleting, RemoveTakesHiddenContentAlongAndFailsOnNothing)
-{
-    const std::string root = MakeScratchDir("remove");
-    ASSERT_TRUE(WriteFile(root + "/gone/.hidden/x", "x"));
-    ASSERT_TRUE(WriteFile(root + "/gone/y", "y"));
-    EXPECT_TRUE(CZoltaDirectoryPath(W(root + "/gone")).Remove());
-    EXPECT_FALSE(Exists(root + "/gone"));
-    EXPECT_FALSE(CZoltaDirectoryPath(W(root + "/gone")).Remove());
+    EXPECT_FALSE(CZoltaDirectoryPath(W(root)).Remove());
 }
 
 // ---- unique and temporary names -------------------------------------------------------------
 
-TEST(ZoltaPathUniqueNames, ChildTakesTheBaseUntilItIsTakenThenANumber)
+TEST(ZoltaPathUniqueNames, ThePlainNameUntilItIsTakenThenANumber)
 {
-    const std::string root = MakeScratchDir("unique-child");
+    const std::string root = MakeScratchDir("unique");
     const CZoltaDirectoryPath folder(W(root));
-    const CZoltaDirectoryPath first = folder.GetUniqueChild(W("gallery"));
-    EXPECT_EQ(root + "/gallery", U(first.GetPath()));
-    EXPECT_FALSE(first.Exists());  // only a name
-    ASSERT_TRUE(first.Create());
-
-    const std::string second = U(folder.GetUniqueChild(W("gallery")).GetPath());
-    ASSERT_GT(second.size(), first.GetPath().GetLength() + 0u);
-    EXPECT_EQ(root + "/gallery", second.substr(0, root.size() + 8));
-    const std::string number = second.substr(root.size() + 8);
-    EXPECT_EQ(std::string::npos, number.find_first_not_of("0123456789")) << second;
-    EXPECT_FALSE(Exists(second));
-}
-
-TEST(ZoltaPathUniqueNames, FileTakesThePlainNameUntilItIsTakenThenANumberInBrackets)
-{
-    const std::string root = MakeScratchDir("unique-file");
-    const CZoltaDirectoryPath folder(W(root));
-    const CZoltaFilePath plain = folder.GetUniqueFile(W("test"), W(".tmp"));
-    EXPECT_EQ(root + "/test.tmp", U(plain.GetPath()));
-    EXPECT_FALSE(plain.Exists());
+    const CZoltaDirectoryPath child = folder.GetUniqueChild(W("gallery"));
+    const CZoltaFilePath file = folder.GetUniqueFile(W("test"), W(".tmp"));
+    EXPECT_EQ(root + "/gallery", U(child.GetPath()));
+    EXPECT_EQ(root + "/test.tmp", U(file.GetPath()));
+    EXPECT_FALSE(child.Exists());  // only names
+    EXPECT_FALSE(file.Exists());
+    ASSERT_TRUE(child.Create());
     ASSERT_TRUE(WriteFile(root + "/test.tmp", ""));
 
-    const std::string numbered = U(folder.GetUniqueFile(W("test"), W(".tmp")).GetPath());
-    const std::string head = root + "/test(";
-    ASSERT_EQ(head, numbered.substr(0, head.size()));
-    ASSERT_EQ(").tmp", numbered.substr(numbered.size() - 5));
-    const std::string number = numbered.substr(head.size(), numbered.size() - head.size() - 5);
-    EXPECT_FALSE(number.empty());
-    EXPECT_EQ(std::string::npos, number.find_first_not_of("0123456789"));
+    const std::string nextChild = U(folder.GetUniqueChild(W("gallery")).GetPath());
+    EXPECT_TRUE(IsNumbered(nextChild, root + "/gallery", "")) << nextChild;
+    EXPECT_FALSE(Exists(nextChild));
+    const std::string nextFile = U(folder.GetUniqueFile(W("test"), W(".tmp")).GetPath());
+    EXPECT_TRUE(IsNumbered(nextFile, root + "/test(", ").tmp")) << nextFile;
 }
 
 class ZoltaTempFolders : public testing::Test {
@@ -423,24 +382,6 @@ TEST_F(ZoltaTempFolders, AnOverlongTmpdirIsCutLikeTheOldFixedBuffer)
     EXPECT_EQ(longPath.substr(0, 259), U(GetTempFolder().GetPath()));
 }
 
-TEST_F(ZoltaTempFolders, TempFileNamesAreNumberedFreshAndInTheTemporaryFolder)
-{
-    const std::string tmp = MakeScratchDir("tempfiles");
-    setenv("TMPDIR", tmp.c_str(), 1);
-    const CZoltaFilePath first = MakeTempFile(W(".xml"));
-    const CZoltaFilePath second = MakeTempFile(W(".xml"), W("  "));
-    EXPECT_EQ(tmp, U(first.GetFolder().GetPath()));
-    for (const CZoltaFilePath* name : {&first, &second}) {
-        const std::string text = U(name->GetName());
-        EXPECT_EQ("SCVTemp(", text.substr(0, 8)) << text;
-        EXPECT_EQ(").xml", text.substr(text.size() - 5)) << text;
-        EXPECT_FALSE(name->Exists());
-    }
-    EXPECT_NE(U(first.GetPath()), U(second.GetPath()));
-    EXPECT_EQ(".rawstream", U(MakeTempFile(W(".rawstream"), W("raw")).GetExtension()));
-    EXPECT_EQ("raw(", U(MakeTempFile(W(".rawstream"), W("raw")).GetName()).substr(0, 4));
-}
-
 TEST_F(ZoltaTempFolders, TheOverrideFolderTakesThePlaceOfTheSystemOne)
 {
     const std::string chosen = MakeScratchDir("override") + "/not-yet-there";
@@ -452,18 +393,22 @@ TEST_F(ZoltaTempFolders, TheOverrideFolderTakesThePlaceOfTheSystemOne)
     EXPECT_NE(chosen, U(MakeTempFile(W(".bin"), W("x")).GetFolder().GetPath()));
 }
 
-TEST_F(ZoltaTempFolders, TakenNamesAreNeverHandedOut)
+TEST_F(ZoltaTempFolders, TempFileNamesAreNumberedAndTakenNamesAreNeverHandedOut)
 {
-    const std::string tmp = MakeScratchDir("taken");
-    SetTempFolderOverride(CZoltaDirectoryPath(W(tmp)));
-    std::vector<std::string> seen;
+    const std::string tmp = MakeScratchDir("tempfiles");
+    setenv("TMPDIR", tmp.c_str(), 1);
+    std::set<std::string> seen;
     for (int i = 0; i < 50; ++i) {
-        const CZoltaFilePath name = MakeTempFile(W(".t"));
+        const CZoltaFilePath name = i % 2 ? MakeTempFile(W(".xml")) : MakeTempFile(W(".xml"), W("  "));
+        EXPECT_EQ(tmp, U(name.GetFolder().GetPath()));
+        EXPECT_TRUE(IsNumbered(U(name.GetName()), "SCVTemp(", ").xml")) << U(name.GetName());
         ASSERT_FALSE(name.Exists());
         ASSERT_TRUE(WriteFile(U(name.GetPath()), "")) << U(name.GetPath());
-        seen.push_back(U(name.GetPath()));
+        seen.insert(U(name.GetPath()));
     }
-    EXPECT_EQ(seen.size(), std::set<std::string>(seen.begin(), seen.end()).size());
+    EXPECT_EQ(50u, seen.size());
+    const CZoltaFilePath raw = MakeTempFile(W(".rawstream"), W("raw"));
+    EXPECT_TRUE(IsNumbered(U(raw.GetName()), "raw(", ").rawstream")) << U(raw.GetName());
 }
 
 }  // namespace
