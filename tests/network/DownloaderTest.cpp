@@ -23,6 +23,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <string>
@@ -162,20 +163,15 @@ TEST(DownloaderSchemes, OnlyHttpIsServedAndNothingElseConnects)
     EXPECT_FALSE(curatool::test::Exists(local));
 }
 
-TEST(DownloaderSchemes, UnknownProxyTypeIsNotImplemented)
-{
-    RecordingConnection connection;
-    connection.type = 4;
-    EXPECT_EQ(E_NOTIMPL, Fetch(HttpUrl(curatool::test::FreeLoopbackPort(), "/x"), ScratchFile("types", "x"), connection));
-}
-
-TEST(DownloaderSchemes, RefusedConnectionLeavesAnEmptyFileAndFails)
+TEST(DownloaderSchemes, RefusedConnectionLeavesAnEmptyFileAndAnUnknownProxyTypeIsNotImplemented)
 {
     const std::string local = ScratchFile("refused", "x.bin");
     RecordingConnection connection;
     EXPECT_EQ(E_FAIL, Fetch(HttpUrl(curatool::test::FreeLoopbackPort(), "/x.bin"), local, connection));
     EXPECT_TRUE(curatool::test::Exists(local));
     EXPECT_EQ("", curatool::test::ReadFile(local));
+    connection.type = 4;
+    EXPECT_EQ(E_NOTIMPL, Fetch(HttpUrl(curatool::test::FreeLoopbackPort(), "/x"), local, connection));
 }
 
 TEST_F(ScriptedServerTest, SendsOnlyThePathToTheGivenPort)
@@ -190,27 +186,23 @@ TEST_F(ScriptedServerTest, SendsOnlyThePathToTheGivenPort)
     EXPECT_FALSE(request.contains("Proxy-Authorization"));
 }
 
-TEST_F(ScriptedServerTest, StatusesAboveTwoHundredFailAndRemoveTheFile)
+TEST_F(ScriptedServerTest, BadStatusesRemoveTheFileAndBrokenRepliesLeaveItEmpty)
 {
-    for (const char* path : {"/redirect", "/missing", "/created"}) {
+    QStringList requested;
+    for (const auto& [path, removed] : std::vector<std::pair<QString, bool>>{
+             {"/redirect", true}, {"/missing", true}, {"/created", true},
+             {"/empty.zip", false}, {"/garbage", false}, {"/close", false}}) {
         const std::string local = ScratchFile("status", "reply.bin");
         RecordingConnection connection;
-        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path;
-        EXPECT_FALSE(curatool::test::Exists(local)) << path;
+        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path.toStdString();
+        EXPECT_EQ(!removed, curatool::test::Exists(local)) << path.toStdString();
+        EXPECT_EQ("", curatool::test::ReadFile(local)) << path.toStdString();
+        if (!removed)
+            EXPECT_TRUE(connection.progress.empty()) << path.toStdString();
+        requested << QStringLiteral("GET %1 HTTP/1.1").arg(path);
     }
     // The redirect was not followed: one request per fetch, and none to its target.
-    EXPECT_EQ(QStringList({"GET /redirect HTTP/1.1", "GET /missing HTTP/1.1", "GET /created HTTP/1.1"}), Requests());
-}
-
-TEST_F(ScriptedServerTest, EmptyOrBrokenRepliesFail)
-{
-    for (const char* path : {"/empty.zip", "/garbage", "/close"}) {
-        const std::string local = ScratchFile("broken", "reply.bin");
-        RecordingConnection connection;
-        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path;
-        EXPECT_EQ("", curatool::test::ReadFile(local)) << path;
-        EXPECT_TRUE(connection.progress.empty()) << path;
-    }
+    EXPECT_EQ(requested, Requests());
 }
 
 TEST_F(ScriptedServerTest, BodiesByChunksOrUpToTheCloseArriveWhole)
@@ -250,18 +242,28 @@ TEST_F(ScriptedServerTest, IdlenessNotDurationEndsAFetch)
     struct Case
     {
         QString path;
+        HRESULT expected;
+        std::string content;
+        qint64 minimumMs, maximumMs;
         std::string local;
         HRESULT result = S_FALSE;
         qint64 elapsedMs = 0;
         std::unique_ptr<QThreadWithLoop> thread;
     };
-    std::vector<Case> cases(3);
-    cases[0].path = "/trickle";
-    cases[1].path = "/stall-header";
-    cases[2].path = "/stall-body";
-    for (std::size_t index = 0; index < cases.size(); ++index) {
-        Case& one = cases[index];
-        one.local = ScratchFile("idle" + std::to_string(index), "reply.bin");
+    std::string trickled;
+    for (int index = 0; index < 13; ++index)
+        trickled += std::string(100, static_cast<char>('A' + index));
+    const qint64 limit = QtDownloader::kTimeOutMs;
+    Case cases[] = {
+        // 24 s in all, with a piece every 2 s: never idle long enough.
+        {"/trickle", S_OK, trickled, 23000, 60000},
+        // Nothing at all: given up after 20 s of silence, with an empty file.
+        {"/stall-header", E_FAIL, "", limit, limit + 5000},
+        // Silence after part of the body: given up 20 s after the last bytes, keeping them.
+        {"/stall-body", S_OK, std::string(300, 'x'), limit, limit + 5000},
+    };
+    for (Case& one : cases) {
+        one.local = ScratchFile("idle" + one.path.toStdString().substr(1), "reply.bin");
         one.thread = std::make_unique<QThreadWithLoop>([&one] {
             QElapsedTimer clock;
             clock.start();
@@ -273,32 +275,14 @@ TEST_F(ScriptedServerTest, IdlenessNotDurationEndsAFetch)
         one.thread->start();
     }
     WaitWithQtEvents([&] {
-        for (const Case& one : cases) {
-            if (one.thread->isRunning())
-                return true;
-        }
-        return false;
+        return std::any_of(std::begin(cases), std::end(cases), [](const Case& one) { return one.thread->isRunning(); });
     }).Wait();
-
-    // 24 s in all, with a piece every 2 s: never idle long enough.
-    EXPECT_EQ(S_OK, cases[0].result);
-    EXPECT_GE(cases[0].elapsedMs, 23000);
-    std::string expected;
-    for (int index = 0; index < 13; ++index)
-        expected += std::string(100, static_cast<char>('A' + index));
-    EXPECT_EQ(expected, curatool::test::ReadFile(cases[0].local));
-
-    // Nothing at all: given up after 20 s of silence, with an empty file.
-    EXPECT_EQ(E_FAIL, cases[1].result);
-    EXPECT_GE(cases[1].elapsedMs, QtDownloader::kTimeOutMs);
-    EXPECT_LT(cases[1].elapsedMs, QtDownloader::kTimeOutMs + 5000);
-    EXPECT_EQ("", curatool::test::ReadFile(cases[1].local));
-
-    // Silence after part of the body: given up 20 s after the last bytes, keeping them.
-    EXPECT_EQ(S_OK, cases[2].result);
-    EXPECT_GE(cases[2].elapsedMs, QtDownloader::kTimeOutMs);
-    EXPECT_LT(cases[2].elapsedMs, QtDownloader::kTimeOutMs + 5000);
-    EXPECT_EQ(std::string(300, 'x'), curatool::test::ReadFile(cases[2].local));
+    for (const Case& one : cases) {
+        EXPECT_EQ(one.expected, one.result) << one.path.toStdString();
+        EXPECT_GE(one.elapsedMs, one.minimumMs) << one.path.toStdString();
+        EXPECT_LT(one.elapsedMs, one.maximumMs) << one.path.toStdString();
+        EXPECT_EQ(one.content, curatool::test::ReadFile(one.local)) << one.path.toStdString();
+    }
 }
 
 TEST_F(ScriptedServerTest, TempFileTakesTheExtensionOfThePathAndGoesOnFailure)
@@ -330,13 +314,14 @@ void PointAt(ProxyHandler& handler, int port)
 
 }  // namespace
 
-TEST_F(ScriptedServerTest, Each407AsksTheHandlerAgainUntilItGivesUp)
+TEST_F(ScriptedServerTest, Each407AsksTheHandlerAgainAndResends)
 {
     const std::string local = ScratchFile("proxy407", "reply.bin");
     const QString url = QStringLiteral("http://origin.example:81/proxy-auth?dropped=1");
     const QString requestLine = QStringLiteral("GET http://origin.example:81/proxy-auth HTTP/1.1");
 
-    // Command-line credentials that are wrong: sent, handed out once more, then the dialog.
+    // Command-line credentials that are wrong: sent, handed out once more, then the dialog. Each
+    // answer goes out as a new request in the absolute form, without the query.
     ProxyHandler handler;
     PointAt(handler, s_server->Port());
     handler.SetCredentials(CAtlString(L"user"), CAtlString(L"wrong"));
@@ -351,19 +336,4 @@ TEST_F(ScriptedServerTest, Each407AsksTheHandlerAgainUntilItGivesUp)
     EXPECT_EQ("through the proxy", curatool::test::ReadFile(local));
     EXPECT_EQ(1, prompts);
     EXPECT_EQ(QStringList({requestLine, requestLine, requestLine}), Requests());
-
-    // Dialogs off: the stored credentials get their one retry, then the fetch is aborted.
-    QFile::remove(*s_log);
-    ProxyHandler quiet;
-    PointAt(quiet, s_server->Port());
-    quiet.SetCredentials(CAtlString(L"user"), CAtlString(L"wrong"));
-    EXPECT_EQ(E_ABORT, FetchUrl(CAtlString(url), CZoltaFilePath(local.c_str()), &quiet));
-    EXPECT_EQ(2, Requests().size());
-
-    // No user at all and no dialogs: the first 407 ends it.
-    QFile::remove(*s_log);
-    ProxyHandler bare;
-    PointAt(bare, s_server->Port());
-    EXPECT_EQ(E_ABORT, FetchUrl(CAtlString(url), CZoltaFilePath(local.c_str()), &bare));
-    EXPECT_EQ(1, Requests().size());
 }

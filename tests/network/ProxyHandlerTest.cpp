@@ -72,22 +72,9 @@ struct ScriptedPrompt
 
 }  // namespace
 
-TEST_F(ProxyHandlerSettings, AbsentValuesGiveEmptyHostAndPort8080)
-{
-    ProxyHandler handler;
-    EXPECT_EQ(0, handler.GetPort());
-    handler.LoadSettings();
-    EXPECT_EQ(CAtlString(L""), handler.GetHost());
-    EXPECT_EQ(8080, handler.GetPort());
-}
-
 TEST_F(ProxyHandlerSettings, HostAndPortLiveUnderTheFixedNameAndCredentialsNowhere)
 {
     ProxyHandler saved;
-    saved.SetHost(CAtlString(L"proxy.example"));
-    saved.LoadSettings();  // nothing stored yet: the host read replaces the one set
-    EXPECT_EQ(CAtlString(L""), saved.GetHost());
-
     ProxyPromptValues values{CAtlString(L"proxy.example"), 3128, CAtlString(L"me"), CAtlString(L"secret")};
     ScriptedPrompt prompt;
     prompt.answer = values;
@@ -117,7 +104,7 @@ TEST_F(ProxyHandlerSettings, HostAndPortLiveUnderTheFixedNameAndCredentialsNowhe
     EXPECT_EQ(CAtlString(L""), loaded.GetUser());
 }
 
-TEST_F(ProxyHandlerSettings, SetHostTakesTheTextAsItStands)
+TEST_F(ProxyHandlerSettings, AbsentValuesGiveEmptyHostAndPort8080AndSetHostTakesTheTextAsItStands)
 {
     ProxyHandler handler;
     handler.SetHost(CAtlString(L"proxy.example:3128"));
@@ -127,7 +114,9 @@ TEST_F(ProxyHandlerSettings, SetHostTakesTheTextAsItStands)
     EXPECT_EQ(CAtlString(L"proxy.example:3128"), host);
     EXPECT_EQ(0, port);
 
-    handler.LoadSettings();  // 8080 by default
+    handler.LoadSettings();  // nothing stored: the host read replaces the one set
+    EXPECT_EQ(CAtlString(L""), handler.GetHost());
+    EXPECT_EQ(8080, handler.GetPort());
     handler.SetHost(CAtlString(L"other:1"));
     handler.GetProxy(host, port, user, password);
     EXPECT_EQ(CAtlString(L"other:1"), host);
@@ -181,22 +170,6 @@ TEST(ProxyHandlerAuthenticate, CommandLineCredentialsAreTriedOnceThenTheDialogDe
     EXPECT_EQ(CAtlString(L"right"), password);
     EXPECT_EQ(CAtlString(L"typed"), handler.GetUser());
     EXPECT_NE(CAtlString(L"ignored"), handler.GetHost());  // host and port are not taken over
-}
-
-TEST(ProxyHandlerAuthenticate, WithoutAUserTheFirst407GoesToTheDialogOrFails)
-{
-    ProxyHandler quiet;
-    CAtlString user, password;
-    EXPECT_FALSE(quiet.Authenticate(CAtlString(L"proxy"), 1, user, password));
-
-    ProxyHandler asking;
-    ScriptedPrompt prompt;
-    prompt.answer.user = CAtlString(L"u");
-    asking.SetPrompt(prompt.Get());
-    asking.SetAllowPrompt(true);
-    EXPECT_TRUE(asking.Authenticate(CAtlString(L"proxy"), 1, user, password));
-    EXPECT_EQ(1u, prompt.calls.size());
-    EXPECT_EQ(CAtlString(L"u"), user);
 }
 
 TEST(ProxyHandlerAuthenticate, ARefusedDialogOrACancelStopsAllLaterDialogsUntilTheOptionsAreAccepted)

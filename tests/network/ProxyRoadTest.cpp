@@ -124,19 +124,6 @@ TEST_F(ProxyRoadTest, NoCredentialsWithoutADialogAreAbortedAndWrongOnesRefused)
     EXPECT_FALSE(curatool::test::Exists(m_local));
 }
 
-TEST_F(ProxyRoadTest, ACancelledDialogFailsEveryLaterFetchAtOnce)
-{
-    ProxyHandler handler;
-    PointAtProxy(handler);
-    handler.SetAllowPrompt(true);
-    int prompts = 0;
-    handler.SetPrompt([&](ProxyPromptValues&, bool, QObject*) { return ++prompts, false; });
-    EXPECT_EQ(E_ABORT, Fetch(handler));
-    EXPECT_EQ(E_ABORT, Fetch(handler));
-    EXPECT_EQ(1, prompts);
-}
-
-
 namespace {
 
 // Hands out the right credentials once, counting the calls.
