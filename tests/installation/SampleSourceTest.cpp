@@ -255,7 +255,7 @@ struct SampleFixture : ::testing::Test
 
 }  // namespace
 
-TEST_F(SampleFixture, EveryCategoryOfTheCollectionIsOfferedByTheSource)
+TEST_F(SampleFixture, TheSourceOffersEveryCategoryOfTheCollectionWithItsStrings)
 {
     const SampleSource sample(source);
     const auto& shortIds = configuration->GetGallery()->GetCategories();
@@ -271,24 +271,24 @@ TEST_F(SampleFixture, EveryCategoryOfTheCollectionIsOfferedByTheSource)
     EXPECT_TRUE(sample.languages.count("de")) << "a German catalogue belongs to the sample";
 }
 
-TEST_F(SampleFixture, InstallAllInstallsContentManifestAndTranslations)
+TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryActivityAndTranslation)
 {
     const SampleSource sample(source);
     ASSERT_TRUE(controller->InstallAll(&progress));
     EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
     EXPECT_TRUE(Snapshot(kSampleSource) == Snapshot(source)) << "the source is only read";
 
-    // One record per category in updateinfo.xml.
+    // Every object of every package is in the merged manifest, every content file is the
+    // package's, every package has its record and every category its line in updateinfo.xml.
+    const auto installed = InstalledObjects(sample.languages);
     const std::string info = UpdateInfo();
+    std::size_t activities = 0;
+    std::set<std::string> roots;
+    std::size_t packageRoots = 0;
     for (const SampleCategory& category : sample.categories)
+    {
         EXPECT_TRUE(Contains(info, "<category id=\"" + category.id + "\" version=\"" + category.version + "\"/>"))
             << info;
-
-    // Every activity of every package is in the merged manifest and its file is the package's.
-    const auto installed = InstalledObjects(sample.languages);
-    const std::string merged = ReadFile(gallery + "/imsmanifest.xml");
-    std::size_t activities = 0;
-    for (const SampleCategory& category : sample.categories)
         for (const SamplePackage& package : category.packages)
         {
             for (const auto& [id, object] : package.objects)
@@ -306,28 +306,21 @@ TEST_F(SampleFixture, InstallAllInstallsContentManifestAndTranslations)
                                         CAtlString::FromUtf8(package.id.c_str()))
                                         .GetPath())))
                 << package.file;
-        }
-    std::size_t installedActivities = 0;
-    for (const auto& [id, object] : installed)
-        installedActivities += object.isActivity;
-    EXPECT_EQ(activities, installedActivities);
-
-    // Packages that share a root category merge into one.
-    std::set<std::string> roots;
-    std::size_t packageRoots = 0;
-    for (const SampleCategory& category : sample.categories)
-        for (const SamplePackage& package : category.packages)
-        {
             roots.insert(package.rootCategories.begin(), package.rootCategories.end());
             packageRoots += package.rootCategories.size();
         }
+    }
+    EXPECT_EQ(activities, std::size_t(std::count_if(installed.begin(), installed.end(),
+                                                    [](const auto& entry) { return entry.second.isActivity; })));
+
+    // Packages that share a root category merge into one.
     EXPECT_LT(roots.size(), packageRoots) << "the sample should have packages sharing a category";
-    std::vector<std::string> sortedInstalledRoots = installedRoots;
-    std::sort(sortedInstalledRoots.begin(), sortedInstalledRoots.end());
-    EXPECT_EQ(std::vector<std::string>(roots.begin(), roots.end()), sortedInstalledRoots);
+    std::sort(installedRoots.begin(), installedRoots.end());
+    EXPECT_EQ(std::vector<std::string>(roots.begin(), roots.end()), installedRoots);
 
     // The string packages were applied: every translated title is in the merged manifest, in its
     // language, and its UTF-8 bytes survived.
+    const std::string merged = ReadFile(gallery + "/imsmanifest.xml");
     std::size_t translated = 0;
     for (const SampleCategory& category : sample.categories)
         for (const auto& [language, titles] : category.translations)
@@ -340,11 +333,8 @@ TEST_F(SampleFixture, InstallAllInstallsContentManifestAndTranslations)
                 ++translated;
             }
     EXPECT_GT(translated, 0u);
-}
 
-TEST_F(SampleFixture, AFreshInstallIsCurrentIncludingItsStringVersions)
-{
-    ASSERT_TRUE(controller->InstallAll(&progress));
+    // Fresh means current, string versions included: opened again, nothing is offered.
     ASSERT_TRUE(controller->Open(&progress));
     const CGalleryInstallation* installation = controller->GetInstallation();
     ASSERT_NE(nullptr, installation);
@@ -356,42 +346,6 @@ TEST_F(SampleFixture, AFreshInstallIsCurrentIncludingItsStringVersions)
     }
     controller->SelectUpdates();
     EXPECT_FALSE(controller->HasChanges());
-}
-
-TEST_F(SampleFixture, InstallSomeByShortIdTakesOnlyThatCategory)
-{
-    const SampleSource sample(source);
-    const auto& shortIds = configuration->GetGallery()->GetCategories();
-    const auto maps = shortIds.find(CAtlString(L"maps"));
-    ASSERT_NE(shortIds.end(), maps);
-    ASSERT_TRUE(controller->InstallSome({maps->second}, &progress));
-
-    for (const SampleCategory& category : sample.categories)
-        for (const SamplePackage& package : category.packages)
-            for (const auto& [href, bytes] : package.contents)
-                EXPECT_EQ(category.id == Utf8(maps->second), Exists(gallery + "/" + href)) << href;
-    const std::string info = UpdateInfo();
-    EXPECT_TRUE(Contains(info, Utf8(maps->second)));
-    for (const auto& [shortId, guid] : shortIds)
-    {
-        if (shortId != maps->first)
-        {
-            EXPECT_FALSE(Contains(info, Utf8(guid))) << Utf8(shortId);
-        }
-    }
-}
-
-TEST_F(SampleFixture, UninstallLeavesNoContentBehind)
-{
-    const SampleSource sample(source);
-    ASSERT_TRUE(controller->InstallAll(&progress));
-    controller->UninstallAll(&progress);
-    EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
-    for (const SampleCategory& category : sample.categories)
-        for (const SamplePackage& package : category.packages)
-            for (const auto& [href, bytes] : package.contents)
-                EXPECT_FALSE(Exists(gallery + "/" + href)) << href;
-    EXPECT_FALSE(Exists(gallery + "/Uninstall/updateinfo.xml"));
 }
 
 TEST(SampleArchives, PackagesPassAnOutsideZipTester)
