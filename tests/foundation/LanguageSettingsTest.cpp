@@ -122,26 +122,21 @@ TEST_F(LanguageSettingsTest, AmericanEnglishBecomesCanadianOnlyThroughTheLanguag
                 testing::ExitedWithCode(0), "");
 }
 
-TEST_F(LanguageSettingsTest, StoredLanguageWinsOverKdeAndTheSystem)
-{
-    StartKdeSession("fr:en_US");
-    StoreLanguage(L"de");
-    EXPECT_EQ("de", LanguageCode());
-    EXPECT_EQ("de", GetUILanguage(true).toStdString());
-    EXPECT_TRUE(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->IsLanguageSet());
-
-    StoreLanguage(L"en_US");
-    EXPECT_EQ("en_CA", LanguageCode());
-}
-
-TEST_F(LanguageSettingsTest, KdeSessionGivesTheFirstOfItsLanguages)
+TEST_F(LanguageSettingsTest, KdeSessionGivesTheFirstOfItsLanguagesAndAStoredLanguageWinsOverIt)
 {
     StartKdeSession("de:en_US");
     EXPECT_EQ("de", LanguageCode());
     EXPECT_EQ("de", GetKdeSessionLanguage().toStdString());
     EXPECT_FALSE(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->IsLanguageSet());
-
     StartKdeSession("en_US");
+    EXPECT_EQ("en_CA", LanguageCode());
+
+    StartKdeSession("fr:en_US");
+    StoreLanguage(L"de");
+    EXPECT_EQ("de", LanguageCode());
+    EXPECT_EQ("de", GetUILanguage(true).toStdString());
+    EXPECT_TRUE(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->IsLanguageSet());
+    StoreLanguage(L"en_US");
     EXPECT_EQ("en_CA", LanguageCode());
 }
 
@@ -197,27 +192,23 @@ TEST_F(LanguageSettingsTest, AskingForTheUiLanguageDropsTheCache)
     EXPECT_EQ("", U(CZOLTALanguageSettingsCache::GetInstance(CAtlString())->GetLanguageKey(L"Scrivent")));
 }
 
-TEST_F(LanguageSettingsTest, CatalogueIsOptionalForEnglishOnly)
-{
-    const QString directory = QString::fromStdString(MakeScratchDir("application"));
-    StoreLanguage(L"en_GB");
-    EXPECT_TRUE(LoadCatalogue(directory, "CuratoolId", true));
-    StoreLanguage(L"de");
-    EXPECT_FALSE(LoadCatalogue(directory, "CuratoolId", true));
-    EXPECT_FALSE(LoadCatalogue(directory, "", true));
-}
-
-TEST_F(LanguageSettingsTest, FoundCatalogueIsLoadedFromTheLanguagesFolder)
+TEST_F(LanguageSettingsTest, CatalogueComesFromTheLanguagesFolderAndIsOptionalForEnglishOnly)
 {
     const std::string directory = MakeScratchDir("application");
+    const QString folder = QString::fromStdString(directory);
+    StoreLanguage(L"en_GB");
+    EXPECT_TRUE(LoadCatalogue(folder, "CuratoolId", true));
+    StoreLanguage(L"de");
+    EXPECT_FALSE(LoadCatalogue(folder, "CuratoolId", true));
+    EXPECT_FALSE(LoadCatalogue(folder, "", true));
+
     // The smallest catalogue the translator accepts: its magic number and nothing else.
     const std::string magic = "\x3C\xB8\x64\x18\xCA\xEF\x9C\x95\xCD\x21\x1C\xBF\x60\xA1\xBD\xDD";
     ASSERT_TRUE(WriteFile(directory + "/Languages/de/CuratoolId.qm", magic));
-    StoreLanguage(L"de");
-    EXPECT_TRUE(LoadCatalogue(QString::fromStdString(directory), "CuratoolId", true));
-    EXPECT_FALSE(LoadCatalogue(QString::fromStdString(directory), "OtherName", true));
+    EXPECT_TRUE(LoadCatalogue(folder, "CuratoolId", true));
+    EXPECT_FALSE(LoadCatalogue(folder, "OtherName", true));
     StoreLanguage(L"fr");
-    EXPECT_FALSE(LoadCatalogue(QString::fromStdString(directory), "CuratoolId", true));
+    EXPECT_FALSE(LoadCatalogue(folder, "CuratoolId", true));
 }
 
 }  // namespace

@@ -102,6 +102,13 @@ TEST_F(ProxyHandlerSettings, HostAndPortLiveUnderTheFixedNameAndCredentialsNowhe
     EXPECT_EQ(CAtlString(L"proxy.example"), loaded.GetHost());
     EXPECT_EQ(3128, loaded.GetPort());
     EXPECT_EQ(CAtlString(L""), loaded.GetUser());
+
+    // A port change alone is not saved.
+    prompt.answer.port = 9999;
+    ASSERT_TRUE(saved.ConfigureDialog(nullptr));
+    EXPECT_EQ(9999, saved.GetPort());
+    loaded.LoadSettings();
+    EXPECT_EQ(3128, loaded.GetPort());
 }
 
 TEST_F(ProxyHandlerSettings, AbsentValuesGiveEmptyHostAndPort8080AndSetHostTakesTheTextAsItStands)
@@ -121,21 +128,6 @@ TEST_F(ProxyHandlerSettings, AbsentValuesGiveEmptyHostAndPort8080AndSetHostTakes
     handler.GetProxy(host, port, user, password);
     EXPECT_EQ(CAtlString(L"other:1"), host);
     EXPECT_EQ(8080, port);
-}
-
-TEST_F(ProxyHandlerSettings, APortChangeAloneIsNotSaved)
-{
-    ProxyHandler handler;
-    handler.SetHost(CAtlString(L"p"));
-    ASSERT_TRUE(handler.SaveSettings());  // port 0
-    ScriptedPrompt prompt;
-    prompt.answer = {CAtlString(L"p"), 9999, CAtlString(), CAtlString()};
-    handler.SetPrompt(prompt.Get());
-    ASSERT_TRUE(handler.ConfigureDialog(nullptr));
-    EXPECT_EQ(9999, handler.GetPort());
-    ProxyHandler loaded;
-    loaded.LoadSettings();
-    EXPECT_EQ(0, loaded.GetPort());
 }
 
 TEST(ProxyHandlerAuthenticate, CommandLineCredentialsAreTriedOnceThenTheDialogDecides)
