@@ -69,36 +69,27 @@ TEST(CAtlStringBlock, OperationsOnEmptyStringsNeverWriteTheSharedBlock)
     ExpectNilUntouched();
 }
 
-TEST(CAtlStringBlock, BlocksAreExactlyAsLongAsTheText)
+TEST(CAtlStringBlock, BlocksAreExactlyAsLongAsTheTextAndAppendsInsideThemStayInPlace)
 {
     CAtlString s(L"abc");
     EXPECT_EQ(s.GetData()->nAllocLength, 3);
     EXPECT_EQ(s.GetData()->nRefs, 1);
     EXPECT_EQ(s.GetString()[3], L'\0');
-
     const wchar_t* before = s.GetString();
     s += L"d";
     EXPECT_NE(s.GetString(), before) << "an append that does not fit moves to a new block";
     EXPECT_EQ(s.GetData()->nAllocLength, 4);
-    EXPECT_EQ(s, L"abcd");
+    EXPECT_EQ((CAtlString(L"ab") + CAtlString(L"cde")).GetData()->nAllocLength, 5);
 
-    CAtlString joined = CAtlString(L"ab") + CAtlString(L"cde");
-    EXPECT_EQ(joined.GetData()->nAllocLength, 5);
-}
-
-TEST(CAtlStringBlock, AppendingInsideTheAllocationStaysInPlace)
-{
-    CAtlString s(L"ab");
     s.GetBuffer(10);
     s.ReleaseBuffer(2);
-    const wchar_t* before = s.GetString();
+    before = s.GetString();
     s += L"cd";
     s.Append(L"e");
     s += L'f';
     EXPECT_EQ(s.GetString(), before);
     EXPECT_EQ(s, L"abcdef");
     EXPECT_EQ(s.GetData()->nAllocLength, 10);
-
     // Appending a string to itself reads all of it before any of it moves.
     s += s;
     EXPECT_EQ(s, L"abcdefabcdef");
@@ -130,19 +121,13 @@ TEST(CAtlStringBlock, CopiesShareUntilOneOfThemWrites)
     EXPECT_EQ(original, L"shared");
 }
 
-TEST(CAtlStringBlock, GetBufferWithoutArgumentLeavesSharedCharactersShared)
+TEST(CAtlStringBlock, GetBufferMakesAPrivateBlockOnlyWhenAskedForRoom)
 {
     CAtlString original(L"text");
     CAtlString copy(original);
-    const wchar_t* shared = copy.GetBuffer();
-    EXPECT_EQ(shared, original.GetString());
+    EXPECT_EQ(copy.GetBuffer(), original.GetString()) << "without an argument the block stays shared";
     EXPECT_EQ(original.GetData()->nRefs, 2);
-}
 
-TEST(CAtlStringBlock, GetBufferOnASharedBlockMakesAPrivateOneKeepingTheLength)
-{
-    CAtlString original(L"text");
-    CAtlString copy(original);
     wchar_t* buffer = copy.GetBuffer(2);
     EXPECT_NE(buffer, original.GetString());
     EXPECT_EQ(copy.GetData()->nAllocLength, 4) << "never smaller than the text";
@@ -150,9 +135,14 @@ TEST(CAtlStringBlock, GetBufferOnASharedBlockMakesAPrivateOneKeepingTheLength)
     EXPECT_EQ(std::wcscmp(buffer, L"text"), 0);
     EXPECT_EQ(original.GetData()->nRefs, 1);
 
-    buffer = copy.GetBuffer(12);
+    copy.GetBuffer(12);
     EXPECT_EQ(copy.GetData()->nAllocLength, 12);
     EXPECT_EQ(copy.GetLength(), 4);
+
+    buffer = copy.GetBufferSetLength(3);
+    EXPECT_EQ(copy.GetLength(), 3);
+    EXPECT_EQ(buffer[3], L'\0');
+    EXPECT_EQ(copy, L"tex");
 }
 
 TEST(CAtlStringBlock, ReleaseBufferDefaultKeepsALengthAndMeasuresOnlyWhenThereIsNone)
@@ -183,15 +173,6 @@ TEST(CAtlStringBlock, ReleaseBufferDefaultKeepsALengthAndMeasuresOnlyWhenThereIs
     buffer[0] = L'x';
     remeasured.ReleaseBuffer();
     EXPECT_EQ(remeasured, L"xyz");
-}
-
-TEST(CAtlStringBlock, GetBufferSetLengthFixesLengthAndTerminator)
-{
-    CAtlString s(L"abcdef");
-    wchar_t* buffer = s.GetBufferSetLength(3);
-    EXPECT_EQ(s.GetLength(), 3);
-    EXPECT_EQ(buffer[3], L'\0');
-    EXPECT_EQ(s, L"abc");
 }
 
 TEST(CAtlStringBlock, LockedBuffersAreCopiedByValueAndKeepTheirAllocation)

@@ -25,8 +25,6 @@ void FormatVia(CAtlString& target, const wchar_t* format, ...)
 
 } // namespace
 
-// --- Conversions --------------------------------------------------------------------------------
-
 TEST(CAtlStringConversion, EightBitTextTakesItsByteCountAsLength)
 {
     EXPECT_EQ(CAtlString("plain ascii"), L"plain ascii");
@@ -89,9 +87,7 @@ TEST(CAtlStringConversion, CharacterRepeatAndCountedConstructors)
     EXPECT_EQ(CAtlString(withZero, 3).GetLength(), 3);
 }
 
-// --- Extraction --------------------------------------------------------------------------------
-
-TEST(CAtlStringExtraction, MidClampsItsArguments)
+TEST(CAtlStringExtraction, MidLeftRightClampAndShareWholeResults)
 {
     const CAtlString s(L"abcdef");
     EXPECT_EQ(s.Mid(2, 3), L"cde");
@@ -103,27 +99,22 @@ TEST(CAtlStringExtraction, MidClampsItsArguments)
     EXPECT_EQ(s.Mid(10), L"") << "a start past the end gives an empty string on the wide class";
     EXPECT_EQ(s.Mid(10, 2), L"");
     EXPECT_EQ(s.Mid(1, 2147483647), L"bcdef");
-}
 
-TEST(CAtlStringExtraction, WholeResultsShareTheBlock)
-{
-    const CAtlString s(L"abc");
+    // Whole results share the block.
     EXPECT_EQ(s.Mid(0).GetString(), s.GetString());
     EXPECT_EQ(s.Mid(-1, 10).GetString(), s.GetString());
-    EXPECT_EQ(s.Left(3).GetString(), s.GetString());
+    EXPECT_EQ(s.Left(6).GetString(), s.GetString());
     EXPECT_EQ(s.Left(99).GetString(), s.GetString());
-    EXPECT_EQ(s.Right(3).GetString(), s.GetString());
-    EXPECT_NE(s.Left(2).GetString(), s.GetString());
+    EXPECT_EQ(s.Right(6).GetString(), s.GetString());
+    EXPECT_NE(s.Left(5).GetString(), s.GetString());
 
     EXPECT_EQ(s.Left(2), L"ab");
-    EXPECT_EQ(s.Right(2), L"bc");
+    EXPECT_EQ(s.Right(2), L"ef");
     EXPECT_EQ(s.Left(-1), L"");
     EXPECT_EQ(s.Right(-1), L"");
 }
 
-// --- Searching ---------------------------------------------------------------------------------
-
-TEST(CAtlStringSearch, FindCharactersAndStrings)
+TEST(CAtlStringSearch, FindCharactersAndStringsButNeverTheEmptySubstring)
 {
     const CAtlString s(L"a/b/c");
     EXPECT_EQ(s.Find(L'/'), 1);
@@ -140,19 +131,14 @@ TEST(CAtlStringSearch, FindCharactersAndStrings)
     EXPECT_EQ(s.Find(L"/", 2), 3);
     EXPECT_EQ(s.Find(L"/c", 4), -1);
     EXPECT_EQ(s.Find("b/c"), 2) << "8-bit arguments are converted first";
-}
 
-TEST(CAtlStringSearch, EmptySubstringIsNeverFound)
-{
     EXPECT_EQ(CAtlString(L"").Find(L""), -1);
     EXPECT_EQ(CAtlString(L"abc").Find(L""), -1);
     EXPECT_EQ(CAtlString(L"abc").Find(L"", 1), -1);
     EXPECT_EQ(CAtlString(L"abc").Find(""), -1);
 }
 
-// --- Editing -----------------------------------------------------------------------------------
-
-TEST(CAtlStringEditing, ReplaceCharactersCountsAndEqualArgumentsLeaveTheBlockAlone)
+TEST(CAtlStringEditing, ReplaceCharactersAndStrings)
 {
     CAtlString s(L"a.b.c");
     CAtlString copy(s);
@@ -163,11 +149,8 @@ TEST(CAtlStringEditing, ReplaceCharactersCountsAndEqualArgumentsLeaveTheBlockAlo
     EXPECT_EQ(s, L"a/b/c");
     EXPECT_EQ(copy, L"a.b.c");
     EXPECT_EQ(s.Replace(L'x', L'y'), 0);
-}
 
-TEST(CAtlStringEditing, ReplaceStrings)
-{
-    CAtlString s(L"one two one two one");
+    s = L"one two one two one";
     EXPECT_EQ(s.Replace(L"one", L"1"), 3);
     EXPECT_EQ(s, L"1 two 1 two 1");
     EXPECT_EQ(s.Replace(L"two", L"three"), 2);
@@ -185,7 +168,7 @@ TEST(CAtlStringEditing, ReplaceStrings)
     EXPECT_EQ(overlapping, L"bba");
 
     CAtlString whole(L"abc");
-    CAtlString copy(whole);
+    copy = whole;
     EXPECT_EQ(whole.Replace(L"abc", L""), 1);
     EXPECT_TRUE(whole.IsEmpty());
     EXPECT_EQ(copy, L"abc");
@@ -262,8 +245,6 @@ TEST(CAtlStringEditing, MakeReverseIsExactForAsciiAndNarrowsWhatTravelsFromTheFr
     EXPECT_EQ(reversed.GetAt(1), static_cast<wchar_t>(-23));
 }
 
-// --- Appending and concatenation ----------------------------------------------------------------
-
 TEST(CAtlStringAppending, AllArgumentKindsAppendAndConcatenate)
 {
     CAtlString s(L"a");
@@ -287,8 +268,6 @@ TEST(CAtlStringAppending, AllArgumentKindsAppendAndConcatenate)
     EXPECT_EQ(base + CAtlStringA("q"), L"xq");
     EXPECT_EQ(base + L"", L"x");
 }
-
-// --- Comparison --------------------------------------------------------------------------------
 
 TEST(CAtlStringComparison, CaseSensitiveOperatorsAndExplicitCaseFolding)
 {
@@ -330,9 +309,7 @@ TEST(CAtlStringComparison, StringsKeyOrderedAndUnorderedMaps)
     EXPECT_EQ(ordered.begin()->first, L"a");
 }
 
-// --- Formatting --------------------------------------------------------------------------------
-
-TEST(CAtlStringFormat, PercentSTakesAWideString)
+TEST(CAtlStringFormat, PercentSTakesAWideStringAndLongResultsGrowTheBuffer)
 {
     CAtlString s;
     s.Format(L"%s=%d", L"width", 42);
@@ -345,12 +322,8 @@ TEST(CAtlStringFormat, PercentSTakesAWideString)
     EXPECT_EQ(s, L"100%ls and more");
     FormatVia(s, L"%s-%s", L"a", L"b");
     EXPECT_EQ(s, L"a-b");
-}
 
-TEST(CAtlStringFormat, LongResultsGrowTheBuffer)
-{
     const std::wstring longText(5000, L'z');
-    CAtlString s;
     s.Format(L"[%s]", longText.c_str());
     EXPECT_EQ(s.GetLength(), 5002);
     EXPECT_EQ(s.Mid(1, 5000), longText.c_str());
@@ -366,8 +339,6 @@ TEST(CAtlStringFormat, AFormatThatNeverSucceedsLeavesTheTargetUnchanged)
     s.AppendFormat(L"%c", 0xFF);
     EXPECT_EQ(s, L"unchanged");
 }
-
-// --- Contract violations -----------------------------------------------------------------------
 
 TEST(CAtlStringTextDeath, NullArgumentsAndBadIndexesAreAssertionFailures)
 {

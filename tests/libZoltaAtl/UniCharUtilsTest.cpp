@@ -39,17 +39,6 @@ constexpr wchar_t kUntouched = static_cast<wchar_t>(0x7777);
 
 } // namespace
 
-TEST(UniCharUtilsDecode, SequencesOfEveryLength)
-{
-    const std::vector<wchar_t> out = Decode("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z");
-    EXPECT_EQ(out[0], L'a');
-    EXPECT_EQ(out[1], static_cast<wchar_t>(0xE9));
-    EXPECT_EQ(out[2], static_cast<wchar_t>(0x20AC));
-    EXPECT_EQ(out[3], static_cast<wchar_t>(0x1F600));
-    EXPECT_EQ(out[4], L'z');
-    EXPECT_EQ(out[5], kUntouched) << "no terminator is written";
-}
-
 TEST(UniCharUtilsDecode, IllegalOrTruncatedSequencesStopAndKeepWhatWasWritten)
 {
     const char* illegal[] = {
@@ -72,28 +61,22 @@ TEST(UniCharUtilsDecode, IllegalOrTruncatedSequencesStopAndKeepWhatWasWritten)
     CAtoWCA32("x\xE2\x82\xAC", out.data(), 3);
     EXPECT_EQ(out[0], L'x');
     EXPECT_EQ(out[1], kUntouched);
+    // A count of zero or less writes nothing, and no call writes a terminator.
+    CAtoWCA32("abc", out.data() + 1, 0);
+    CAtoWCA32("abc", out.data() + 1, -4);
+    EXPECT_EQ(out[1], kUntouched);
+    EXPECT_EQ(Decode("ab")[2], kUntouched);
 }
 
-TEST(UniCharUtilsDecode, NonPositiveCountDoesNothing)
+TEST(UniCharUtilsEncode, OutOfRangeValuesSurrogatesAndShortBuffers)
 {
-    wchar_t out[2] = {kUntouched, kUntouched};
-    CAtoWCA32("abc", out, 0);
-    CAtoWCA32("abc", out, -4);
-    EXPECT_EQ(out[0], kUntouched);
-}
-
-TEST(UniCharUtilsEncode, SequenceLengthsFollowTheValue)
-{
-    EXPECT_EQ(Encode(L"a\u00E9\u20AC\U0001F600", 10), "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
-    // Up to 0x1FFFFF still takes four bytes.
+    // Scalar values are checked against Qt below; up to 0x1FFFFF still takes four bytes.
     EXPECT_EQ(Encode(std::wstring(1, static_cast<wchar_t>(0x1FFFFF)), 4), "\xF7\xBF\xBF\xBF");
     // Larger values become U+FFFD squeezed into two bytes.
     EXPECT_EQ(Encode(std::wstring(1, static_cast<wchar_t>(0x200000)) + L"z", 3), "\xFF\xBDz");
     EXPECT_EQ(Encode(std::wstring(1, static_cast<wchar_t>(-1)), 2), "\xFF\xBD");
-}
 
-TEST(UniCharUtilsEncode, StopsAtSurrogatesAndBeforeACharacterThatDoesNotFit)
-{
+    // Stops at surrogates and before a character that does not fit.
     std::wstring withSurrogate = L"ab";
     withSurrogate += static_cast<wchar_t>(0xDC00);
     withSurrogate += L"cd";
@@ -107,7 +90,6 @@ TEST(UniCharUtilsLength, CountsBytesInStepWithTheEncoder)
 {
     EXPECT_EQ(WCA32Utf8Length(nullptr), 0);
     EXPECT_EQ(WCA32Utf8Length(L""), 0);
-    EXPECT_EQ(WCA32Utf8Length(L"a\u00E9\u20AC\U0001F600"), 1 + 2 + 3 + 4);
     const wchar_t huge[] = {static_cast<wchar_t>(0x110000), static_cast<wchar_t>(0x200000), 0};
     EXPECT_EQ(WCA32Utf8Length(huge), 4 + 2);
     const wchar_t surrogate[] = {L'a', static_cast<wchar_t>(0xD800), 0};
