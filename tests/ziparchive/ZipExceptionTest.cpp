@@ -57,16 +57,11 @@ TEST(ZipException, FileNameJoinsOnlyRemoveAndRenameTexts)
 
 TEST(ZipException, ZlibResultsMapToCodes)
 {
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_STREAM_END), 500);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_NEED_DICT), 501);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_ERRNO), 502);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_STREAM_ERROR), 503);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_DATA_ERROR), 504);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_MEM_ERROR), 505);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_BUF_ERROR), 506);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_VERSION_ERROR), 507);
-    EXPECT_EQ(CZipException::ZlibErrToZip(Z_OK), 100);
-    EXPECT_EQ(CZipException::ZlibErrToZip(-7), 100);
+    const int zlib[] = {Z_STREAM_END, Z_NEED_DICT, Z_ERRNO, Z_STREAM_ERROR, Z_DATA_ERROR, Z_MEM_ERROR, Z_BUF_ERROR,
+                        Z_VERSION_ERROR, Z_OK, -7};
+    const int zip[] = {500, 501, 502, 503, 504, 505, 506, 507, 100, 100};
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(CZipException::ZlibErrToZip(zlib[i]), zip[i]) << zlib[i];
 }
 
 TEST(ZipPlatformNames, WideAndUtf8ConvertBothWays)

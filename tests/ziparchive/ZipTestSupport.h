@@ -5,6 +5,7 @@
 
 #include "CZoltaDirectoryPath.h"
 #include "CZoltaFilePath.h"
+#include "TestEnvironment.h"
 
 #include <QString>
 
@@ -56,15 +57,7 @@ inline std::map<std::string, std::string> ReadTree(const std::string& root)
         if (entry.is_directory()) {
             tree[relative + "/"] = "<dir>";
         } else {
-            std::string bytes;
-            if (FILE* file = std::fopen(entry.path().c_str(), "rb")) {
-                char chunk[65536];
-                size_t got;
-                while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0)
-                    bytes.append(chunk, got);
-                std::fclose(file);
-            }
-            tree[relative] = bytes;
+            tree[relative] = curatool::test::ReadFile(entry.path().string());
         }
     }
     return tree;
@@ -124,34 +117,28 @@ public:
                                           uInt(entry.data.size())));
             if (entry.badCrc)
                 crc ^= 0x5A5A5A5Au;
+            // The fields the local header and the central record share, from "version needed" on.
+            auto common = [&](std::string& to) {
+                Put16(to, 10);
+                Put16(to, entry.flags);
+                Put16(to, entry.method);
+                Put16(to, 0);
+                Put16(to, 0x5A21);  // 2025-01-01
+                Put32(to, crc);
+                Put32(to, uint32_t(entry.data.size()));
+                Put32(to, uint32_t(entry.data.size()));
+                Put16(to, uint16_t(entry.name.size()));
+                Put16(to, 0);
+            };
             const uint32_t offset = uint32_t(out.size());
             Put32(out, 0x04034b50);
-            Put16(out, 10);
-            Put16(out, entry.flags);
-            Put16(out, entry.method);
-            Put16(out, 0);
-            Put16(out, 0x5A21);  // 2025-01-01
-            Put32(out, crc);
-            Put32(out, uint32_t(entry.data.size()));
-            Put32(out, uint32_t(entry.data.size()));
-            Put16(out, uint16_t(entry.name.size()));
-            Put16(out, 0);
-            out += entry.name;
-            out += entry.data;
+            common(out);
+            out += entry.name + entry.data;
 
             Put32(central, 0x02014b50);
             Put16(central, entry.madeBy);
-            Put16(central, 10);
-            Put16(central, entry.flags);
-            Put16(central, entry.method);
-            Put16(central, 0);
-            Put16(central, 0x5A21);
-            Put32(central, crc);
-            Put32(central, uint32_t(entry.data.size()));
-            Put32(central, uint32_t(entry.data.size()));
-            Put16(central, uint16_t(entry.name.size()));
-            Put16(central, 0);
-            Put16(central, 0);
+            common(central);
+            Put16(central, 0);  // comment length, disk, internal attributes
             Put16(central, 0);
             Put16(central, 0);
             Put32(central, entry.externalAttr);
