@@ -1,18 +1,13 @@
-#include "CAtlString.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "CGalleryMetadata.h"
 #include "GalleryPlaces.h"
 #include "GalleryText.h"
 #include "ManifestCache.h"
-#include "TestEnvironment.h"
+#include "ManifestTestTree.h"
 
 #include <gtest/gtest.h>
 
 #include <zlib.h>
 
 #include <cstring>
-#include <cwchar>
 #include <random>
 #include <string>
 #include <sys/stat.h>
@@ -20,28 +15,19 @@
 
 namespace {
 
+using namespace manifest_test;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
 using curatool::test::WriteFile;
 
-std::string Narrow(const wchar_t* text)
-{
-    return CAtlString(text).ToQString().toStdString();
-}
+// ---- Building trees ----
 
-CAtlString Wide(const std::string& text)
+// The fields every record of these trees carries beside its identifier and English title.
+void FillMetadata(CGalleryMetadata& metadata)
 {
-    return CAtlString(QString::fromStdString(text));
-}
-
-// ---- Building and describing trees ----
-
-void FillMetadata(CGalleryMetadata& metadata, const std::wstring& identifier, const wchar_t* title)
-{
-    ASSERT_EQ(metadata.SetIdentifier(identifier.c_str()), S_OK);
     ASSERT_EQ(metadata.SetVersion(L"1.2"), S_OK);
-    ASSERT_EQ(metadata.m_titles->Add(L"en", title), S_OK);
-    ASSERT_EQ(metadata.m_titles->Add(L"fr", (std::wstring(title) + L" \u00e9t\u00e9").c_str()), S_OK);
+    const std::wstring french = std::wstring(metadata.m_titles->GetValue(0)) + L" \u00e9t\u00e9";
+    ASSERT_EQ(metadata.m_titles->Add(L"fr", french.c_str()), S_OK);
     ASSERT_EQ(metadata.m_keywords->Add(L"en", L"alpha;beta"), S_OK);
     metadata.m_creationTime = 1165000000;
 }
@@ -50,86 +36,25 @@ void FillMetadata(CGalleryMetadata& metadata, const std::wstring& identifier, co
 // both categories hold `activities` activities.
 void BuildTree(CGalleryManifest& manifest, int organizations, int activities)
 {
-    FillMetadata(*manifest.m_metadata, L"urn:manifest", L"Manifest");
+    ASSERT_EQ(manifest.m_metadata->SetIdentifier(L"urn:manifest"), S_OK);
+    ASSERT_EQ(manifest.m_metadata->m_titles->Add(L"en", L"Manifest"), S_OK);
+    FillMetadata(*manifest.m_metadata);
     ASSERT_EQ(manifest.m_stringVersions->Add(L"en", L"3.0"), S_OK);
     for (int o = 0; o < organizations; ++o) {
-        CGalleryOrganization* organization = nullptr;
-        ASSERT_EQ(CGalleryOrganization::Create(&organization), S_OK);
-        FillMetadata(*organization->m_metadata, L"urn:org" + std::to_wstring(o), L"Organization");
-        ASSERT_EQ(manifest.AddOrganization(organization), S_OK);
-        CGalleryFolder* root = nullptr;
-        CGalleryFolder* child = nullptr;
-        ASSERT_EQ(CGalleryFolder::Create(&root), S_OK);
-        ASSERT_EQ(CGalleryFolder::Create(&child), S_OK);
-        FillMetadata(*root->m_metadata, L"urn:root" + std::to_wstring(o), L"Root");
-        FillMetadata(*child->m_metadata, L"urn:child" + std::to_wstring(o), L"Child");
-        ASSERT_EQ(organization->AddItem(root), S_OK);
-        ASSERT_EQ(root->AddChild(child), S_OK);
+        const std::wstring n = std::to_wstring(o);
+        CGalleryOrganization* organization = AddOrganization(manifest, (L"urn:org" + n).c_str(), L"Organization");
+        CGalleryFolder* root = AddCategory(organization, (L"urn:root" + n).c_str(), L"Root");
+        CGalleryFolder* child = AddCategory(root, (L"urn:child" + n).c_str(), L"Child");
+        for (CGalleryMetadata* metadata : {organization->m_metadata, root->m_metadata, child->m_metadata})
+            FillMetadata(*metadata);
         for (CGalleryFolder* folder : {root, child}) {
             for (int a = 0; a < activities; ++a) {
-                CGalleryActivity* activity = nullptr;
-                ASSERT_EQ(CGalleryActivity::Create(&activity), S_OK);
-                const std::wstring id = std::wstring(folder->m_metadata->m_identifier) + L"/a" + std::to_wstring(a);
-                FillMetadata(*activity->m_metadata, id, L"Picture");
-                ASSERT_EQ(activity->m_metadata->SetFormat(L"image/png"), S_OK);
-                ASSERT_EQ(activity->SetHref((L"pics/p" + std::to_wstring(a) + L".png").c_str()), S_OK);
-                ASSERT_EQ(folder->AddActivity(activity), S_OK);
+                const std::wstring id = std::wstring(folder->GetIdentifier()) + L"/a" + std::to_wstring(a);
+                const std::wstring href = L"pics/p" + std::to_wstring(a) + L".png";
+                FillMetadata(*AddActivity(folder, id.c_str(), href.c_str(), L"Picture")->m_metadata);
             }
         }
     }
-}
-
-std::string DescribeBlock(const LanguageStringBlock* block)
-{
-    std::string out = "{";
-    if (block) {
-        for (int i = 0; i < block->GetCount(); ++i)
-            out += Narrow(block->GetKey(i)) + "=" + Narrow(block->GetValue(i)) + ";";
-    }
-    return out + "}";
-}
-
-std::string DescribeMetadata(const CGalleryMetadata* m)
-{
-    if (!m)
-        return "<no metadata>";
-    return Narrow(m->m_identifier) + "|" + Narrow(m->m_version) + "|" + Narrow(m->m_sortKey) + "|" +
-           Narrow(m->m_format) + "|" + std::to_string(m->m_creationTime) + "|" + Narrow(m->m_originalId) + "|" +
-           Narrow(m->m_showInLanguages) + "|" + Narrow(m->m_hideInLanguages) + "|" + DescribeBlock(m->m_titles) +
-           DescribeBlock(m->m_keywords) + DescribeBlock(m->m_minimumVersions) + DescribeBlock(m->m_maximumVersions);
-}
-
-// Every field of the tree, and a check of every back reference on the way.
-std::string DescribeFolder(const CGalleryFolder* folder, const CGalleryFolder* parent,
-                           const CGalleryOrganization* organization, const std::string& indent)
-{
-    EXPECT_EQ(folder->m_type, eGalleryObjectFolder);
-    EXPECT_EQ(folder->m_parent, parent);
-    EXPECT_EQ(folder->m_organization, organization);
-    std::string out = indent + "folder " + DescribeMetadata(folder->m_metadata) + "\n";
-    for (std::uint32_t i = 0; i < folder->m_activities->GetCount(); ++i) {
-        const CGalleryActivity* activity = folder->m_activities->GetAt(i);
-        EXPECT_EQ(activity->m_type, eGalleryObjectActivity);
-        EXPECT_EQ(activity->m_parent, folder);
-        out += indent + " activity " + Narrow(activity->m_href) + " " + DescribeMetadata(activity->m_metadata) + "\n";
-    }
-    for (std::uint32_t i = 0; i < folder->m_children->GetCount(); ++i)
-        out += DescribeFolder(folder->m_children->GetAt(i), folder, organization, indent + "  ");
-    return out;
-}
-
-std::string DescribeTree(const CGalleryManifest& manifest)
-{
-    std::string out = "manifest " + DescribeMetadata(manifest.m_metadata) + DescribeBlock(manifest.m_stringVersions) + "\n";
-    for (std::uint32_t i = 0; i < manifest.m_organizations->GetCount(); ++i) {
-        const CGalleryOrganization* organization = manifest.m_organizations->GetAt(i);
-        EXPECT_EQ(organization->m_manifest, &manifest);
-        out += "organization " + std::to_string(organization->m_readOnly) + " " +
-               DescribeMetadata(organization->m_metadata) + "\n";
-        for (std::uint32_t j = 0; j < organization->m_items->GetCount(); ++j)
-            out += DescribeFolder(organization->m_items->GetAt(j), nullptr, organization, "  ");
-    }
-    return out;
 }
 
 std::uint32_t WordAt(const std::string& bytes, std::size_t offset)
@@ -214,17 +139,23 @@ TEST(ManifestImage, TreeSurvivesTheRoundTripWithBackReferences)
     ASSERT_EQ(original.SetPath(L"/g/x/imsmanifest.xml"), S_OK);
     const std::string bytes = ImageOf(original, folder);
 
-    CGalleryManifest loaded;
-    ASSERT_EQ(ReadManifestImage(loaded, CZoltaFilePath((folder + "/tree.cache").c_str())), S_OK);
-    EXPECT_EQ(DescribeTree(loaded), DescribeTree(original));
-    EXPECT_EQ(Narrow(loaded.GetPath()), "/g/x/imsmanifest.xml");
-    EXPECT_EQ(Narrow(loaded.m_cachePath), folder + "/tree.cache");
-    EXPECT_FALSE(loaded.IsModified());
-    // Texts stay in the read buffer.
-    EXPECT_TRUE(CGalleryImageRegistry::Contains(loaded.m_metadata->m_identifier));
-    EXPECT_TRUE(CGalleryImageRegistry::Contains(loaded.m_organizations->GetAt(0)));
-    // Written again, the loaded tree gives the same file.
-    EXPECT_EQ(ImageOf(loaded, folder, "again.cache"), bytes);
+    const wchar_t* imageText = nullptr;
+    {
+        CGalleryManifest loaded;
+        ASSERT_EQ(ReadManifestImage(loaded, CZoltaFilePath((folder + "/tree.cache").c_str())), S_OK);
+        EXPECT_EQ(Dump(loaded), Dump(original));
+        EXPECT_EQ(N(loaded.GetPath()), "/g/x/imsmanifest.xml");
+        EXPECT_EQ(N(loaded.m_cachePath), folder + "/tree.cache");
+        EXPECT_FALSE(loaded.IsModified());
+        // Texts stay in the read buffer.
+        imageText = loaded.m_metadata->m_identifier;
+        EXPECT_TRUE(CGalleryImageRegistry::Contains(imageText));
+        EXPECT_TRUE(CGalleryImageRegistry::Contains(loaded.m_organizations->GetAt(0)));
+        // Written again, the loaded tree gives the same file.
+        EXPECT_EQ(ImageOf(loaded, folder, "again.cache"), bytes);
+    }
+    // The manifest freed the tree, then its image.
+    EXPECT_FALSE(CGalleryImageRegistry::Contains(imageText));
 }
 
 TEST(ManifestImage, ManifestWithoutOrganizationsRoundTrips)
@@ -239,7 +170,7 @@ TEST(ManifestImage, ManifestWithoutOrganizationsRoundTrips)
     CGalleryManifest loaded;
     ASSERT_EQ(ReadBytes(loaded, bytes), S_OK);
     EXPECT_EQ(loaded.m_organizations->GetCount(), 0u);
-    EXPECT_EQ(DescribeTree(loaded), DescribeTree(empty));
+    EXPECT_EQ(Dump(loaded), Dump(empty));
 
     // Without the list record itself the file is refused.
     std::string noList = bytes;
@@ -254,7 +185,7 @@ TEST(ManifestImage, DamagedOrShortFilesFailBeforeAnyOffsetIsUsed)
     CGalleryManifest tree;
     BuildTree(tree, 1, 2);
     const std::string bytes = ImageOf(tree, folder);
-    const std::string before = DescribeTree(tree);
+    const std::string before = Dump(tree);
 
     std::string flipped = bytes;
     flipped.back() ^= 0x01;
@@ -270,7 +201,7 @@ TEST(ManifestImage, DamagedOrShortFilesFailBeforeAnyOffsetIsUsed)
         EXPECT_LT(ReadManifestImage(tree, CZoltaFilePath(path.c_str())), 0) << length;
     }
     // A failed read leaves the manifest as it was.
-    EXPECT_EQ(DescribeTree(tree), before);
+    EXPECT_EQ(Dump(tree), before);
 }
 
 TEST(ManifestImage, OffsetsAreRangeCheckedAtTheFileSize)
@@ -336,7 +267,7 @@ TEST(ManifestImage, HostileOffsetsWithAValidCrcNeverCrash)
         CGalleryManifest target;
         if (SUCCEEDED(ReadBytes(target, hostile))) {
             ++loaded;
-            DescribeTree(target);
+            Dump(target);
         }
     }
     EXPECT_GT(loaded, 0);
@@ -354,13 +285,13 @@ protected:
         m_xml = m_folder + "/imsmanifest.xml";
         CGalleryManifest tree;
         BuildTree(tree, 2, 3);
-        ASSERT_EQ(CGalleryManifestIO::Save(tree, Wide(m_xml).GetString(), false), S_OK);
-        m_cache = Narrow(GetManifestCachePath(Wide(m_xml)).GetPath().GetString());
+        ASSERT_EQ(CGalleryManifestIO::Save(tree, W(m_xml).GetString(), false), S_OK);
+        m_cache = N(GetManifestCachePath(W(m_xml)).GetPath().GetString());
     }
 
     HRESULT Open(CGalleryManifest& manifest, bool useCache)
     {
-        return CGalleryManifestIO::Open(manifest, Wide(m_xml).GetString(), nullptr, useCache);
+        return CGalleryManifestIO::Open(manifest, W(m_xml).GetString(), nullptr, useCache);
     }
 
     std::string m_folder;
@@ -371,17 +302,17 @@ protected:
 TEST_F(ManifestCacheTest, CacheNameFollowsTheFolderAndTheHashOfThePath)
 {
     std::uint32_t hash = 5381;
-    for (wchar_t c : std::wstring(Wide(m_xml).GetString()))
+    for (wchar_t c : std::wstring(W(m_xml).GetString()))
         hash = hash * 33 + static_cast<std::uint32_t>(c);
     char expected[64];
     std::snprintf(expected, sizeof(expected), "physical content_%08x.cache", hash);
-    EXPECT_EQ(Narrow(GetManifestCacheName(Wide(m_xml)).GetString()), expected);
-    EXPECT_EQ(m_cache, Narrow(GetUserGalleryFolder().GetPath().GetString()) + "/" + expected);
+    EXPECT_EQ(N(GetManifestCacheName(W(m_xml)).GetString()), expected);
+    EXPECT_EQ(m_cache, N(GetUserGalleryFolder().GetPath().GetString()) + "/" + expected);
     // Paths that differ in case give different names, though both are lower-cased.
     const CAtlString upper = GetManifestCacheName(L"/a/Physical Content/imsmanifest.xml");
     const CAtlString lower = GetManifestCacheName(L"/a/physical content/imsmanifest.xml");
     EXPECT_NE(upper, lower);
-    EXPECT_EQ(Narrow(upper.GetString()).substr(0, 17), "physical content_");
+    EXPECT_EQ(N(upper.GetString()).substr(0, 17), "physical content_");
     EXPECT_NE(GetManifestCacheName(L"/a/Same/imsmanifest.xml"), GetManifestCacheName(L"/b/Same/imsmanifest.xml"));
 }
 
@@ -400,10 +331,10 @@ TEST_F(ManifestCacheTest, CachedTreeEqualsTheParsedOneAndIsUsedNextTime)
 
     CGalleryManifest cached;
     ASSERT_EQ(Open(cached, true), S_OK);
-    EXPECT_EQ(Narrow(cached.m_cachePath), m_cache);
-    EXPECT_EQ(Narrow(cached.GetPath()), m_xml);
-    EXPECT_EQ(DescribeTree(cached), DescribeTree(parsed));
-    EXPECT_EQ(DescribeTree(first), DescribeTree(parsed));
+    EXPECT_EQ(N(cached.m_cachePath), m_cache);
+    EXPECT_EQ(N(cached.GetPath()), m_xml);
+    EXPECT_EQ(Dump(cached), Dump(parsed));
+    EXPECT_EQ(Dump(first), Dump(parsed));
 }
 
 TEST_F(ManifestCacheTest, EqualTimeIsUsedOlderOrDamagedIsNot)
@@ -415,7 +346,7 @@ TEST_F(ManifestCacheTest, EqualTimeIsUsedOlderOrDamagedIsNot)
     SetMTime(m_cache, xmlTime);
     CGalleryManifest equal;
     ASSERT_EQ(Open(equal, true), S_OK);
-    EXPECT_EQ(Narrow(equal.m_cachePath), m_cache);
+    EXPECT_EQ(N(equal.m_cachePath), m_cache);
 
     SetMTime(m_cache, xmlTime - 1);
     CGalleryManifest stale;
@@ -431,10 +362,10 @@ TEST_F(ManifestCacheTest, EqualTimeIsUsedOlderOrDamagedIsNot)
     CGalleryManifest damaged;
     ASSERT_EQ(Open(damaged, true), S_OK);
     EXPECT_STREQ(damaged.m_cachePath, L"");
-    EXPECT_EQ(DescribeTree(damaged), DescribeTree(writer));
+    EXPECT_EQ(Dump(damaged), Dump(writer));
     CGalleryManifest repaired;
     ASSERT_EQ(Open(repaired, true), S_OK);
-    EXPECT_EQ(Narrow(repaired.m_cachePath), m_cache);
+    EXPECT_EQ(N(repaired.m_cachePath), m_cache);
 }
 
 TEST_F(ManifestCacheTest, CachedTreeCanBeEditedAndSaved)
@@ -446,36 +377,35 @@ TEST_F(ManifestCacheTest, CachedTreeCanBeEditedAndSaved)
     ASSERT_EQ(Open(writer, true), S_OK);
     CGalleryManifest cached;
     ASSERT_EQ(Open(cached, true), S_OK);
-    ASSERT_EQ(Narrow(cached.m_cachePath), m_cache);
+    ASSERT_EQ(N(cached.m_cachePath), m_cache);
 
     CGalleryFolder* root = cached.m_organizations->GetAt(0)->m_items->GetAt(0);
-    CGalleryActivity* added = nullptr;
-    ASSERT_EQ(CGalleryActivity::Create(&added), S_OK);
-    ASSERT_EQ(added->m_metadata->SetIdentifier(L"urn:added"), S_OK);
-    ASSERT_EQ(added->SetHref(L"pics/new.png"), S_OK);
-    FillMetadata(*added->m_metadata, L"urn:added", L"Added");
-    ASSERT_EQ(added->m_metadata->SetFormat(L"image/png"), S_OK);
+    CGalleryActivity* added = AddActivity(root, L"urn:added", L"pics/new.png", L"Added");
+    FillMetadata(*added->m_metadata);
     added->m_metadata->m_creationTime = 0;  // the XML form does not keep it
-    ASSERT_EQ(root->AddActivity(added), S_OK);
     EXPECT_FALSE(CGalleryImageRegistry::Contains(root->m_activities->m_array));
     CGalleryActivity* removed = root->m_activities->RemoveAt(0);
     CGalleryActivity::Destroy(removed);
+    // Texts in the image are replaced, never written over or freed.
+    const wchar_t* imageIdentifier = root->m_metadata->m_identifier;
+    ASSERT_TRUE(CGalleryImageRegistry::Contains(imageIdentifier));
     ASSERT_EQ(root->m_metadata->SetIdentifier(L"urn:root-renamed"), S_OK);
+    EXPECT_STREQ(imageIdentifier, L"urn:root0");
     ASSERT_EQ(root->m_metadata->m_titles->ReplaceLanguage(L"en", {CAtlString(L"New title")}), S_OK);
     CGalleryOrganization* organization = cached.m_organizations->RemoveAt(1);
     CGalleryOrganization::Destroy(organization);
-    const std::string edited = DescribeTree(cached);
+    const std::string edited = Dump(cached);
     EXPECT_NE(edited.find("urn:added"), std::string::npos);
-    EXPECT_EQ(edited.find("urn:root0/a0|"), std::string::npos);
+    EXPECT_EQ(edited.find("id=urn:root0/a0 "), std::string::npos);
 
-    ASSERT_EQ(CGalleryManifestIO::Save(cached, Wide(m_xml).GetString(), true), S_OK);
+    ASSERT_EQ(CGalleryManifestIO::Save(cached, W(m_xml).GetString(), true), S_OK);
     CGalleryManifest reparsed;
     ASSERT_EQ(Open(reparsed, false), S_OK);
-    EXPECT_EQ(DescribeTree(reparsed), edited);
+    EXPECT_EQ(Dump(reparsed), edited);
     CGalleryManifest recached;
     ASSERT_EQ(Open(recached, true), S_OK);
-    EXPECT_EQ(Narrow(recached.m_cachePath), m_cache);
-    EXPECT_EQ(DescribeTree(recached), edited);
+    EXPECT_EQ(N(recached.m_cachePath), m_cache);
+    EXPECT_EQ(Dump(recached), edited);
 }
 
 TEST_F(ManifestCacheTest, OtherExtensionsTakeTheBinaryBranch)
@@ -483,16 +413,16 @@ TEST_F(ManifestCacheTest, OtherExtensionsTakeTheBinaryBranch)
     CGalleryManifest parsed;
     ASSERT_EQ(Open(parsed, false), S_OK);
     const std::string binary = m_folder + "/copy.bin";
-    ASSERT_EQ(CGalleryManifestIO::Save(parsed, Wide(binary).GetString(), false), S_OK);
+    ASSERT_EQ(CGalleryManifestIO::Save(parsed, W(binary).GetString(), false), S_OK);
     EXPECT_EQ(ReadFile(binary).substr(0, 64), std::string(kManifestImageMagic, 64));
     CGalleryManifest reopened;
-    ASSERT_EQ(CGalleryManifestIO::Open(reopened, Wide(binary).GetString(), nullptr, false), S_OK);
-    EXPECT_EQ(DescribeTree(reopened), DescribeTree(parsed));
-    EXPECT_EQ(Narrow(reopened.m_cachePath), binary);
+    ASSERT_EQ(CGalleryManifestIO::Open(reopened, W(binary).GetString(), nullptr, false), S_OK);
+    EXPECT_EQ(Dump(reopened), Dump(parsed));
+    EXPECT_EQ(N(reopened.m_cachePath), binary);
 
     ASSERT_TRUE(WriteFile(binary, "not an image"));
     CGalleryManifest refused;
-    EXPECT_EQ(CGalleryManifestIO::Open(refused, Wide(binary).GetString(), nullptr, false), E_FAIL);
+    EXPECT_EQ(CGalleryManifestIO::Open(refused, W(binary).GetString(), nullptr, false), E_FAIL);
 }
 
 }  // namespace

@@ -1,14 +1,10 @@
-#include "CAtlString.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "CGalleryMetadata.h"
 #include "CSettingsStore.h"
 #include "GalleryIdentifiers.h"
 #include "GalleryInitializeThread.h"
 #include "GalleryLibrary.h"
 #include "GalleryPlaces.h"
 #include "ManifestCache.h"
-#include "TestEnvironment.h"
+#include "ManifestTestTree.h"
 
 #include <gtest/gtest.h>
 
@@ -19,17 +15,8 @@
 
 namespace {
 
+using namespace manifest_test;
 using curatool::test::MakeScratchDir;
-
-std::string Narrow(const wchar_t* text)
-{
-    return CAtlString(text).ToQString().toStdString();
-}
-
-CAtlString Wide(const std::string& text)
-{
-    return CAtlString(QString::fromStdString(text));
-}
 
 // A gallery folder with a manifest of one organization, one category and `activities` items.
 std::string MakeGallery(const std::string& folder, const wchar_t* identifier, int activities = 1)
@@ -37,25 +24,12 @@ std::string MakeGallery(const std::string& folder, const wchar_t* identifier, in
     EXPECT_TRUE(CZoltaDirectoryPath(folder.c_str()).Create());
     CGalleryManifest manifest;
     EXPECT_EQ(manifest.m_metadata->SetIdentifier(identifier), S_OK);
-    CGalleryOrganization* organization = nullptr;
-    CGalleryFolder* root = nullptr;
-    EXPECT_EQ(CGalleryOrganization::Create(&organization), S_OK);
-    EXPECT_EQ(CGalleryFolder::Create(&root), S_OK);
-    EXPECT_EQ(organization->m_metadata->SetIdentifier(L"urn:organization"), S_OK);
-    EXPECT_EQ(organization->m_metadata->m_titles->Add(L"en", L"Organization"), S_OK);
-    EXPECT_EQ(root->m_metadata->SetIdentifier(L"urn:root"), S_OK);
-    EXPECT_EQ(root->m_metadata->m_titles->Add(L"en", L"Root"), S_OK);
-    EXPECT_EQ(manifest.AddOrganization(organization), S_OK);
-    EXPECT_EQ(organization->AddItem(root), S_OK);
-    for (int i = 0; i < activities; ++i) {
-        CGalleryActivity* activity = nullptr;
-        EXPECT_EQ(CGalleryActivity::Create(&activity), S_OK);
-        EXPECT_EQ(activity->m_metadata->SetIdentifier((L"urn:item" + std::to_wstring(i)).c_str()), S_OK);
-        EXPECT_EQ(activity->SetHref(L"item.png"), S_OK);
-        EXPECT_EQ(root->AddActivity(activity), S_OK);
-    }
+    CGalleryFolder* root =
+        AddCategory(AddOrganization(manifest, L"urn:organization", L"Organization"), L"urn:root", L"Root");
+    for (int i = 0; i < activities; ++i)
+        AddActivity(root, (L"urn:item" + std::to_wstring(i)).c_str(), L"item.png", L"Item");
     const std::string path = folder + "/imsmanifest.xml";
-    EXPECT_EQ(CGalleryManifestIO::Save(manifest, Wide(path).GetString(), false), S_OK);
+    EXPECT_EQ(CGalleryManifestIO::Save(manifest, W(path).GetString(), false), S_OK);
     return path;
 }
 
@@ -64,7 +38,7 @@ std::vector<std::string> OpenedPaths()
     std::vector<std::string> paths;
     if (g_galleryList) {
         for (const auto& manifest : *g_galleryList)
-            paths.push_back(Narrow(manifest->GetPath()));
+            paths.push_back(N(manifest->GetPath()));
     }
     return paths;
 }
@@ -99,7 +73,7 @@ protected:
 
     void SetSetting(const wchar_t* key, const std::string& value)
     {
-        ASSERT_EQ(CSettingsStore::WriteString(true, kGallerySettingsSection, key, Wide(value)), 0);
+        ASSERT_EQ(CSettingsStore::WriteString(true, kGallerySettingsSection, key, W(value)), 0);
     }
 
     QByteArray m_oldHome;
@@ -108,7 +82,7 @@ protected:
 
 TEST_F(GalleryInitializeTest, FirstStartCreatesMyContentOnce)
 {
-    const std::string userFolder = Narrow(GetUserGalleryFolder().GetPath().GetString());
+    const std::string userFolder = N(GetUserGalleryFolder().GetPath().GetString());
     EXPECT_EQ(userFolder, m_home + "/.ZOLTA Technologies Inc/ZOLTA Tavolite Software/Gallery");
     ASSERT_FALSE(QDir(QString::fromStdString(userFolder)).exists());
 
@@ -118,22 +92,22 @@ TEST_F(GalleryInitializeTest, FirstStartCreatesMyContentOnce)
     const CZoltaFilePath myContent = GetMyContentManifestPath();
     ASSERT_TRUE(myContent.Exists());
     ASSERT_TRUE(g_myContent);
-    EXPECT_EQ(Narrow(g_myContent->GetPath()), userFolder + "/My Content/imsmanifest.xml");
-    EXPECT_EQ(Narrow(g_language.GetString()), "en");
+    EXPECT_EQ(N(g_myContent->GetPath()), userFolder + "/My Content/imsmanifest.xml");
+    EXPECT_EQ(N(g_language.GetString()), "en");
     EXPECT_FALSE(g_enableContentCreatorTools);
 
     CGalleryManifest reopened;
     ASSERT_EQ(CGalleryManifestIO::Open(reopened, myContent.GetPath().GetString(), nullptr, false), S_OK);
-    const std::string base = Narrow(PLACEHOLDER_URI_BASE);
-    EXPECT_EQ(Narrow(reopened.m_metadata->m_identifier), base + "/default?manifest=My%20Content");
+    const std::string base = N(PLACEHOLDER_URI_BASE);
+    EXPECT_EQ(N(reopened.m_metadata->m_identifier), base + "/default?manifest=My%20Content");
     ASSERT_EQ(reopened.m_organizations->GetCount(), 1u);
     const CGalleryOrganization* organization = reopened.m_organizations->GetAt(0);
-    EXPECT_EQ(Narrow(organization->m_metadata->m_identifier), base + "/default?organization=My%20Content");
-    EXPECT_EQ(Narrow(organization->m_metadata->m_titles->Lookup(L"en")), "My Content");
+    EXPECT_EQ(N(organization->m_metadata->m_identifier), base + "/default?organization=My%20Content");
+    EXPECT_EQ(N(organization->m_metadata->m_titles->Lookup(L"en")), "My Content");
     ASSERT_EQ(organization->m_items->GetCount(), 1u);
     const CGalleryFolder* root = organization->m_items->GetAt(0);
-    EXPECT_EQ(Narrow(root->m_metadata->m_identifier), base + "/My%20Content");
-    EXPECT_EQ(Narrow(root->m_metadata->m_titles->Lookup(L"en")), "My Content");
+    EXPECT_EQ(N(root->m_metadata->m_identifier), base + "/My%20Content");
+    EXPECT_EQ(N(root->m_metadata->m_titles->Lookup(L"en")), "My Content");
     EXPECT_EQ(root->m_children->GetCount(), 0u);
     EXPECT_EQ(root->m_activities->GetCount(), 0u);
     // Its cache was written beside the other per-user files.
@@ -154,12 +128,12 @@ TEST_F(GalleryInitializeTest, SettingsChooseDefaultManifestAndFlags)
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     ASSERT_TRUE(g_defaultManifest);
-    EXPECT_EQ(Narrow(g_defaultManifest->GetPath()), defaultPath);
+    EXPECT_EQ(N(g_defaultManifest->GetPath()), defaultPath);
     EXPECT_STREQ(g_defaultManifest->m_metadata->m_identifier, L"urn:default");
     EXPECT_TRUE(Contains(OpenedPaths(), defaultPath));
     EXPECT_TRUE(g_enableContentCreatorTools);
     EXPECT_FALSE(g_browseChunking);
-    EXPECT_EQ(Narrow(g_language.GetString()), "fr-CA");
+    EXPECT_EQ(N(g_language.GetString()), "fr-CA");
     CSettingsStore::DeleteSection(true, kLanguageSettingsSection);
 }
 
@@ -174,23 +148,23 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     std::vector<CZoltaDirectoryPath> repositories;
     CGalleryInitializeThread::GetRepositories(repositories);
     ASSERT_EQ(repositories.size(), 1u);
-    EXPECT_EQ(Narrow(repositories[0].GetPath().GetString()), repository);
+    EXPECT_EQ(N(repositories[0].GetPath().GetString()), repository);
     std::vector<CZoltaFilePath> manifests;
     CGalleryInitializeThread::ScanGalleryFolder(repositories[0], manifests);
     ASSERT_EQ(manifests.size(), 1u);
-    EXPECT_EQ(Narrow(manifests[0].GetPath().GetString()), first);
+    EXPECT_EQ(N(manifests[0].GetPath().GetString()), first);
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     const std::vector<std::string> opened = OpenedPaths();
     EXPECT_TRUE(Contains(opened, first));
     EXPECT_FALSE(Contains(opened, cvs));
     // Opened with the cache allowed: the cache now exists and serves the next start.
-    EXPECT_TRUE(GetManifestCachePath(Wide(first)).Exists());
+    EXPECT_TRUE(GetManifestCachePath(W(first)).Exists());
     GalleryLibraryShutdown();
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     bool fromCache = false;
     for (const auto& manifest : *g_galleryList)
-        fromCache |= Narrow(manifest->GetPath()) == first && Narrow(manifest->m_cachePath) != "";
+        fromCache |= N(manifest->GetPath()) == first && N(manifest->m_cachePath) != "";
     EXPECT_TRUE(fromCache);
 }
 
@@ -198,7 +172,7 @@ TEST_F(GalleryInitializeTest, RegisteredGalleriesOpenUnlessTheCacheIsOff)
 {
     const std::string registered = MakeGallery(MakeScratchDir("registered") + "/Team", L"urn:team");
     const CAtlString section = CAtlString(kUserGalleriesSection) + L"\\{1234}";
-    ASSERT_EQ(CSettingsStore::WriteString(true, section, L"ImsManifestXml", Wide(registered)), 0);
+    ASSERT_EQ(CSettingsStore::WriteString(true, section, L"ImsManifestXml", W(registered)), 0);
     const CAtlString broken = CAtlString(kUserGalleriesSection) + L"\\{5678}";
     ASSERT_EQ(CSettingsStore::WriteString(true, broken, L"ImsManifestXml", L"/nowhere/imsmanifest.xml"), 0);
 
@@ -216,15 +190,15 @@ TEST_F(GalleryInitializeTest, CancelStopsOpeningAndAParseInProgress)
 {
     const std::string large = MakeGallery(MakeScratchDir("large") + "/Large", L"urn:large", 2000);
     CGalleryInitializeThread thread;
-    EXPECT_TRUE(thread.OpenGallery(Wide(large)));
+    EXPECT_TRUE(thread.OpenGallery(W(large)));
     EXPECT_EQ(thread.OnManifestProgress(0.5f), S_OK);
 
     thread.Cancel();
     EXPECT_EQ(thread.OnManifestProgress(0.5f), E_ABORT);
-    EXPECT_FALSE(thread.OpenGallery(Wide(large)));
+    EXPECT_FALSE(thread.OpenGallery(W(large)));
     // The observer ends a parse that is under way at its next end tag.
     CGalleryManifest parsing;
-    EXPECT_LT(CGalleryManifestIO::Open(parsing, Wide(large).GetString(), &thread, false), 0);
+    EXPECT_LT(CGalleryManifestIO::Open(parsing, W(large).GetString(), &thread, false), 0);
 
     // A cancelled run opens nothing and says so.
     EXPECT_EQ(thread.Run(), E_ABORT);
@@ -238,8 +212,8 @@ TEST_F(GalleryInitializeTest, SharedGalleryComesFromTheInstallationFolder)
 {
     CZoltaDirectoryPath folder = GetInstallationBaseFolder();
     folder.Append(L"Gallery");
-    const std::string shared = MakeGallery(Narrow(folder.GetPath().GetString()), L"urn:shared");
-    EXPECT_EQ(Narrow(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
+    const std::string shared = MakeGallery(N(folder.GetPath().GetString()), L"urn:shared");
+    EXPECT_EQ(N(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     ASSERT_TRUE(g_sharedGallery);
     EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");

@@ -100,7 +100,7 @@ TEST(ManifestRoundTripTest, TreeToXmlToTreeToXmlIsStable)
     EXPECT_EQ(Dump(reread), Dump(again));
 }
 
-TEST(ManifestRoundTripTest, WrittenIdentifiersComeFromOneCounter)
+TEST(ManifestRoundTripTest, WrittenIdentifiersComeFromOneCounterAndEmptyPartsAreFixed)
 {
     CGalleryManifest manifest;
     BuildSample(manifest);
@@ -117,17 +117,15 @@ TEST(ManifestRoundTripTest, WrittenIdentifiersComeFromOneCounter)
     EXPECT_NE(std::string::npos, xml.find("<resource identifier=\"id6\" type=\"webcontent\" adlcp:scormType=\"asset\" "
                                           "href=\"lion.png\"><file href=\"lion.png\"/></resource>"));
     EXPECT_NE(std::string::npos, xml.find("<zoltagallery:stringversions><lom:string language=\"de\">1.5</lom:string>"));
-}
 
-TEST(ManifestRoundTripTest, EmptyManifestWritesTheFixedPartsAndOpens)
-{
+    // An empty manifest writes the fixed parts only, and opens.
     const std::string folder = MakeScratchDir("empty");
     CGalleryManifest empty;
     ASSERT_EQ(S_OK, CGalleryManifestIO::Save(empty, W(folder + "/imsmanifest.xml").GetString(), false));
-    const std::string xml = ReadFile(folder + "/imsmanifest.xml");
-    EXPECT_EQ(std::string::npos, xml.find("stringversions"));
-    EXPECT_NE(std::string::npos, xml.find("<metadata schema=\"ADL SCORM\" schemaversion=\"CAM 1.3\"><lom:lom>"));
-    EXPECT_NE(std::string::npos, xml.find("<organizations/><resources/></manifest>"));
+    const std::string emptyXml = ReadFile(folder + "/imsmanifest.xml");
+    EXPECT_EQ(std::string::npos, emptyXml.find("stringversions"));
+    EXPECT_NE(std::string::npos, emptyXml.find("<metadata schema=\"ADL SCORM\" schemaversion=\"CAM 1.3\"><lom:lom>"));
+    EXPECT_NE(std::string::npos, emptyXml.find("<organizations/><resources/></manifest>"));
     CGalleryManifest reread;
     ASSERT_EQ(S_OK, CGalleryManifestIO::Open(reread, W(folder).GetString(), nullptr, false));
     EXPECT_EQ(0u, reread.GetOrganizations()->GetCount());
@@ -149,63 +147,43 @@ TEST(ManifestReadTest, ActivityTakesItsTitleElementAndReadOnlyNeedsExactTrue)
 
 TEST(ManifestReadTest, StructuralFaultsFailTheOpen)
 {
-    {
-        CGalleryManifest manifest;  // an identifierref without its resource
-        EXPECT_EQ(E_FAIL, OpenText(manifest, Xml(kOneActivity, "<resource identifier=\"other\" href=\"x\"/>")));
-    }
-    {
-        CGalleryManifest manifest;  // an item without identifier and without lom:entry
-        const std::string organizations =
-            "<organization identifier=\"o1\"><item identifier=\"\"><title>Cat</title><metadata/></item>"
-            "<metadata/></organization>";
-        EXPECT_EQ(E_FAIL, OpenText(manifest, Xml(organizations, "")));
-    }
-    {
-        CGalleryManifest manifest;  // an activity outside any category
-        const std::string organizations =
-            "<organization identifier=\"o1\"><item identifier=\"a\" identifierref=\"r\"><metadata/></item>"
-            "<metadata/></organization>";
-        EXPECT_EQ(E_FAIL, OpenText(manifest, Xml(organizations, "")));
-    }
-    {
-        CGalleryManifest manifest;  // nested organizations
-        EXPECT_EQ(E_FAIL, OpenText(manifest, Xml("<organization identifier=\"o\"><organization identifier=\"p\">"
-                                                 "</organization></organization>", "")));
-    }
-    {
-        CGalleryManifest manifest;  // not XML at all
-        EXPECT_EQ(E_FAIL, OpenText(manifest, "<manifest><organizations>"));
+    const std::string faults[] = {
+        // an identifierref without its resource
+        Xml(kOneActivity, "<resource identifier=\"other\" href=\"x\"/>"),
+        // an item without identifier and without lom:entry
+        Xml("<organization identifier=\"o1\"><item identifier=\"\"><title>Cat</title><metadata/></item>"
+            "<metadata/></organization>", ""),
+        // an activity outside any category
+        Xml("<organization identifier=\"o1\"><item identifier=\"a\" identifierref=\"r\"><metadata/></item>"
+            "<metadata/></organization>", ""),
+        Xml("<organization identifier=\"o\"><organization identifier=\"p\"></organization></organization>", ""),
+        "<manifest><organizations>",
+    };
+    for (const std::string& xml : faults) {
+        CGalleryManifest manifest;
+        EXPECT_EQ(E_FAIL, OpenText(manifest, xml)) << xml;
     }
 }
 
-TEST(ManifestReadTest, LanguageStringsShorterThanTwoCharactersAreKeptEmpty)
+TEST(ManifestReadTest, ShortLanguageStringsAreKeptEmptyAndOneResourceServesEveryActivityNamingIt)
 {
     const std::string organizations =
         "<organization identifier=\"o1\"><item identifier=\"c1\"><metadata><lom:lom><lom:general>"
         "<lom:title><lom:string language=\"en\">X</lom:string><lom:string>  Ok</lom:string></lom:title>"
-        "</lom:general></lom:lom></metadata></item><metadata/></organization>";
-    CGalleryManifest manifest;
-    ASSERT_EQ(S_OK, OpenText(manifest, Xml(organizations, "")));
-    const CGalleryFolder* category = manifest.GetOrganizations()->GetAt(0)->m_items->GetAt(0);
-    EXPECT_EQ("{en=;en=Ok;}", DumpBlock(category->m_metadata->m_titles));
-}
-
-TEST(ManifestReadTest, OneResourceServesEveryActivityThatNamesIt)
-{
-    const std::string organizations =
-        "<organization identifier=\"o1\"><item identifier=\"c1\">"
+        "</lom:general></lom:lom></metadata>"
         "<item identifier=\"a1\" identifierref=\"shared\"><metadata/></item>"
         "<item identifier=\"a2\" identifierref=\"own\"><metadata/></item>"
         "<item identifier=\"a3\" identifierref=\"shared\"><metadata/></item>"
-        "<metadata/></item><metadata/></organization>";
+        "</item><metadata/></organization>";
     CGalleryManifest manifest;
     ASSERT_EQ(S_OK, OpenText(manifest, Xml(organizations, "<resource identifier=\"shared\" href=\"s.png\"/>"
                                                           "<resource identifier=\"own\" href=\"o.png\"/>"
                                                           "<resource identifier=\"shared\" href=\"late.png\"/>")));
-    const CGalleryActivityList& activities = *manifest.GetOrganizations()->GetAt(0)->m_items->GetAt(0)->m_activities;
-    EXPECT_EQ("s.png", N(activities.GetAt(0)->m_href));
-    EXPECT_EQ("o.png", N(activities.GetAt(1)->m_href));
-    EXPECT_EQ("s.png", N(activities.GetAt(2)->m_href));
+    const CGalleryFolder* category = manifest.GetOrganizations()->GetAt(0)->m_items->GetAt(0);
+    EXPECT_EQ("{en=;en=Ok;}", DumpBlock(category->m_metadata->m_titles));
+    EXPECT_EQ("s.png", N(category->m_activities->GetAt(0)->m_href));
+    EXPECT_EQ("o.png", N(category->m_activities->GetAt(1)->m_href));
+    EXPECT_EQ("s.png", N(category->m_activities->GetAt(2)->m_href));
 }
 
 TEST(ManifestReadTest, ObserverSeesProgressAndCanStopTheParse)
@@ -333,7 +311,7 @@ TEST(ManifestContainerTest, HostileHrefNeverLeavesTheTargetFolder)
     }
 }
 
-TEST(InstalledManifestTest, HeadReaderStopsOnceIdentifierAndVersionAreKnown)
+TEST(InstalledManifestTest, HeadReaderStopsOnceIdentifierAndVersionAreKnownAndNeedsBoth)
 {
     CGalleryManifest sample;
     BuildSample(sample);
@@ -350,17 +328,14 @@ TEST(InstalledManifestTest, HeadReaderStopsOnceIdentifierAndVersionAreKnown)
     ASSERT_EQ(1u, head.GetStringVersions().size());
     EXPECT_EQ(CAtlString(L"1.5"), head.GetStringVersions().at(CAtlString(L"de")));
     EXPECT_EQ(W(folder + "/imsmanifest.xml"), head.GetFilePath());
-}
 
-TEST(InstalledManifestTest, HeadWithoutVersionFails)
-{
-    const std::string folder = MakeScratchDir("head-noversion");
+    // A head without version fails, as does a missing file.
     ASSERT_TRUE(WriteFile(folder + "/a.xml", "<manifest><metadata><lom:lom><lom:general><lom:identifier>"
                                              "<lom:entry>x</lom:entry></lom:identifier></lom:general>"
                                              "</lom:lom></metadata></manifest>"));
-    CGalleryInstalledManifest head;
-    EXPECT_EQ(E_FAIL, head.Load(W(folder + "/a.xml")));
-    EXPECT_EQ(E_FAIL, head.Load(W(folder + "/missing.xml")));
+    CGalleryInstalledManifest failing;
+    EXPECT_EQ(E_FAIL, failing.Load(W(folder + "/a.xml")));
+    EXPECT_EQ(E_FAIL, failing.Load(W(folder + "/missing.xml")));
 }
 
 }  // namespace

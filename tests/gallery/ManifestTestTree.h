@@ -95,15 +95,18 @@ inline std::string DumpMetadata(const CGalleryMetadata& metadata)
            " fmt=" + N(metadata.m_format) + " t=" + DumpBlock(metadata.m_titles) +
            " k=" + DumpBlock(metadata.m_keywords) + " orig=" + N(metadata.m_originalId) +
            " show=" + N(metadata.m_showInLanguages) + " hide=" + N(metadata.m_hideInLanguages) +
-           " min=" + DumpBlock(metadata.m_minimumVersions) + " max=" + DumpBlock(metadata.m_maximumVersions);
+           " min=" + DumpBlock(metadata.m_minimumVersions) + " max=" + DumpBlock(metadata.m_maximumVersions) +
+           " time=" + std::to_string(metadata.m_creationTime);
 }
 
 inline void DumpFolder(const CGalleryFolder& folder, const std::string& indent, std::string& out)
 {
+    EXPECT_EQ(eGalleryObjectFolder, folder.m_type);
     out += indent + "category " + DumpMetadata(*folder.m_metadata) + "\n";
     for (std::uint32_t i = 0; i < folder.m_activities->GetCount(); ++i) {
         const CGalleryActivity* activity = folder.m_activities->GetAt(i);
         EXPECT_EQ(&folder, activity->m_parent);
+        EXPECT_EQ(eGalleryObjectActivity, activity->m_type);
         out += indent + "  activity href=" + N(activity->m_href) + " " + DumpMetadata(*activity->m_metadata) + "\n";
     }
     for (std::uint32_t i = 0; i < folder.m_children->GetCount(); ++i) {

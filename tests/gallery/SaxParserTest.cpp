@@ -29,41 +29,107 @@ Events ParseEvents(const std::string& document, HRESULT expected = S_OK)
     return recorder.events;
 }
 
-// ---- Elements and text ----
+// ---- Documents and the events they give ----
 
-TEST(SaxParserElements, EmptyElementReportsStartAndEndBehindTheTag)
+struct SequenceCase
 {
-    EXPECT_EQ(ParseEvents("<a/>"),
-              (Events{"start-document", "<a text=- @4", "</a @4", "end-document"}));
+    std::string document;
+    HRESULT result;
+    Events events;
+};
+
+TEST(SaxParserEvents, WholeEventSequences)
+{
+    const SequenceCase cases[] = {
+        // An empty element reports start and end behind the tag.
+        {"<a/>", S_OK, {"start-document", "<a text=- @4", "</a @4", "end-document"}},
+        // A document without elements fails after start-document.
+        {" \t\r\n ", E_FAIL, {"start-document"}},
+        {"", E_FAIL, {"start-document"}},
+        // White space alone is no text.
+        {"<a> <b/></a>", S_OK,
+         {"start-document", "<a text=- @4", "<b text=- @8", "</b @8", "</a @11", "end-document"}},
+        // Only text directly behind a start tag is reported.
+        {"<r><a>text</a> tail <b/></r>", S_OK,
+         {"start-document", "<r text=- @3", "<a text=[text] @10", "</a @13", "<b text=- @24", "</b @24",
+          "</r @27", "end-document"}},
+        // Unbalanced depth fails at the end, without end-document.
+        {"<a><b></b>", E_FAIL, {"start-document", "<a text=- @3", "<b text=- @6", "</b @9"}},
+        // Processing instructions in the body are skipped.
+        {"<r><?pi a <b/> ?><c/></r>", S_OK,
+         {"start-document", "<r text=- @3", "<c text=- @21", "</c @21", "</r @24", "end-document"}},
+        // "]]>" opens verbatim mode, which only "<![CDATA[" ends; the step behind it also passes
+        // over the "<" of "<b/>".
+        {"<r>x]]>y<![CDATA[<b/></r>", S_OK,
+         {"start-document", "<r text=[x]]>y<![CDATA[<b/>] @21", "</r @24", "end-document"}},
+    };
+    for (const SequenceCase& c : cases)
+        EXPECT_EQ(ParseEvents(c.document, c.result), c.events) << c.document;
 }
 
-TEST(SaxParserElements, WhiteSpaceOnlyDocumentFailsAfterStartDocument)
+// One event of the sequence (counted from the back when `at` is negative) and/or its length.
+struct SpotCase
 {
-    EXPECT_EQ(ParseEvents(" \t\r\n ", E_FAIL), (Events{"start-document"}));
-    EXPECT_EQ(ParseEvents("", E_FAIL), (Events{"start-document"}));
+    std::string document;
+    HRESULT result;
+    std::size_t count;  // 0: not checked
+    int at;
+    std::string event;  // empty: not checked
+};
+
+TEST(SaxParserEvents, SingleEventsAndCounts)
+{
+    const SpotCase cases[] = {
+        {"<a> x <b/></a>", S_OK, 0, 1, "<a text=[ x ] @6"},  // text keeps its white space
+        {"<a/></a>", E_FAIL, 0, -1, "</a @7"},
+        {"<r><!x/></r>", S_OK, 0, 2, "<!x text=- @8"},  // a bang without comment is a start tag
+        {"<a>t</a \n>>> <b/>", S_OK, 6, 0, ""},         // end tags skip white space and extra closers
+        // Attributes: quoted, unquoted, bare; white space around "="; a fresh store per tag.
+        {"<a x=1 y=\"2\" z/>", S_OK, 0, 1, "<a text=- x=[1] y=[2] z=- @16"},
+        {"<a x = \"v w\"\t/>", S_OK, 0, 1, "<a text=- x=[v w] @15"},
+        {"<a x=\"1\" y=\"2\"><b z=\"3\"/></a>", S_OK, 0, 2, "<b text=- z=[3] @25"},
+        // "x=1/>" keeps "/>" in the value; the tag then runs on to the next real closer.
+        {"<a x=1/> y='2' >t</a>", S_OK, 0, 1, "<a text=[t] x=[1/>] y=['2'] @17"},
+        // The declaration is skipped whatever it says, but must be closed.
+        {"  <?xml version=\"1.0\" encoding=\"Klingon\"?>\n<a/>", S_OK, 4, 0, ""},
+        {"<?xml version=\"1.0\"", E_FAIL, 1, 0, ""},
+        {"<?xml ?", E_FAIL, 1, 0, ""},
+        {"<!DOCTYPE r [ <!ENTITY e \"x>\"> [nested] ]>\n<r/>", S_OK, 4, 0, ""},
+        {"<!DOCTYPE r [ <!ENTITY e> \n<r/>", E_FAIL, 1, 0, ""},
+        {"<!DOCTYPE r ] >\n<r/>", E_FAIL, 1, 0, ""},
+        {"<!DOCTYPE r>", E_FAIL, 1, 0, ""},  // the DOCTYPE's ">" may not end the buffer
+        {"<r><?pi a </r>", E_FAIL, 2, 0, ""},
+        {"<r/><?pi ?", E_FAIL, 3, 0, ""},
+        // A comment before the root needs a byte behind it, which is passed over unread.
+        {"<!-- a -->\n<r/>", S_OK, 4, 0, ""},
+        {"<r><!--a-->x<b/></r>", S_OK, 0, 1, "<r text=- @12"},
+        // The comment end is found only at an odd distance from "<!--"; else the scan eats on.
+        {"<r><!--a-->\n<b/></r>", S_OK, 6, 0, ""},
+        {"<r><!--ab-->\n<b/></r>", E_FAIL, 1, 0, ""},
+        {"<r><!--ab-->xy-->\n<b/></r>", S_OK, 6, 0, ""},
+        // A comment marker in the last four bytes is a start tag "!--" cut short; one byte more
+        // makes it a comment running to the end.
+        {"<a/><!--", E_FAIL, 3, 0, ""},
+        {"<a/><!--x", S_OK, 0, -1, "end-document"},
+        // Without the closing marker verbatim text runs to the end of the buffer.
+        {"<r>x]]>y<b/></r>", E_FAIL, 0, -1, "<r text=[x]]>y<b/></r>] @16"},
+        // A comment opened in the last bytes moves the scan past the end; the slice stops at
+        // the last byte.
+        {"<r>ab<!--c", E_FAIL, 0, -1, "<r text=[ab<!--c] @10"},
+    };
+    for (const SpotCase& c : cases) {
+        const Events events = ParseEvents(c.document, c.result);
+        if (c.count)
+            EXPECT_EQ(events.size(), c.count) << c.document;
+        if (!c.event.empty()) {
+            const int index = c.at < 0 ? static_cast<int>(events.size()) + c.at : c.at;
+            ASSERT_TRUE(index >= 0 && index < static_cast<int>(events.size())) << c.document;
+            EXPECT_EQ(events[static_cast<std::size_t>(index)], c.event) << c.document;
+        }
+    }
 }
 
-TEST(SaxParserElements, WhiteSpaceAloneIsNoText)
-{
-    EXPECT_EQ(ParseEvents("<a> <b/></a>"),
-              (Events{"start-document", "<a text=- @4", "<b text=- @8", "</b @8", "</a @11",
-                      "end-document"}));
-}
-
-TEST(SaxParserElements, TextKeepsItsSurroundingWhiteSpace)
-{
-    const Events events = ParseEvents("<a> x <b/></a>");
-    EXPECT_EQ(events[1], "<a text=[ x ] @6");
-}
-
-TEST(SaxParserElements, OnlyTextDirectlyBehindAStartTagIsReported)
-{
-    EXPECT_EQ(ParseEvents("<r><a>text</a> tail <b/></r>"),
-              (Events{"start-document", "<r text=- @3", "<a text=[text] @10", "</a @13",
-                      "<b text=- @24", "</b @24", "</r @27", "end-document"}));
-}
-
-TEST(SaxParserElements, EndTagNamesAreNotCheckedAgainstTheOpenElement)
+TEST(SaxParserElements, EndTagNamesAreNotCheckedAndPositionsReportProgress)
 {
     SaxRecorder recorder;
     EXPECT_EQ(Parse("<a></b>", recorder), S_OK);
@@ -71,52 +137,15 @@ TEST(SaxParserElements, EndTagNamesAreNotCheckedAgainstTheOpenElement)
     // At an end tag only qName is new: the prefix is empty, localName the last start tag.
     EXPECT_EQ(recorder.prefixes, (Events{"-", "-"}));
     EXPECT_EQ(recorder.localNames, (Events{"[a]", "[a]"}));
-}
 
-TEST(SaxParserElements, UnbalancedDepthFailsAtTheEndWithoutEndDocument)
-{
-    EXPECT_EQ(ParseEvents("<a><b></b>", E_FAIL),
-              (Events{"start-document", "<a text=- @3", "<b text=- @6", "</b @9"}));
-    EXPECT_EQ(ParseEvents("<a/></a>", E_FAIL).back(), "</a @7");
-}
-
-TEST(SaxParserElements, BangWithoutCommentIsAStartTag)
-{
-    const Events events = ParseEvents("<r><!x/></r>");
-    EXPECT_EQ(events[2], "<!x text=- @8");
-}
-
-TEST(SaxParserElements, EndTagSkipsWhiteSpaceAndExtraClosers)
-{
-    EXPECT_EQ(ParseEvents("<a>t</a \n>>> <b/>").size(), 6u);
-}
-
-TEST(SaxParserElements, PositionAndLengthLetHandlersReportProgress)
-{
-    SaxRecorder recorder;
+    SaxRecorder progress;
     const std::string document = "<root>\n  <item/>\n</root>\n";
-    ASSERT_EQ(Parse(document, recorder), S_OK);
-    EXPECT_EQ(recorder.lastLength, document.size());
-    EXPECT_EQ(recorder.events[2], "<item text=- @16");
+    ASSERT_EQ(Parse(document, progress), S_OK);
+    EXPECT_EQ(progress.lastLength, document.size());
+    EXPECT_EQ(progress.events[2], "<item text=- @16");
 }
 
 // ---- Attributes ----
-
-TEST(SaxParserAttributes, QuotedUnquotedAndBareAttributes)
-{
-    EXPECT_EQ(ParseEvents("<a x=1 y=\"2\" z/>")[1], "<a text=- x=[1] y=[2] z=- @16");
-}
-
-TEST(SaxParserAttributes, UnquotedValueSwallowsTheClosingBytes)
-{
-    // "x=1/>" keeps "/>" in the value; the tag then runs on to the next real closer.
-    EXPECT_EQ(ParseEvents("<a x=1/> y='2' >t</a>")[1], "<a text=[t] x=[1/>] y=['2'] @17");
-}
-
-TEST(SaxParserAttributes, WhiteSpaceAroundEqualsSign)
-{
-    EXPECT_EQ(ParseEvents("<a x = \"v w\"\t/>")[1], "<a text=- x=[v w] @15");
-}
 
 TEST(SaxParserAttributes, NineteenAttributesFitTwentyFail)
 {
@@ -130,12 +159,6 @@ TEST(SaxParserAttributes, NineteenAttributesFitTwentyFail)
     SaxRecorder failing;
     EXPECT_EQ(Parse(nineteen + " n19/>", failing), E_FAIL);
     EXPECT_EQ(failing.events, (Events{"start-document"}));
-}
-
-TEST(SaxParserAttributes, StoreIsResetAtEveryStartTag)
-{
-    const Events events = ParseEvents("<a x=\"1\" y=\"2\"><b z=\"3\"/></a>");
-    EXPECT_EQ(events[2], "<b text=- z=[3] @25");
 }
 
 class AttributeLookup : public ZOLTASaxContentHandler
@@ -175,99 +198,15 @@ TEST(SaxParserAttributes, LookUpByExactName)
     EXPECT_FALSE(lookup.bare.IsValid());
 }
 
-// ---- Declarations, DOCTYPE, processing instructions ----
-
-TEST(SaxParserProlog, DeclarationIsSkippedWhateverItSays)
-{
-    EXPECT_EQ(ParseEvents("  <?xml version=\"1.0\" encoding=\"Klingon\"?>\n<a/>").size(), 4u);
-}
-
-TEST(SaxParserProlog, UnterminatedDeclarationFails)
-{
-    EXPECT_EQ(ParseEvents("<?xml version=\"1.0\"", E_FAIL), (Events{"start-document"}));
-    EXPECT_EQ(ParseEvents("<?xml ?", E_FAIL), (Events{"start-document"}));
-}
-
-TEST(SaxParserProlog, DoctypeWithBalancedInternalSubset)
-{
-    EXPECT_EQ(ParseEvents("<!DOCTYPE r [ <!ENTITY e \"x>\"> [nested] ]>\n<r/>").size(), 4u);
-}
-
-TEST(SaxParserProlog, DoctypeFailures)
-{
-    EXPECT_EQ(ParseEvents("<!DOCTYPE r [ <!ENTITY e> \n<r/>", E_FAIL), (Events{"start-document"}));
-    EXPECT_EQ(ParseEvents("<!DOCTYPE r ] >\n<r/>", E_FAIL), (Events{"start-document"}));
-    // Nothing may follow the DOCTYPE's ">" only if it is the end of the buffer.
-    EXPECT_EQ(ParseEvents("<!DOCTYPE r>", E_FAIL), (Events{"start-document"}));
-}
-
-TEST(SaxParserProlog, ProcessingInstructionsInTheBodyAreSkipped)
-{
-    EXPECT_EQ(ParseEvents("<r><?pi a <b/> ?><c/></r>"),
-              (Events{"start-document", "<r text=- @3", "<c text=- @21", "</c @21", "</r @24",
-                      "end-document"}));
-}
-
-TEST(SaxParserProlog, UnterminatedProcessingInstructionFails)
-{
-    EXPECT_EQ(ParseEvents("<r><?pi a </r>", E_FAIL).size(), 2u);
-    EXPECT_EQ(ParseEvents("<r/><?pi ?", E_FAIL).size(), 3u);
-}
-
-// ---- Comment and CDATA scanning ----
-
-TEST(SaxParserComments, CommentBeforeTheRootNeedsAByteBehindIt)
-{
-    EXPECT_EQ(ParseEvents("<!-- a -->\n<r/>").size(), 4u);
-}
-
-TEST(SaxParserComments, ByteBehindACommentIsPassedOverUnread)
-{
-    // "x" straight behind "-->" is stepped over, so the run behind <r> starts at "<b/>".
-    EXPECT_EQ(ParseEvents("<r><!--a-->x<b/></r>")[1], "<r text=- @12");
-}
-
-TEST(SaxParserComments, CommentEndIsFoundOnlyAtAnOddDistance)
-{
-    // Body "a": "-->" starts five bytes after "<!--" and is seen.
-    EXPECT_EQ(ParseEvents("<r><!--a-->\n<b/></r>").size(), 6u);
-    // Body "ab": "-->" starts six bytes after "<!--" and is missed; the scan eats the rest.
-    EXPECT_EQ(ParseEvents("<r><!--ab-->\n<b/></r>", E_FAIL).size(), 1u);
-    // ... until a later "-->" at an odd distance.
-    EXPECT_EQ(ParseEvents("<r><!--ab-->xy-->\n<b/></r>").size(), 6u);
-}
-
-TEST(SaxParserComments, CommentMarkerInTheLastFourBytesIsNoComment)
-{
-    // Read as a start tag called "!--" that the buffer cuts short.
-    EXPECT_EQ(ParseEvents("<a/><!--", E_FAIL).size(), 3u);
-    // One more byte makes it a comment that runs to the end.
-    EXPECT_EQ(ParseEvents("<a/><!--x").back(), "end-document");
-}
-
-TEST(SaxParserComments, CdataMarkersAreTrackedTheOtherWayRound)
-{
-    // "]]>" opens verbatim mode, which only "<![CDATA[" ends; the step behind it also passes
-    // over the "<" of "<b/>".
-    EXPECT_EQ(ParseEvents("<r>x]]>y<![CDATA[<b/></r>"),
-              (Events{"start-document", "<r text=[x]]>y<![CDATA[<b/>] @21", "</r @24",
-                      "end-document"}));
-    // Without the closing marker the text runs to the end of the buffer.
-    EXPECT_EQ(ParseEvents("<r>x]]>y<b/></r>", E_FAIL).back(), "<r text=[x]]>y<b/></r>] @16");
-}
-
 // ---- Handler results ----
 
-TEST(SaxParserHandler, StartDocumentResultStopsAtOnce)
+TEST(SaxParserHandler, AnyNonZeroResultStopsAtOnceAndEndDocumentsResultIsReturned)
 {
-    SaxRecorder recorder;
-    recorder.stopAtStartDocument = E_ABORT;
-    EXPECT_EQ(Parse("<a/>", recorder), E_ABORT);
-    EXPECT_EQ(recorder.events, (Events{"start-document"}));
-}
+    SaxRecorder atStartDocument;
+    atStartDocument.stopAtStartDocument = E_ABORT;
+    EXPECT_EQ(Parse("<a/>", atStartDocument), E_ABORT);
+    EXPECT_EQ(atStartDocument.events, (Events{"start-document"}));
 
-TEST(SaxParserHandler, AnyNonZeroResultStopsWithoutEndDocument)
-{
     SaxRecorder atStart;
     atStart.stopAtStart = 2;
     EXPECT_EQ(Parse("<a><b/><c/></a>", atStart), S_FALSE);
@@ -278,28 +217,17 @@ TEST(SaxParserHandler, AnyNonZeroResultStopsWithoutEndDocument)
     atEnd.stopResult = E_ABORT;
     EXPECT_EQ(Parse("<a><b/><c/></a>", atEnd), E_ABORT);
     EXPECT_EQ(atEnd.events.back(), "</b @7");
-}
 
-TEST(SaxParserHandler, EndDocumentResultIsReturnedAsItStands)
-{
-    SaxRecorder recorder;
-    recorder.endDocumentResult = 42;
-    EXPECT_EQ(Parse("<a/>", recorder), 42);
-}
+    SaxRecorder atEndDocument;
+    atEndDocument.endDocumentResult = 42;
+    EXPECT_EQ(Parse("<a/>", atEndDocument), 42);
 
-TEST(SaxParserHandler, BaseHandlerAcceptsEverything)
-{
     ZOLTASaxContentHandler base;
     const std::string document = "<a x=\"1\">t<b/></a>";
     EXPECT_EQ(ZOLTASaxParser::ParseBuffer(document.data(), document.size(), base), S_OK);
     EXPECT_EQ(base.UnusedEvent(), S_OK);
-}
-
-TEST(SaxParserHandler, NullBufferWithALength)
-{
-    SaxRecorder recorder;
-    EXPECT_EQ(ZOLTASaxParser::ParseBuffer(nullptr, 4, recorder), E_POINTER);
-    EXPECT_EQ(ZOLTASaxParser::ParseBuffer(nullptr, 0, recorder), E_FAIL);
+    EXPECT_EQ(ZOLTASaxParser::ParseBuffer(nullptr, 4, atEnd), E_POINTER);
+    EXPECT_EQ(ZOLTASaxParser::ParseBuffer(nullptr, 0, atEnd), E_FAIL);
 }
 
 // ---- Damaged input ----
@@ -328,33 +256,19 @@ TEST(SaxParserDamage, EveryTruncationOfAManifestEndsCleanly)
     }
 }
 
-TEST(SaxParserDamage, SlicesNeverReachPastTheBuffer)
+TEST(SaxParserFile, ParsesAMappedFileAndFailsOnAMissingOrEmptyOne)
 {
-    // A comment opened in the last bytes moves the scan past the end; the text slice that is
-    // still reported must stop at the last byte.
-    const Events events = ParseEvents("<r>ab<!--c", E_FAIL);
-    EXPECT_EQ(events.back(), "<r text=[ab<!--c] @10");
-}
-
-// ---- Files ----
-
-TEST(SaxParserFile, ParsesAMappedFile)
-{
-    const std::string path = curatool::test::MakeScratchDir("sax") + "/doc.xml";
-    ASSERT_TRUE(curatool::test::WriteFile(path, "<a><b>x</b></a>"));
+    const std::string folder = curatool::test::MakeScratchDir("sax");
+    ASSERT_TRUE(curatool::test::WriteFile(folder + "/doc.xml", "<a><b>x</b></a>"));
     SaxRecorder recorder;
-    EXPECT_EQ(ZOLTASaxParser::ParseFile(path.c_str(), recorder), S_OK);
+    EXPECT_EQ(ZOLTASaxParser::ParseFile((folder + "/doc.xml").c_str(), recorder), S_OK);
     EXPECT_EQ(recorder.events[2], "<b text=[x] @7");
-}
 
-TEST(SaxParserFile, MissingOrEmptyFileFails)
-{
-    const std::string folder = curatool::test::MakeScratchDir("sax-missing");
-    SaxRecorder recorder;
-    EXPECT_EQ(ZOLTASaxParser::ParseFile((folder + "/none.xml").c_str(), recorder), E_FAIL);
+    SaxRecorder failing;
+    EXPECT_EQ(ZOLTASaxParser::ParseFile((folder + "/none.xml").c_str(), failing), E_FAIL);
     ASSERT_TRUE(curatool::test::WriteFile(folder + "/empty.xml", ""));
-    EXPECT_EQ(ZOLTASaxParser::ParseFile((folder + "/empty.xml").c_str(), recorder), E_FAIL);
-    EXPECT_TRUE(recorder.events.empty());
+    EXPECT_EQ(ZOLTASaxParser::ParseFile((folder + "/empty.xml").c_str(), failing), E_FAIL);
+    EXPECT_TRUE(failing.events.empty());
 }
 
 }  // namespace
