@@ -79,7 +79,7 @@ public:
     HRESULT GetResult(CAtlStringA*) override { return S_OK; }
 };
 
-TEST(XmlWriterTest, ElementsTakeTheEmptyFormUntilContentCloses)
+TEST(XmlWriterTest, ElementsTakeTheEmptyFormUntilContentClosesAndFiveBytesAreEscaped)
 {
     EXPECT_EQ("<a/>", Written([](IZOLTAXMLWriter* w) {
                   w->StartElement("a");
@@ -101,10 +101,7 @@ TEST(XmlWriterTest, ElementsTakeTheEmptyFormUntilContentCloses)
                   w->EndElement("c");
                   w->EndElement("a");
               }));
-}
-
-TEST(XmlWriterTest, EscapesTheFiveSpecialBytesAndNothingElse)
-{
+    // The five special bytes are escaped, in attributes and text alike, and nothing else.
     EXPECT_EQ("<t v=\"say &quot;hi&quot; &amp; &apos;bye&apos; &lt;x&gt;\">a&lt;b&amp;c&gt;&quot;&apos;</t>",
               Written([](IZOLTAXMLWriter* w) {
                   w->StartElement("t");
