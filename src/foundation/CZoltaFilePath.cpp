@@ -5,7 +5,9 @@
 
 #include <QDir>
 
+#include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -131,6 +133,19 @@ bool CZoltaFilePath::CopyTo(const CZoltaFilePath& target, bool failIfExists) con
     if (!copied)
         target.Remove();
     return copied;
+}
+
+bool CZoltaFilePath::MoveOnto(const CZoltaFilePath& target) const
+{
+    if (IsEmpty() || target.IsEmpty())
+        return false;
+    const QByteArray from = ToFileSystemEncoding(m_path);
+    const int descriptor = ::open(from.constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool synced = ::fsync(descriptor) == 0;
+    ::close(descriptor);
+    return synced && std::rename(from.constData(), ToFileSystemEncoding(target.GetPath()).constData()) == 0;
 }
 
 bool CZoltaFilePath::IsSameFile(const CZoltaFilePath& other) const

@@ -87,10 +87,11 @@ HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refre
         // The temporary file stays behind for inspection.
         return FAILED(result) ? result : written;
     }
-    if (!temporary.CopyTo(target)) {
+    // The gallery's manifest is replaced in one step: a run killed now leaves the old or the new.
+    if (!temporary.MoveOnto(target)) {
+        temporary.Remove();
         return E_FAIL;
     }
-    temporary.Remove();
     if (!manifest.m_extracted && refreshCache) {
         result = WriteCache(manifest, path);
     }
