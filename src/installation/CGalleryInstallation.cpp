@@ -219,6 +219,8 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
                                   false);
     if (FAILED(hr))
         return hr;
+    // A run killed half-way is completed first, so that what counts as installed is true.
+    RunJournal::Recover(UninstallFolder(), *m_manifest);
     m_source = source;
     m_categoriesDocument = UninstallFolder().GetFile(GalleryCategoriesXml);
     if (refresh || !m_categoriesDocument.Exists())

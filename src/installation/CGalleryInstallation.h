@@ -4,6 +4,7 @@
 #include "CGalleryCategory.h"
 #include "CGalleryInstallationMetaObserver.h"
 #include "CZoltaDirectoryPath.h"
+#include "RunJournal.h"
 #include "CZoltaFilePath.h"
 #include "ZoltaResult.h"
 
@@ -115,6 +116,7 @@ private:
     int m_prefetch = 0;
     bool m_manifestsChanged = false;
     CZoltaDirectoryPath m_installDirectory;
+    RunJournal m_journal;
 };
 
 // The string packages of a category in the order to apply them: all its languages, or with

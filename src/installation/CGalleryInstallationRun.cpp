@@ -170,6 +170,7 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
         return E_FAIL;
     if (m_cancel)
         return E_ABORT;
+    m_journal.Note(CGalleryManifestIO::GetInstallRecordPath(UninstallFolder(), package.Get()->GetIdentifier()));
     hr = CGalleryManifestIO::MergeFrom(*m_manifest, package.Get(), nullptr);
     if (hr == S_GALLERY_RECORD_REPLACED)
         m_manifestsChanged = true;
@@ -337,7 +338,10 @@ HRESULT CGalleryInstallation::Run()
     const int total = CountSteps(isUrl);
     int done = 0;
     if (!m_downloadOnly)
+    {
+        m_journal.Begin(UninstallFolder());
         ApplyMandatoryRemovals();
+    }
 
     std::map<CAtlString, CZoltaFilePath> fetched;
     bool usePrefetch = false;
@@ -374,6 +378,7 @@ HRESULT CGalleryInstallation::Run()
     if (m_cancel)
     {
         WriteManifest();
+        m_journal.End();
         for (const auto& category : m_categories)
         {
             if (!category->IsFinished() && category->GetAction() != eGalleryCategoryActionNone && !m_cancel)
@@ -387,11 +392,16 @@ HRESULT CGalleryInstallation::Run()
 
     if (m_manifestsChanged && !m_downloadOnly)
     {
-        CGalleryManifestIO::RebuildFromInstalled(*m_manifest);
+        // A rebuild that fails keeps the journal: the next open tries again.
+        if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(*m_manifest)))
+            m_journal.End();
         m_manifest->SetModified(false);
     }
     else if (!m_downloadOnly)
+    {
         WriteManifest();
+        m_journal.End();
+    }
 
     if (anyFailed)
         return anySucceeded ? S_FALSE : E_FAIL;

@@ -1,0 +1,76 @@
+#include "RunJournal.h"
+
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QList>
+
+#include <fnmatch.h>
+
+const wchar_t* const RunJournal::FileName = L"run_journal.txt";
+
+namespace {
+
+// Only a record's bare name is ever taken from the journal: nothing outside the folder is touched.
+bool IsRecordName(const QByteArray& name)
+{
+    return !name.contains('/') && name != "." && name != ".." &&
+           fnmatch("imsmanifest*.xml", name.constData(), 0) == 0;
+}
+
+}  // namespace
+
+RunJournal::~RunJournal()
+{
+    if (m_file)
+        std::fclose(m_file);
+}
+
+bool RunJournal::Begin(const CZoltaDirectoryPath& uninstallFolder)
+{
+    if (m_file || !uninstallFolder.Create())
+        return false;
+    m_path = uninstallFolder.GetFile(FileName);
+    m_file = OpenFile(m_path, "ab");
+    return m_file != nullptr;
+}
+
+void RunJournal::Note(const CZoltaFilePath& record)
+{
+    if (!m_file)
+        return;
+    const QByteArray name = ToFileSystemEncoding(record.GetName());
+    std::fwrite(name.constData(), 1, static_cast<size_t>(name.size()), m_file);
+    std::fputc('\n', m_file);
+    std::fflush(m_file);
+}
+
+void RunJournal::End()
+{
+    if (!m_file)
+        return;
+    std::fclose(m_file);
+    m_file = nullptr;
+    m_path.Remove();
+}
+
+bool RunJournal::Recover(const CZoltaDirectoryPath& uninstallFolder, CGalleryManifest& manifest)
+{
+    const CZoltaFilePath journal = uninstallFolder.GetFile(FileName);
+    QFile file(journal.ToQString());
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QList<QByteArray> names = file.readAll().split('\n');
+    file.close();
+    for (const QByteArray& name : names)
+    {
+        if (IsRecordName(name))
+            uninstallFolder.GetFile(FromFileSystemEncoding(name.constData())).Remove();
+    }
+    // A rebuild that does not get through leaves the journal for the next open to try again.
+    if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(manifest)))
+        journal.Remove();
+    return true;
+}
