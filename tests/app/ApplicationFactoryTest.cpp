@@ -69,35 +69,25 @@ TEST_F(Factory, StartsWindowBasedWantingPrivilegesWithTheDefaultSheet)
     EXPECT_TRUE(CApplicationFactory::DEFAULT_STYLE_SHEET.endsWith("QListWidget {font-size: 10pt}"));
 }
 
-TEST_F(Factory, RawArgumentsAreKeptAsGiven)
+TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
 {
-    Parse({"--installall", "-source", "/media/Disc Ü", "x"});
-    EXPECT_EQ((QStringList{"--installall", "-source", "/media/Disc Ü", "x"}), factory.Context().rawArguments);
-    EXPECT_EQ(QStringLiteral("/media/Disc Ü"), factory.Context().source.ToQString());
-    ASSERT_EQ(1u, factory.Context().defaultParams.size());
-}
-
-TEST_F(Factory, EveryValueOptionFillsItsField)
-{
-    Parse({"-locale", "de", "-proxy", "p:1", "-username", "u", "-password", "pw", "-source", "s",
-           "-destination", "d", "-c", "a1", "-c", "a2", "-c", "a1"});
+    Parse({"-locale", "de", "-proxy", "p:1", "-username", "u", "-password", "pw", "-source", "/media/Disc Ü",
+           "-destination", "d", "-c", "a1", "-c", "a2", "-c", "a1", "x", "-remote", "--allowdownload", "\\verbose",
+           "-authorized", "-overrideproxy"});
     const CCmdLineContext& c = factory.Context();
     EXPECT_EQ(S(L"de"), c.locale);
     EXPECT_EQ(S(L"p:1"), c.proxy);
     EXPECT_EQ(S(L"u"), c.username);
     EXPECT_EQ(S(L"pw"), c.password);
-    EXPECT_EQ(S(L"s"), c.source);
+    EXPECT_EQ(QStringLiteral("/media/Disc Ü"), c.source.ToQString());
     EXPECT_EQ(S(L"d"), c.destination);
     EXPECT_EQ(3u, c.categoryAliases.size());
-    EXPECT_TRUE(c.errors.empty());
-}
-
-TEST_F(Factory, EveryFlagSetsItsField)
-{
-    Parse({"-remote", "--allowdownload", "\\verbose", "-authorized", "-overrideproxy"});
-    const CCmdLineContext& c = factory.Context();
+    EXPECT_EQ(1u, c.defaultParams.size());
     EXPECT_TRUE(c.remote && c.allowDownload && c.verbose && c.authorized && c.overrideProxy);
     EXPECT_TRUE(c.errors.empty());
+    EXPECT_EQ(24, c.rawArguments.size());
+    EXPECT_EQ(QStringLiteral("/media/Disc Ü"), c.rawArguments[9]);
+    EXPECT_EQ(QStringLiteral("\\verbose"), c.rawArguments[21]);
     EXPECT_TRUE(factory.WantsElevation());
     EXPECT_FALSE(factory.NeedsElevation()) << "-authorized: already relaunched";
 }
@@ -120,54 +110,12 @@ TEST_F(Factory, CommandLineActionsDropPrivilegesWindowBasedOnesKeepThem)
     }
 }
 
-TEST_F(Factory, HelpAloneGivesTheUsageWithoutHeading)
-{
-    Parse({"-h"});
-    std::string out, err;
-    EXPECT_EQ(666, RunCapturing(out, err));
-    EXPECT_EQ(UsageText(), out);
-    EXPECT_EQ("", err);
-}
-
-TEST_F(Factory, IllegalSecondActionPrintsErrorsThenUsage)
-{
-    Parse({"--installall", "--uninstall"});
-    std::string out, err;
-    EXPECT_EQ(666, RunCapturing(out, err));
-    EXPECT_EQ("Errors in parameters:\n   Illegal: \"uninstall\"\n\n", err);
-    EXPECT_EQ(UsageText(), out);
-    EXPECT_FALSE(factory.WantsElevation()) << "the usage text is a console run";
-}
-
-TEST_F(Factory, MissingValueOfLastTokenAndBeforeAFlag)
-{
-    Parse({"-destination"});
-    EXPECT_EQ(Strings{L"Missing value: \"destination\""}, Errors());
-
-    CApplicationFactory second;
-    char* argv[] = {const_cast<char*>("prog"), const_cast<char*>("-destination"), const_cast<char*>("-verbose")};
-    second.ParseCommandLine(3, argv);
-    EXPECT_TRUE(second.Context().verbose);
-    EXPECT_TRUE(second.Context().destination.IsEmpty());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(666, second.Run());
-    testing::internal::GetCapturedStdout();
-    EXPECT_EQ("Errors in parameters:\n   Missing value: \"destination\"\n\n", testing::internal::GetCapturedStderr());
-}
-
 TEST_F(Factory, UsageTextTokensAreNotOptions)
 {
     Parse({"--dowloadall", "--dowloadsome", "-INSTALLALL"});
     EXPECT_EQ((Strings{L"Unknown: \"dowloadall\"", L"Unknown: \"dowloadsome\"", L"Unknown: \"INSTALLALL\""}),
               Errors());
     EXPECT_TRUE(factory.WantsElevation()) << "nothing chose an action: still the window-based run";
-}
-
-TEST_F(Factory, HelpComplaintIsCountedOncePerName)
-{
-    Parse({"--register", "--help"});
-    EXPECT_EQ(Strings(3, L"Illegal: \"help\""), Errors());
 }
 
 TEST_F(Factory, ComplaintsFollowTheOrderOfTheNameMaps)
@@ -177,6 +125,7 @@ TEST_F(Factory, ComplaintsFollowTheOrderOfTheNameMaps)
     EXPECT_EQ((Strings{L"Illegal: \"configuration\"", L"Illegal: \"guid\"", L"Illegal: \"installall\"",
                        L"Illegal: \"register\"", L"Illegal: \"waitforcd\""}),
               Errors());
+    EXPECT_FALSE(factory.WantsElevation()) << "the usage text is a console run";
 }
 
 TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
@@ -200,32 +149,12 @@ TEST_F(Factory, LoadedCollectionAddsItsStyleSheetToTheDefault)
                                   curatool::test::ReadFile(std::string(CURATOOL_SOURCE_DIR "/samples/collection/") + name));
     curatool::test::WriteFile(dir + "/style.qss", "QPushButton {color: red}");
 
+    factory.ApplyStyleSheet(nullptr);  // without an application there is nothing to style
+    factory.InstallTranslator(nullptr);
     Parse({"-configuration", dir.c_str()});
     ASSERT_TRUE(factory.Configuration()->IsLoaded());
     EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET + "QPushButton {color: red}", factory.StyleSheet());
     EXPECT_EQ(factory.StyleSheet(), qApp->styleSheet()) << "applied at once";
-    qApp->setStyleSheet(QString());
-}
-
-TEST_F(Factory, MissingStyleSheetLeavesTheDefault)
-{
-    const std::string dir = curatool::test::MakeScratchDir("collection");
-    for (const char* name : {"configuration.xml", "metadata.xml", "about.html", "splash.html", "logo.png"})
-        curatool::test::WriteFile(dir + "/" + name,
-                                  curatool::test::ReadFile(std::string(CURATOOL_SOURCE_DIR "/samples/collection/") + name));
-
-    Parse({"-configuration", dir.c_str()});
-    if (!factory.Configuration()->IsLoaded())
-        GTEST_SKIP() << "this collection form does not load without its style sheet";
-    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET, factory.StyleSheet());
-}
-
-TEST_F(Factory, ApplyingTheSheetNeedsAnApplication)
-{
-    factory.ApplyStyleSheet(nullptr);
-    factory.InstallTranslator(nullptr);
-    factory.ApplyStyleSheet(qApp);
-    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET, qApp->styleSheet());
     qApp->setStyleSheet(QString());
 }
 

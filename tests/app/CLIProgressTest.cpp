@@ -14,16 +14,11 @@ std::string Printed(CLIProgress& progress, int stage, const wchar_t* item, int p
     return testing::internal::GetCapturedStdout();
 }
 
-TEST(CLIProgress, SilentUnlessVerbose)
+TEST(CLIProgress, SilentUnlessVerboseAndThenOnlyForFinishedItems)
 {
     CLIProgress progress;
     EXPECT_FALSE(progress.IsVerbose());
     EXPECT_EQ("", Printed(progress, 1, L"a.zip", 100, 50));
-}
-
-TEST(CLIProgress, OnlyFinishedItemsArePrinted)
-{
-    CLIProgress progress;
     progress.SetVerbose(true);
     EXPECT_EQ("", Printed(progress, 6, L"done", 99, 100));
     EXPECT_EQ("", Printed(progress, 2, L"x", 0, 0));
@@ -31,31 +26,27 @@ TEST(CLIProgress, OnlyFinishedItemsArePrinted)
     EXPECT_NE("", Printed(progress, 2, L"x", 101, 0));
 }
 
-TEST(CLIProgress, WorkingStagesShareTheLineWithTheItem)
+TEST(CLIProgress, WorkingStagesShareTheLineFinalOnesHaveALineOfTheirOwn)
 {
     CLIProgress progress;
     progress.SetVerbose(true);
-    EXPECT_EQ("Downloading:  \t[42%] Pictures/animals.zip\n", Printed(progress, 1, L"Pictures/animals.zip", 100, 42));
-    EXPECT_EQ("Installing:  \t[0%] a\n", Printed(progress, 2, L"a", 100, 0));
-    EXPECT_EQ("Uninstalling:  \t[100%] b\n", Printed(progress, 3, L"b", 100, 100));
-    EXPECT_EQ("Reading:  \t[7%] \n", Printed(progress, 4, L"", 100, 7));
-}
-
-TEST(CLIProgress, FinalStagesPutTheirWordOnALineOfItsOwn)
-{
-    CLIProgress progress;
-    progress.SetVerbose(true);
-    EXPECT_EQ("Canceled\n \t[3%] c\n", Printed(progress, 5, L"c", 100, 3));
-    EXPECT_EQ("Complete\n \t[100%] all\n", Printed(progress, 6, L"all", 100, 100));
-    EXPECT_EQ("Failed\n \t[61%] f.gallery\n", Printed(progress, 7, L"f.gallery", 100, 61));
-}
-
-TEST(CLIProgress, UnknownStagesPrintNoWord)
-{
-    CLIProgress progress;
-    progress.SetVerbose(true);
-    EXPECT_EQ(" \t[1%] z\n", Printed(progress, 0, L"z", 100, 1));
-    EXPECT_EQ(" \t[1%] z\n", Printed(progress, 8, L"z", 100, 1));
+    struct Case
+    {
+        int stage;
+        const wchar_t* item;
+        int overall;
+        const char* line;
+    };
+    for (const Case& c : {Case{1, L"Pictures/animals.zip", 42, "Downloading:  \t[42%] Pictures/animals.zip\n"},
+                          Case{2, L"a", 0, "Installing:  \t[0%] a\n"},
+                          Case{3, L"b", 100, "Uninstalling:  \t[100%] b\n"},
+                          Case{4, L"", 7, "Reading:  \t[7%] \n"},
+                          Case{5, L"c", 3, "Canceled\n \t[3%] c\n"},
+                          Case{6, L"all", 100, "Complete\n \t[100%] all\n"},
+                          Case{7, L"f.gallery", 61, "Failed\n \t[61%] f.gallery\n"},
+                          Case{0, L"z", 1, " \t[1%] z\n"},  // unknown stages print no word
+                          Case{8, L"z", 1, " \t[1%] z\n"}})
+        EXPECT_EQ(c.line, Printed(progress, c.stage, c.item, 100, c.overall)) << c.stage;
 }
 
 TEST(CLIProgress, CategoryNameGoesInParenthesesBeforeTheItem)

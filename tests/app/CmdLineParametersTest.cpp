@@ -21,44 +21,30 @@ int Call(const CWorkFlowFunction& function)
     return function(context, nullptr);
 }
 
-TEST(CmdLineParameters, ValueParametersStoreTheValueUnchangedAndNeverComplain)
+TEST(CmdLineParameters, ValuesAreStoredUnchangedFlagsIgnoreThemAndNoneComplains)
 {
     CAtlString text, path;
+    std::vector<CAtlString> values;
+    bool flag = false;
     CStringParameter stringParam(&text);
     CPathParameter pathParam(&path);
+    CMultiValueParameter multiParam(&values);
+    CFlagParameter flagParam(&flag);
 
     EXPECT_TRUE(stringParam.Process(S(L"proxy"), S(L"host:8080")));
     EXPECT_TRUE(pathParam.Process(S(L"source"), S(L"/media/disc one/../x")));
     EXPECT_TRUE(stringParam.Process(S(L"proxy"), S(L"other:1")));  // the last one stands
+    for (const wchar_t* v : {L"b", L"a", L"b", L""})
+        EXPECT_TRUE(multiParam.Process(S(L"c"), S(v)));  // in order, duplicates kept
+    EXPECT_TRUE(flagParam.Process(S(L"verbose"), S(L"no")));
 
     EXPECT_EQ(S(L"other:1"), text);
     EXPECT_EQ(S(L"/media/disc one/../x"), path);
-    EXPECT_TRUE(stringParam.GetError().IsEmpty());
-    EXPECT_TRUE(pathParam.GetError().IsEmpty());
-}
-
-TEST(CmdLineParameters, MultiValueKeepsOrderAndDuplicates)
-{
-    std::vector<CAtlString> values;
-    CMultiValueParameter param(&values);
-    for (const wchar_t* v : {L"b", L"a", L"b", L""})
-        EXPECT_TRUE(param.Process(S(L"c"), S(v)));
-    ASSERT_EQ(4u, values.size());
-    EXPECT_EQ(S(L"b"), values[0]);
-    EXPECT_EQ(S(L"a"), values[1]);
-    EXPECT_EQ(S(L"b"), values[2]);
-    EXPECT_TRUE(values[3].IsEmpty());
-    EXPECT_TRUE(param.GetError().IsEmpty());
-}
-
-TEST(CmdLineParameters, FlagIgnoresItsValue)
-{
-    bool flag = false;
-    CFlagParameter param(&flag);
-    EXPECT_TRUE(param.Process(S(L"verbose"), S(L"no")));
+    EXPECT_EQ((std::vector<CAtlString>{S(L"b"), S(L"a"), S(L"b"), S(L"")}), values);
     EXPECT_TRUE(flag);
-    EXPECT_TRUE(param.Process(S(L"verbose"), S(L"")));
-    EXPECT_TRUE(flag);
+    for (const ICmdLineParam* param : {static_cast<ICmdLineParam*>(&stringParam), static_cast<ICmdLineParam*>(&pathParam),
+                                       static_cast<ICmdLineParam*>(&multiParam), static_cast<ICmdLineParam*>(&flagParam)})
+        EXPECT_TRUE(param->GetError().IsEmpty());
 }
 
 struct ActionFixture : testing::Test
@@ -68,33 +54,18 @@ struct ActionFixture : testing::Test
     CWorkFlowFunction runner = Returning(0);
 };
 
-TEST_F(ActionFixture, FirstExclusiveActionWinsAndLaterOnesComplainWithTheirName)
-{
-    CActionParameter install(&actionChosen, &elevation, false, &runner, Returning(11));
-    CActionParameter waitForCd(&actionChosen, &elevation, true, &runner, Returning(22));
-
-    EXPECT_TRUE(install.Process(S(L"installall"), S(L"")));
-    EXPECT_TRUE(actionChosen);
-    EXPECT_FALSE(elevation);
-    EXPECT_EQ(11, Call(runner));
-    EXPECT_TRUE(install.GetError().IsEmpty());
-
-    EXPECT_TRUE(waitForCd.Process(S(L"waitforcd"), S(L"")));
-    EXPECT_EQ(11, Call(runner));
-    EXPECT_FALSE(elevation) << "a refused action must not change the elevation";
-    EXPECT_EQ(S(L"Illegal: \"waitforcd\""), waitForCd.GetError());
-
-    // The same object met again complains too, under the name it was met by.
-    EXPECT_TRUE(install.Process(S(L"h"), S(L"")));
-    EXPECT_EQ(S(L"Illegal: \"h\""), install.GetError());
-}
-
-TEST_F(ActionFixture, ElevatingActionRaisesTheFlagAgain)
+TEST_F(ActionFixture, ElevatingActionRaisesTheFlagAgainAndARefusedOneChangesNothing)
 {
     elevation = false;
     CActionParameter justUpdated(&actionChosen, &elevation, true, &runner, Returning(5));
-    justUpdated.Process(S(L"justupdated"), S(L""));
+    CActionParameter install(&actionChosen, &elevation, false, &runner, Returning(11));
+    EXPECT_TRUE(justUpdated.Process(S(L"justupdated"), S(L"")));
     EXPECT_TRUE(elevation);
+    EXPECT_TRUE(justUpdated.GetError().IsEmpty());
+
+    EXPECT_TRUE(install.Process(S(L"installall"), S(L"")));
+    EXPECT_TRUE(elevation) << "a refused action must not change the elevation";
+    EXPECT_EQ(S(L"Illegal: \"installall\""), install.GetError());
     EXPECT_EQ(5, Call(runner));
 }
 
@@ -164,25 +135,6 @@ TEST_F(ErrorFixture, RewritesEachReservedNameIntoItsMessage)
     EXPECT_EQ(S(L"Illegal: \"guid\""), errors[3]);
     EXPECT_EQ(S(L"Unknown: \"\""), errors[4]);
     EXPECT_TRUE(error.GetError().IsEmpty());
-}
-
-TEST_F(ErrorFixture, UnknownAndIgnoredLeaveTheWorkFlowAlone)
-{
-    error.Process(S(CmdLineReserved::UnknownParam), S(L"foo"));
-    error.Process(S(CmdLineReserved::DefaultParam), S(L"x"));
-    EXPECT_EQ(0, Call(runner));
-    EXPECT_TRUE(elevation);
-}
-
-TEST_F(ErrorFixture, MissingValueAndCollectedComplaintsSwitchToUsageEveryTime)
-{
-    for (const wchar_t* name : {CmdLineReserved::ParamNoValue, CmdLineReserved::GenericError}) {
-        runner = Returning(0);
-        elevation = true;
-        EXPECT_TRUE(error.Process(S(name), S(L"x")));
-        EXPECT_EQ(666, Call(runner)) << "not exclusive: it wins even after an action was chosen";
-        EXPECT_FALSE(elevation);
-    }
 }
 
 }  // namespace

@@ -39,17 +39,6 @@ TEST_F(OutputTable, HoldsEveryCodeWithItsText)
     }
 }
 
-TEST_F(OutputTable, UnknownCodesGiveEmptyTexts)
-{
-    EXPECT_STREQ("", Output::GetText(14).GetString());
-    EXPECT_STREQ("", Output::GetText(-1, "x").GetString());
-    EXPECT_TRUE(Output::GetTranslated(99).isEmpty());
-
-    testing::internal::CaptureStderr();
-    Output::Error(1234, false);
-    EXPECT_EQ("\n", testing::internal::GetCapturedStderr());
-}
-
 TEST_F(OutputTable, ValueFillsThePlaceholder)
 {
     EXPECT_STREQ("You must have write permissions for the destination directory:\n/usr/local/share/G",
@@ -62,17 +51,21 @@ TEST_F(OutputTable, ValueFillsThePlaceholder)
                  Output::GetText(1, "%1%1").GetString());
 }
 
-TEST_F(OutputTable, ConsoleErrorsGoToStandardErrorOnly)
+TEST_F(OutputTable, ConsoleErrorsGoToStandardErrorOnlyAndUnknownCodesAreEmpty)
 {
+    EXPECT_STREQ("", Output::GetText(14).GetString());
+    EXPECT_STREQ("", Output::GetText(-1, "x").GetString());
+    EXPECT_TRUE(Output::GetTranslated(99).isEmpty());
+
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    Output::Error(Output::eAnotherInstance, false);
     Output::Error(1, "/opt/x", false);
     Output::Error(1, false);
+    Output::Error(1234, false);
     EXPECT_EQ("", testing::internal::GetCapturedStdout());
-    EXPECT_EQ("Another instance of this application is running. Please use it instead.\n"
-              "You must have write permissions for the destination directory:\n/opt/x\n"
-              "You must have write permissions for the destination directory:\n%1\n",
+    EXPECT_EQ("You must have write permissions for the destination directory:\n/opt/x\n"
+              "You must have write permissions for the destination directory:\n%1\n"
+              "\n",
               testing::internal::GetCapturedStderr());
 }
 

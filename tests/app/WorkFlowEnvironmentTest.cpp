@@ -1,15 +1,14 @@
+// The connection check and the refusals of the work flows are checked on the real binary; here
+// what the environment of a run is made of.
 #include "CCmdLineContext.h"
 #include "CConfiguration.h"
 #include "CInstallationController.h"
 #include "CWorkFlow.h"
-#include "Output.h"
 #include "ProxyHandler.h"
-#include "TestEnvironment.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
-#include <QTcpServer>
 
 namespace {
 
@@ -55,52 +54,6 @@ TEST(WorkFlowEnvironment, StoredProxySettingsAreReadAndAnEmptyDestinationStillOv
     ProxyHandler cleared;  // leave no proxy behind for the other tests of this process
     cleared.SetHost(L"");
     cleared.SaveSettings();
-}
-
-TEST(WorkFlowConnection, AnUnreachableServerReportsCodeSevenWithTheUrl)
-{
-    QTcpServer probe;  // a loopback port nobody listens on once the probe is closed
-    ASSERT_TRUE(probe.listen(QHostAddress::LocalHost));
-    const QString url = QStringLiteral("http://127.0.0.1:%1/gallery").arg(probe.serverPort());
-    probe.close();
-
-    Output::Initialize();
-    CCmdLineContext context;
-    const CWorkFlowEnvironment environment = CWorkFlow::MakeEnvironment(context, std::make_shared<CConfiguration>());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const bool ok = CWorkFlow::CheckConnection(environment, CAtlString(url), false);
-    const std::string out = testing::internal::GetCapturedStdout();
-    const std::string err = testing::internal::GetCapturedStderr();
-    CInstallationController::SetConnectionAvailable(true);
-
-    EXPECT_FALSE(ok);
-    // The downloader adds its own reason on the next line.
-    EXPECT_EQ(0u, out.rfind("Checking connection to: " + url.toStdString() + "\n", 0)) << out;
-    EXPECT_EQ(std::string::npos, out.find("Check succeeded."));
-    EXPECT_EQ("Could not download the file:\n" + url.toStdString() +
-                  "\nMake sure the computer has an active Internet connection.\n",
-              err);
-}
-
-TEST(WorkFlowUninstall, AGalleryThatWasNeverInstalledIsRefusedWithoutTouchingAnything)
-{
-    Output::Initialize();
-    const std::string root = curatool::test::MakeScratchDir("never-installed");
-    CCmdLineContext context;
-    context.destination = CAtlString(QString::fromStdString(root));
-    auto configuration = std::make_shared<CConfiguration>();
-    const CWorkFlowEnvironment environment = CWorkFlow::MakeEnvironment(context, configuration);
-
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const bool removed = CWorkFlow::UninstallGallery(environment, nullptr, false);
-    const std::string out = testing::internal::GetCapturedStdout();
-    const std::string err = testing::internal::GetCapturedStderr();
-
-    EXPECT_FALSE(removed);
-    EXPECT_EQ("", out);
-    EXPECT_EQ("Could not load the configuration.\n", err);
 }
 
 }  // namespace
