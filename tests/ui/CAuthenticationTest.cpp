@@ -71,22 +71,11 @@ TEST(CAuthenticationEscape, EveryShellCharacterGetsABackslash)
     EXPECT_EQ(QString(), CAuthentication::ShellEscape(QString()));
 }
 
-TEST(CAuthenticationArguments, KdesuQuotesTheProgramAndPassesArgumentsUnchanged)
+// The forms without a user are checked through the fake tools below.
+TEST(CAuthenticationArguments, AGivenUserIsNamedToEveryTool)
 {
-    EXPECT_EQ((QStringList{"--", "'/opt/my\\ app/curatool'", "-source", "a b"}),
-              CAuthentication::KdesuArguments("/opt/my app/curatool", {"-source", "a b"}, QString()));
     EXPECT_EQ((QStringList{"-u", "bob", "--", "'/bin/x'"}), CAuthentication::KdesuArguments("/bin/x", {}, "bob"));
-}
-
-TEST(CAuthenticationArguments, GksudoGetsOneEscapedCommandLine)
-{
-    EXPECT_EQ((QStringList{"/opt/my\\ app/curatool -source a\\ b\\;c -authorized"}),
-              CAuthentication::GksudoArguments("/opt/my app/curatool", {"-source", "a b;c", "-authorized"}, QString()));
     EXPECT_EQ((QStringList{"-u", "bob", "/bin/x "}), CAuthentication::GksudoArguments("/bin/x", {""}, "bob"));
-}
-
-TEST(CAuthenticationArguments, SudoReadsThePasswordFromItsInputAndNamesOnlyAGivenUser)
-{
     EXPECT_EQ((QStringList{"-p", "PASSWORD:", "-S", "/opt/my app/x", "-a", "b c"}),
               CAuthentication::SudoArguments("/opt/my app/x", {"-a", "b c"}, QString()));
     EXPECT_EQ((QStringList{"-p", "PASSWORD:", "-S", "-u", "bob", "/bin/x"}),
@@ -117,25 +106,23 @@ TEST(CAuthenticationRun, NoToolMeansNothingStartedAndZero)
     EXPECT_FALSE(Exists(path.Log()));
 }
 
-TEST(CAuthenticationRun, KdesuWinsOverTheOthersAndItsCodeIsReturned)
+TEST(CAuthenticationRun, KdesuWinsThenGksudoThenSudoAndTheToolsCodeIsReturned)
 {
-    ScratchPath path;
-    path.AddTool("kdesu", Recorder("kdesu", 7));
-    path.AddTool("gksudo", Recorder("gksudo", 8));
-    path.AddTool("sudo", Recorder("sudo", 9));
-    CAuthentication authentication;
-    EXPECT_EQ(7, authentication.RunAs("/opt/my app/curatool", {"-source", "a b", "-authorized"}, QString(), false));
-    EXPECT_EQ("kdesu\n--\n'/opt/my\\ app/curatool'\n-source\na b\n-authorized\n", path.LogText());
-}
-
-TEST(CAuthenticationRun, GksudoBeforeSudo)
-{
+    {
+        ScratchPath path;
+        path.AddTool("kdesu", Recorder("kdesu", 7));
+        path.AddTool("gksudo", Recorder("gksudo", 8));
+        path.AddTool("sudo", Recorder("sudo", 9));
+        CAuthentication authentication;
+        EXPECT_EQ(7, authentication.RunAs("/opt/my app/curatool", {"-source", "a b", "-authorized"}, QString(), false));
+        EXPECT_EQ("kdesu\n--\n'/opt/my\\ app/curatool'\n-source\na b\n-authorized\n", path.LogText());
+    }
     ScratchPath path;
     path.AddTool("gksudo", Recorder("gksudo", 4));
     path.AddTool("sudo", Recorder("sudo", 9));
     CAuthentication authentication;
-    EXPECT_EQ(4, authentication.RunAs("/opt/x", {"-a b"}, "alice", false));
-    EXPECT_EQ("gksudo\n-u\nalice\n/opt/x -a\\ b\n", path.LogText());
+    EXPECT_EQ(4, authentication.RunAs("/opt/my app/x", {"-a b;c"}, "alice", false));
+    EXPECT_EQ("gksudo\n-u\nalice\n/opt/my\\ app/x -a\\ b\\;c\n", path.LogText());
 }
 
 TEST(CAuthenticationRun, EchoForwardsTheToolsOutput)
