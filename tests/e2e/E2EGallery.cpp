@@ -140,7 +140,14 @@ RunOptions E2EGallery::Options() const
 
 RunResult E2EGallery::Curatool(const std::vector<std::string>& arguments) const
 {
-    return RunCuratool(arguments, Options());
+    const RunResult r = RunCuratool(arguments, Options());
+    // Headless runs print nothing of their toolkit, and none of them crashes.
+    for (const char* noise : {"qt.", "QStandardPaths", "platform plugin", "QObject", "Warning", "XDG_"}) {
+        EXPECT_EQ(std::string::npos, r.err.find(noise)) << r.err;
+        EXPECT_EQ(std::string::npos, r.out.find(noise)) << r.out;
+    }
+    EXPECT_EQ(0, r.signal);
+    return r;
 }
 
 std::string E2EGallery::SystemPath(const std::string& absolute) const

@@ -58,7 +58,7 @@ class E2EGallery : public ::testing::Test
 protected:
     void SetUp() override;
 
-    // Runs curatool headless in this test's world.
+    // Runs curatool headless in this test's world; checks it printed nothing of its toolkit.
     RunResult Curatool(const std::vector<std::string>& arguments) const;
     RunOptions Options() const;
 

@@ -1,5 +1,7 @@
 #include "RunBinary.h"
 
+#include "TestEnvironment.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -61,15 +63,15 @@ BinaryProcess::BinaryProcess(const std::string& program, const std::vector<std::
     std::vector<char*> argv = PointerArray(argStrings);
     std::vector<char*> envp = PointerArray(envStrings);
 
-    int outPipe[2] = {-1, -1}, errPipe[2], inPipe[2];
-    if ((options.standardOutputFd < 0 && pipe2(outPipe, O_CLOEXEC) != 0) ||
-        pipe2(errPipe, O_CLOEXEC) != 0 || pipe2(inPipe, O_CLOEXEC) != 0)
+    int outPipe[2] = {-1, -1}, errPipe[2];
+    if ((options.standardOutputFd < 0 && pipe2(outPipe, O_CLOEXEC) != 0) || pipe2(errPipe, O_CLOEXEC) != 0)
         return;
 
     m_pid = fork();
     if (m_pid == 0) {
         const int outTarget = options.standardOutputFd >= 0 ? options.standardOutputFd : outPipe[1];
-        dup2(inPipe[0], 0);
+        const int devNull = open("/dev/null", O_RDONLY);
+        dup2(devNull, 0);
         dup2(outTarget, 1);
         dup2(errPipe[1], 2);
         if (!options.workingDirectory.empty() && chdir(options.workingDirectory.c_str()) != 0)
@@ -78,17 +80,14 @@ BinaryProcess::BinaryProcess(const std::string& program, const std::vector<std::
         _exit(127);
     }
 
-    close(inPipe[0]);
     close(errPipe[1]);
     if (outPipe[1] >= 0)
         close(outPipe[1]);
     m_outFd = outPipe[0];
     m_errFd = errPipe[0];
-    m_inFd = inPipe[1];
     if (m_pid < 0) {
         CloseFd(m_outFd);
         CloseFd(m_errFd);
-        CloseFd(m_inFd);
     }
 }
 
@@ -100,7 +99,6 @@ BinaryProcess::~BinaryProcess()
     }
     CloseFd(m_outFd);
     CloseFd(m_errFd);
-    CloseFd(m_inFd);
 }
 
 void BinaryProcess::Kill(int signal)
@@ -129,20 +127,12 @@ RunResult BinaryProcess::Wait()
     }
 
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(m_options.timeoutMs);
-    size_t inputWritten = 0;
-    if (m_inFd >= 0)
-        fcntl(m_inFd, F_SETFL, fcntl(m_inFd, F_GETFL) | O_NONBLOCK);
-    if (m_options.standardInput.empty())
-        CloseFd(m_inFd);
-
     while (m_outFd >= 0 || m_errFd >= 0) {
-        pollfd fds[3];
+        pollfd fds[2];
         int count = 0;
         for (int fd : {m_outFd, m_errFd})
             if (fd >= 0)
                 fds[count++] = {fd, POLLIN, 0};
-        if (m_inFd >= 0)
-            fds[count++] = {m_inFd, POLLOUT, 0};
 
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now()).count();
@@ -157,15 +147,6 @@ RunResult BinaryProcess::Wait()
         for (int i = 0; i < count; ++i) {
             if (!fds[i].revents)
                 continue;
-            if (fds[i].fd == m_inFd) {
-                const ssize_t n = write(m_inFd, m_options.standardInput.data() + inputWritten,
-                                        m_options.standardInput.size() - inputWritten);
-                if (n > 0)
-                    inputWritten += size_t(n);
-                if (n < 0 || inputWritten == m_options.standardInput.size())
-                    CloseFd(m_inFd);
-                continue;
-            }
             char buffer[4096];
             const ssize_t n = read(fds[i].fd, buffer, sizeof buffer);
             const bool isOut = fds[i].fd == m_outFd;
@@ -176,7 +157,6 @@ RunResult BinaryProcess::Wait()
             }
         }
     }
-    CloseFd(m_inFd);
 
     int status = 0;
     while (waitpid(m_pid, &status, 0) < 0 && errno == EINTR) {
@@ -189,15 +169,9 @@ RunResult BinaryProcess::Wait()
     return result;
 }
 
-RunResult Run(const std::string& program, const std::vector<std::string>& arguments, const RunOptions& options)
-{
-    BinaryProcess process(program, arguments, options);
-    return process.Wait();
-}
-
 RunResult RunCuratool(const std::vector<std::string>& arguments, const RunOptions& options)
 {
-    return Run(CURATOOL_BINARY, arguments, options);
+    return BinaryProcess(CURATOOL_BINARY, arguments, options).Wait();
 }
 
 RunOptions Headless(RunOptions options)
@@ -207,6 +181,17 @@ RunOptions Headless(RunOptions options)
         options.unsetEnvironment.push_back(name);
     }
     return options;
+}
+
+RunOptions NoPrivilegeTools(RunOptions options)
+{
+    options.setEnvironment["PATH"] = MakeScratchDir("empty-path");
+    return options;
+}
+
+std::string UsageText()
+{
+    return ReadFile(CURATOOL_SOURCE_DIR "/tests/e2e/data/usage.txt");
 }
 
 }  // namespace curatool::test

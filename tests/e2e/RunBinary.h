@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <ostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,7 +18,6 @@ struct RunOptions
     std::map<std::string, std::string> setEnvironment;
     std::vector<std::string> unsetEnvironment;
     std::string workingDirectory;   // empty: this process's
-    std::string standardInput;      // fed to the child, then closed
     int timeoutMs = 60000;          // the child is killed after this long
     // A descriptor to hand the child as its standard output instead of a capturing pipe.
     int standardOutputFd = -1;
@@ -32,6 +32,24 @@ struct RunResult
     bool timedOut = false;
 };
 
+// How a run ended and what it printed, compared in one step.
+struct Outcome
+{
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+    bool operator==(const Outcome&) const = default;
+    friend void PrintTo(const Outcome& o, std::ostream* os)
+    {
+        *os << "exit " << o.exitCode << "\n--- out:\n" << o.out << "--- err:\n" << o.err;
+    }
+};
+
+inline Outcome OutcomeOf(const RunResult& r)
+{
+    return {r.exitCode, r.out, r.err};
+}
+
 // A child process that runs while the test goes on; Wait() collects what it printed.
 class BinaryProcess
 {
@@ -42,8 +60,8 @@ public:
     BinaryProcess(const BinaryProcess&) = delete;
     BinaryProcess& operator=(const BinaryProcess&) = delete;
 
-    pid_t Pid() const { return m_pid; }
     bool Started() const { return m_pid > 0; }
+
     void Kill(int signal);
     // True while the child has not ended (it is not reaped by this).
     bool IsRunning() const;
@@ -54,19 +72,21 @@ private:
     pid_t m_pid = -1;
     int m_outFd = -1;
     int m_errFd = -1;
-    int m_inFd = -1;
     std::optional<RunResult> m_result;
 };
 
-// Runs a program to its end and returns what it printed and how it ended.
-RunResult Run(const std::string& program, const std::vector<std::string>& arguments,
-              const RunOptions& options = {});
-
-// The same for the curatool binary under test.
+// Runs the curatool binary under test to its end: what it printed and how it ended.
 RunResult RunCuratool(const std::vector<std::string>& arguments, const RunOptions& options = {});
 
 // Options for a run on a machine without any display: no DISPLAY, no WAYLAND_DISPLAY, no
 // QT_QPA_PLATFORM.
 RunOptions Headless(RunOptions options = {});
+
+// PATH holds no privilege tool, so a run that relaunches itself cannot reach a real sudo.
+RunOptions NoPrivilegeTools(RunOptions options = {});
+
+// The usage text, byte for byte, and the exit code the system makes of the work flow's 666.
+std::string UsageText();
+constexpr int kUsageExit = 666 & 0xFF;
 
 }  // namespace curatool::test

@@ -17,17 +17,9 @@
 
 namespace {
 
-using curatool::test::BinaryProcess;
-using curatool::test::RunCuratool;
-using curatool::test::RunOptions;
-using curatool::test::RunResult;
+using namespace curatool::test;
 
 const char kInstanceMessage[] = "Another instance of this application is running. Please use it instead.\n";
-
-std::string Usage()
-{
-    return curatool::test::ReadFile(CURATOOL_SOURCE_DIR "/tests/e2e/data/usage.txt");
-}
 
 // A pipe whose buffer is full, so that the next write to it blocks.
 struct FullPipe
@@ -95,13 +87,6 @@ bool WaitForLock(const BinaryProcess& holder)
     return false;
 }
 
-RunOptions NoPrivilegeTools()
-{
-    RunOptions options;
-    options.setEnvironment["PATH"] = curatool::test::MakeScratchDir("empty-path");
-    return options;
-}
-
 TEST(SingleInstanceE2E, SecondRunIsRefusedWhileTheFirstWorksAndAdmittedAfterwards)
 {
     ASSERT_FALSE(LockHeld()) << "a run of this binary is already going on";
@@ -121,15 +106,15 @@ TEST(SingleInstanceE2E, SecondRunIsRefusedWhileTheFirstWorksAndAdmittedAfterward
 
     const std::string printed = pipe.Drain();
     const RunResult firstResult = first.Wait();
-    EXPECT_EQ(666 & 0xFF, firstResult.exitCode);
-    ASSERT_GE(printed.size(), Usage().size());
-    EXPECT_EQ(Usage(), printed.substr(printed.size() - Usage().size()));
+    EXPECT_EQ(kUsageExit, firstResult.exitCode);
+    ASSERT_GE(printed.size(), UsageText().size());
+    EXPECT_EQ(UsageText(), printed.substr(printed.size() - UsageText().size()));
     EXPECT_EQ("", firstResult.err);
 
     EXPECT_FALSE(LockHeld()) << "the lock goes with the run";
     const RunResult third = RunCuratool({"--help"}, NoPrivilegeTools());
-    EXPECT_EQ(666 & 0xFF, third.exitCode);
-    EXPECT_EQ(Usage(), third.out);
+    EXPECT_EQ(kUsageExit, third.exitCode);
+    EXPECT_EQ(UsageText(), third.out);
 }
 
 TEST(SingleInstanceE2E, AKilledFirstRunLeavesNoStaleLock)
@@ -147,9 +132,7 @@ TEST(SingleInstanceE2E, AKilledFirstRunLeavesNoStaleLock)
     EXPECT_EQ(SIGKILL, first.Wait().signal);
 
     const RunResult after = RunCuratool({"-h"}, NoPrivilegeTools());
-    EXPECT_EQ(666 & 0xFF, after.exitCode);
-    EXPECT_EQ(Usage(), after.out);
-    EXPECT_EQ("", after.err);
+    EXPECT_EQ((Outcome{kUsageExit, UsageText(), ""}), OutcomeOf(after));
 }
 
 }  // namespace

@@ -83,9 +83,7 @@ protected:
 TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
 {
     const RunResult r = InstallAll();
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Done.\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
 
     for (const SampleCategory& category : SampleCategories()) {
         EXPECT_TRUE(HasCategory(m_gallery, category.alias)) << category.alias;
@@ -105,15 +103,6 @@ TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
     EXPECT_EQ(Binary(), RegistryValue("AppPath"));
 }
 
-TEST_F(InstallFromFolder, AnUnknownOptionIsReportedAndTheInstallGoesOn)
-{
-    const RunResult r = InstallAll({"--bogus"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Done.\n", r.out);
-    EXPECT_EQ("Errors in parameters:\n   Unknown: \"bogus\"\n\n", r.err);
-    EXPECT_TRUE(HasCategory(m_gallery, "sounds"));
-}
-
 TEST_F(InstallFromFolder, VerboseTellsEachFinishedItemOnStandardOutput)
 {
     const RunResult r = InstallAll({"-verbose"});
@@ -124,26 +113,21 @@ TEST_F(InstallFromFolder, VerboseTellsEachFinishedItemOnStandardOutput)
     EXPECT_EQ(expected, AfterReading(r)) << r.out;
 }
 
-TEST_F(InstallFromFolder, ARerunOfAnUpToDateGalleryChangesNothing)
+TEST_F(InstallFromFolder, ARerunChangesNothingUntilACategoryVersionIsRaisedThenOnlyThatOne)
 {
     ASSERT_EQ(0, InstallAll().exitCode);
     const auto before = fs::last_write_time(m_gallery + "/dog.png");
     const std::string manifest = ReadFile(m_gallery + "/imsmanifest.xml");
 
-    const RunResult r = InstallAll({"-verbose"});
+    RunResult r = InstallAll({"-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
     EXPECT_EQ(std::vector<std::string>{"Done."}, AfterReading(r)) << r.out;
     EXPECT_EQ(before, fs::last_write_time(m_gallery + "/dog.png"));
     EXPECT_EQ(manifest, ReadFile(m_gallery + "/imsmanifest.xml"));
-}
 
-TEST_F(InstallFromFolder, ARaisedCategoryVersionReinstallsThatCategoryOnly)
-{
-    ASSERT_EQ(0, InstallAll().exitCode);
     WriteSource(m_source, {{"maps", "1.1"}});
-
-    const RunResult r = InstallAll({"-verbose"});
+    r = InstallAll({"-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
     std::vector<std::string> expected = LocalPackageLines({"maps"});
@@ -161,9 +145,7 @@ TEST_F(InstallFromFolder, AFailedPackageShowsInTheProgressOnlyAndTheRunStillSucc
 {
     WriteSource(m_source, {}, {"cow.zip"});
     const RunResult quiet = InstallAll();
-    EXPECT_EQ(0, quiet.exitCode);
-    EXPECT_EQ("Done.\n", quiet.out);
-    EXPECT_EQ("", quiet.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(quiet));
     EXPECT_TRUE(Exists(m_gallery + "/dog.png"));
     EXPECT_FALSE(Exists(m_gallery + "/cow.png"));
     EXPECT_TRUE(HasCategory(m_gallery, "maps"));
@@ -201,9 +183,7 @@ TEST_F(InstallFromFolder, InstallSomeWithoutAliasesRegistersButInstallsNothing)
 {
     const RunResult r =
         Curatool({"--installsome", "-configuration", m_collection, "-source", m_source, "-destination", m_gallery});
-    EXPECT_EQ(1, r.exitCode);
-    EXPECT_EQ("Nothing to install\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{1, "Nothing to install\n", ""}), OutcomeOf(r));
     for (const SampleCategory& category : SampleCategories())
         EXPECT_TRUE(LacksCategory(m_gallery, category.alias));
     // Registration comes before the aliases are looked at.
@@ -213,55 +193,43 @@ TEST_F(InstallFromFolder, InstallSomeWithoutAliasesRegistersButInstallsNothing)
 TEST_F(InstallFromFolder, WithoutDestinationTheGalleryGoesBelowTheSharedGalleries)
 {
     const RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Done.\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     const std::string gallery = DefaultInstallDirectory();
     for (const SampleCategory& category : SampleCategories())
         EXPECT_TRUE(HasCategory(gallery, category.alias)) << category.alias;
     EXPECT_EQ(gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
 }
 
-TEST_F(InstallFromFolder, RemoteRegistersWithoutTheApplicationPath)
+TEST_F(InstallFromFolder, RemoteRegistersWithoutTheApplicationPathAndAnUnknownOptionIsOnlyReported)
 {
-    ASSERT_EQ(0, InstallAll({"-remote"}).exitCode);
+    const RunResult r = InstallAll({"-remote", "--bogus"});
+    EXPECT_EQ((Outcome{0, "Done.\n", "Errors in parameters:\n   Unknown: \"bogus\"\n\n"}), OutcomeOf(r));
+    EXPECT_TRUE(HasCategory(m_gallery, "sounds"));
     EXPECT_TRUE(IsRegistered());
     EXPECT_EQ("", RegistryValue("AppPath"));
 }
 
 TEST_F(InstallFromFolder, SourcesAreFoundWhereverTheDataMaySit)
 {
-    // The data in a "Gallery Data Files" folder of the given path.
-    const std::string disc = m_base + "/disc";
-    WriteSource(disc + "/Gallery Data Files");
-    RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", disc, "-destination",
-                            m_base + "/from-disc"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.err);
-    EXPECT_TRUE(HasCategory(m_base + "/from-disc", "sounds"));
-
-    // ... or in the gallery's own folder on a disc, its name in any case.
+    // The data in the gallery's own folder on a disc, its name in any case.
     const std::string shelf = m_base + "/shelf";
     WriteSource(shelf + "/zolta SAMPLE collection/Gallery Data Files");
-    r = Curatool({"--installall", "-configuration", m_collection, "-source", shelf, "-destination",
-                  m_base + "/from-shelf"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.err);
+    RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", shelf, "-destination",
+                            m_base + "/from-shelf"});
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_base + "/from-shelf", "animals"));
 
     // No -source, or one that holds nothing: the collection's own folder is tried next.
     WriteSource(m_collection);
     r = Curatool({"--installall", "-configuration", m_collection, "-destination", m_base + "/no-source"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_base + "/no-source", "animals"));
 
     const std::string empty = m_base + "/empty";
     fs::create_directories(empty);
     r = Curatool({"--installsome", "-configuration", m_collection, "-source", empty, "-destination",
                   m_base + "/empty-source", "-c", "maps"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_base + "/empty-source", "maps"));
 }
 
@@ -270,9 +238,7 @@ TEST_F(InstallFromFolder, NonAsciiPathsAndAliasesWorkAndArePrintedAsUtf8)
     m_gallery = m_base + "/galerie \xC3\xA9t\xC3\xA9";
     RunResult r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_source, "-destination",
                             m_gallery, "-c", "maps", "-c", "cartes-\xC3\xA9"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Done.\n", r.out);
-    EXPECT_EQ("Alias not found: cartes-\xC3\xA9\n", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", "Alias not found: cartes-\xC3\xA9\n"}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_gallery, "maps"));
     EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
 
@@ -314,25 +280,6 @@ TEST_F(InstallFromFolder, ACollectionFileInstallsLikeItsFolderAndLeavesNoTempora
     EXPECT_EQ("Could not load the configuration.\n", zip.err);
 }
 
-TEST_F(InstallFromFolder, HeadlessRunsPrintNothingOfTheirToolkit)
-{
-    const std::vector<RunResult> runs{
-        InstallAll({"-verbose"}),
-        Curatool({"--installall", "-configuration", m_base + "/none"}),
-        Curatool({"--uninstall", "-configuration", m_collection}),
-    };
-    for (const RunResult& r : runs) {
-        for (const char* noise : {"qt.", "QStandardPaths", "platform plugin", "QObject", "Warning", "XDG_"}) {
-            EXPECT_EQ(std::string::npos, r.err.find(noise)) << r.err;
-            EXPECT_EQ(std::string::npos, r.out.find(noise)) << r.out;
-        }
-        EXPECT_EQ(0, r.signal);
-    }
-    EXPECT_EQ("Could not load the configuration.\n", runs[1].err);
-    EXPECT_EQ("", runs[2].err);
-    EXPECT_EQ("Uninstall complete.\n", runs[2].out);
-}
-
 // ---- Refusals before the engine runs, for both installs ----
 
 namespace {
@@ -361,9 +308,7 @@ protected:
 
     void ExpectRefused(const RunResult& r, const std::string& err)
     {
-        EXPECT_EQ(1, r.exitCode);
-        EXPECT_EQ("", r.out);
-        EXPECT_EQ(err, r.err);
+        EXPECT_EQ((Outcome{1, "", err}), OutcomeOf(r));
         EXPECT_FALSE(Exists(m_gallery + "/imsmanifest.xml"));
         EXPECT_TRUE(LacksCategory(m_gallery, "maps"));
     }
@@ -399,20 +344,16 @@ TEST_P(InstallRefusals, WhenTheDestinationCannotBeMade)
 
 TEST_P(InstallRefusals, WhenTheDestinationCannotBeWritten)
 {
-    // Nobody, not even root, makes files in /proc.
+    // Nobody, not even root, makes files in /proc; a read-only folder stops everyone but root.
     m_gallery = "/proc";
     ExpectRefused(Run({"-source", m_source, "-destination", m_gallery}), NotWritable(m_gallery));
-}
-
-TEST_P(InstallRefusals, WhenTheDestinationIsReadOnly)
-{
-    if (geteuid() == 0)
-        GTEST_SKIP() << "root writes to read-only folders";
-    m_gallery = m_base + "/read-only";
-    fs::create_directories(m_gallery);
-    ASSERT_EQ(0, chmod(m_gallery.c_str(), 0555));
-    ExpectRefused(Run({"-source", m_source, "-destination", m_gallery}), NotWritable(m_gallery));
-    EXPECT_TRUE(fs::is_empty(m_gallery));
+    if (geteuid() != 0) {
+        m_gallery = m_base + "/read-only";
+        fs::create_directories(m_gallery);
+        ASSERT_EQ(0, chmod(m_gallery.c_str(), 0555));
+        ExpectRefused(Run({"-source", m_source, "-destination", m_gallery}), NotWritable(m_gallery));
+        EXPECT_TRUE(fs::is_empty(m_gallery));
+    }
 }
 
 TEST_P(InstallRefusals, WithoutSourceOrDownload)

@@ -34,9 +34,7 @@ protected:
 
     void ExpectNotLoaded(const RunResult& r)
     {
-        EXPECT_EQ(1, r.exitCode);
-        EXPECT_EQ("", r.out);
-        EXPECT_EQ("Could not load the configuration.\n", r.err);
+        EXPECT_EQ((Outcome{1, "", "Could not load the configuration.\n"}), OutcomeOf(r));
     }
 };
 
@@ -51,9 +49,7 @@ TEST_F(InstalledGallery, UninstallByCollectionRemovesTheGalleryAndItsEntry)
 {
     Install();
     const RunResult r = Curatool({"--uninstall", "-configuration", m_collection});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Uninstall complete.\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Uninstall complete.\n", ""}), OutcomeOf(r));
     ExpectGalleryGone();
     // The stored copy was not what this run was given, so it stays.
     EXPECT_TRUE(Exists(StoredConfigurationDirectory() + "/configuration.xml"));
@@ -66,9 +62,7 @@ TEST_F(InstalledGallery, UninstallByGuidAlsoDeletesTheStoredFiles)
 {
     Install();
     const RunResult r = Curatool({"--uninstall", "-guid", kGalleryGuid});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Uninstall complete.\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Uninstall complete.\n", ""}), OutcomeOf(r));
     ExpectGalleryGone();
     EXPECT_FALSE(Exists(StoredConfigurationDirectory() + "/configuration.xml"));
     EXPECT_FALSE(Exists(StoredConfigurationDirectory() + "/metadata.xml"));
@@ -108,28 +102,14 @@ TEST_F(InstalledGallery, UninstallRefusesWhatIsNotInstalledOrCannotBeWritten)
     // Registered where nobody may write: the entry stays.
     ASSERT_EQ(0, Curatool({"--register", "-configuration", m_collection, "-destination", "/proc"}).exitCode);
     const RunResult r = Curatool({"--uninstall", "-configuration", m_collection});
-    EXPECT_EQ(1, r.exitCode);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ(NotWritable("/proc"), r.err);
+    EXPECT_EQ((Outcome{1, "", NotWritable("/proc")}), OutcomeOf(r));
     EXPECT_EQ("/proc/imsmanifest.xml", RegistryValue("ImsManifestXml"));
-}
-
-TEST_F(InstalledGallery, ABareRegisterDoesNothingAndSucceeds)
-{
-    const RunResult r = Curatool({"--register"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ("", r.err);
-    EXPECT_FALSE(IsRegistered());
-    EXPECT_FALSE(Exists(StoredConfigurationDirectory()));
 }
 
 TEST_F(InstalledGallery, RegisterStoresTheCollectionAndWritesTheEntry)
 {
     RunResult r = Curatool({"--register", "-configuration", m_collection});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
     // Never installed and no -destination: the default place.
     EXPECT_EQ(DefaultInstallDirectory() + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
     EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
@@ -140,8 +120,7 @@ TEST_F(InstalledGallery, RegisterStoresTheCollectionAndWritesTheEntry)
 
     // -remote here leaves the file associations alone but not the application path.
     r = Curatool({"--register", "-configuration", m_collection, "-destination", m_base + "/elsewhere", "-remote"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.out + r.err);
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
     EXPECT_EQ(m_base + "/elsewhere/imsmanifest.xml", RegistryValue("ImsManifestXml"));
     EXPECT_EQ(Binary(), RegistryValue("AppPath"));
 }
@@ -150,14 +129,12 @@ TEST_F(InstalledGallery, RegisterKeepsTheInstalledPlaceAndWorksByGuid)
 {
     Install();
     RunResult r = Curatool({"--register", "-configuration", m_collection});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.out + r.err);
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
     EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
 
     // The stored copy is the collection itself now.
     r = Curatool({"--register", "-guid", kGalleryGuid, "-destination", m_base + "/moved"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.out + r.err);
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
     EXPECT_EQ(m_base + "/moved/imsmanifest.xml", RegistryValue("ImsManifestXml"));
     EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
 }
@@ -166,17 +143,19 @@ TEST_F(InstalledGallery, RegisterRefusals)
 {
     RunResult r = Curatool({"--register", "-configuration", m_base + "/nothing"});
     ExpectNotLoaded(r);
-    // Only a named collection that fails to load is a complaint; an unknown GUID names none.
-    r = Curatool({"--register", "-guid", kGalleryGuid});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.out + r.err);
-    EXPECT_FALSE(IsRegistered());
+    // Only a named collection that fails to load is a complaint; an unknown GUID names none, and
+    // a bare register does nothing at all.
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--register", "-guid", kGalleryGuid},
+                                                      std::vector<std::string>{"--register"}}) {
+        r = Curatool(arguments);
+        EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
+        EXPECT_FALSE(IsRegistered());
+    }
+    EXPECT_FALSE(Exists(StoredConfigurationDirectory()));
 
     ASSERT_TRUE(WriteFile(SystemPath(std::string(kSharedGalleries) + "/Configurations"), "in the way"));
     r = Curatool({"--register", "-configuration", m_collection});
-    EXPECT_EQ(1, r.exitCode);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ("Could not copy the configuration files.\n", r.err);
+    EXPECT_EQ((Outcome{1, "", "Could not copy the configuration files.\n"}), OutcomeOf(r));
     EXPECT_FALSE(IsRegistered());
     fs::remove(SystemPath(std::string(kSharedGalleries) + "/Configurations"));
 
@@ -186,15 +165,11 @@ TEST_F(InstalledGallery, RegisterRefusals)
         ASSERT_TRUE(WriteFile(folder, "in the way"));
     }
     r = Curatool({"--register", "-configuration", m_collection});
-    EXPECT_EQ(1, r.exitCode);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ("Could not save preferences.\n", r.err);
+    EXPECT_EQ((Outcome{1, "", "Could not save preferences.\n"}), OutcomeOf(r));
 
     // An install does not stop for that.
     r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination", m_gallery});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Done.\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_gallery, "animals"));
 }
 
@@ -204,9 +179,7 @@ TEST_F(InstalledGallery, AnInstalledGalleryIsReachedByItsGuid)
     WriteSource(m_source, {{"sounds", "1.1"}});
     const RunResult r = Curatool({"--installsome", "-guid", kGalleryGuid, "-source", m_source, "-destination",
                                   m_gallery, "-c", "sounds"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("Done.\n", r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_gallery, "sounds", "1.1"));
     EXPECT_TRUE(HasCategory(m_gallery, "animals", "1.0"));
 }
