@@ -108,14 +108,10 @@ TEST_F(InstallOverHttp, AnUnreachableServerOrOneWithoutTheGalleryEndsTheRunWithI
 TEST_F(InstallOverHttp, AUrlAsSourceIsNoSourceWithoutAllowDownload)
 {
     // The URL is looked for as a folder, then the collection's folder: neither holds the data.
-    RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_url, "-destination", m_gallery});
+    const RunResult r =
+        Curatool({"--installall", "-configuration", m_collection, "-source", m_url, "-destination", m_gallery});
     EXPECT_EQ((Outcome{1, "", "Gallery files not found on the source path, download is not allowed.\n"}), OutcomeOf(r));
     EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
-
-    r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_url, "-destination", m_gallery, "-c",
-                  "maps"});
-    EXPECT_EQ((Outcome{1, "", "-source not specified, -allowdownload not set\n"}), OutcomeOf(r));
-    EXPECT_TRUE(LacksCategory(m_gallery, "maps"));
 }
 
 // ---- Through tinyproxy with Basic authentication ----

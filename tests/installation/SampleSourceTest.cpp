@@ -255,8 +255,9 @@ struct SampleFixture : ::testing::Test
 
 }  // namespace
 
-TEST_F(SampleFixture, TheSourceOffersEveryCategoryOfTheCollectionWithItsStrings)
+TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryActivityAndTranslation)
 {
+    // Every category of the collection is in the source, with packages and string packages.
     const SampleSource sample(source);
     const auto& shortIds = configuration->GetGallery()->GetCategories();
     ASSERT_FALSE(shortIds.empty());
@@ -269,11 +270,7 @@ TEST_F(SampleFixture, TheSourceOffersEveryCategoryOfTheCollectionWithItsStrings)
         EXPECT_FALSE(category->translations.empty()) << Utf8(shortId) << " has no string package";
     }
     EXPECT_TRUE(sample.languages.count("de")) << "a German catalogue belongs to the sample";
-}
 
-TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryActivityAndTranslation)
-{
-    const SampleSource sample(source);
     ASSERT_TRUE(controller->InstallAll(&progress));
     EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
     EXPECT_TRUE(Snapshot(kSampleSource) == Snapshot(source)) << "the source is only read";
