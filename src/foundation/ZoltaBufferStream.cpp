@@ -12,27 +12,6 @@ CWriteableBufferStream::~CWriteableBufferStream()
     std::free(m_data);
 }
 
-HRESULT CWriteableBufferStream::QueryInterface(REFIID, void** outObject)
-{
-    if (outObject)
-        *outObject = nullptr;
-    return E_NOTIMPL;
-}
-
-std::uint32_t CWriteableBufferStream::AddRef()
-{
-    return ++m_refs;
-}
-
-std::uint32_t CWriteableBufferStream::Release()
-{
-    ZOLTA_ASSERT(m_refs > 0);
-    const std::uint32_t remaining = --m_refs;
-    if (remaining == 0)
-        delete this;
-    return remaining;
-}
-
 bool CWriteableBufferStream::Reserve(std::size_t needed)
 {
     if (needed <= m_capacity)
@@ -96,49 +75,12 @@ HRESULT CWriteableBufferStream::Seek(LARGE_INTEGER offset, std::uint32_t origin,
     return S_OK;
 }
 
-HRESULT CWriteableBufferStream::SetSize(ULARGE_INTEGER)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWriteableBufferStream::CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWriteableBufferStream::Commit(std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWriteableBufferStream::Revert()
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWriteableBufferStream::LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWriteableBufferStream::UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
 HRESULT CWriteableBufferStream::Stat(STATSTG* outStat, std::uint32_t)
 {
     if (!outStat)
         return E_FAIL;
     outStat->cbSize = MakeULargeInteger(m_length);
     return S_OK;
-}
-
-HRESULT CWriteableBufferStream::Clone(IStream** outClone)
-{
-    if (outClone)
-        *outClone = nullptr;
-    return E_NOTIMPL;
 }
 
 std::uint8_t* CWriteableBufferStream::DetachBuffer(std::size_t* outLength)

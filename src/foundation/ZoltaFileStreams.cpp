@@ -102,27 +102,6 @@ CStdioFileStream::~CStdioFileStream()
         std::fclose(m_file);
 }
 
-HRESULT CStdioFileStream::QueryInterface(REFIID, void** outObject)
-{
-    if (outObject)
-        *outObject = nullptr;
-    return E_NOTIMPL;
-}
-
-std::uint32_t CStdioFileStream::AddRef()
-{
-    return ++m_refs;
-}
-
-std::uint32_t CStdioFileStream::Release()
-{
-    ZOLTA_ASSERT(m_refs > 0);
-    const std::uint32_t remaining = --m_refs;
-    if (remaining == 0)
-        delete this;
-    return remaining;
-}
-
 HRESULT CStdioFileStream::Read(void* buffer, std::uint32_t size, std::uint32_t* outRead)
 {
     if (!buffer || !outRead || !m_file)
@@ -166,36 +145,6 @@ HRESULT CStdioFileStream::Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARG
     return S_OK;
 }
 
-HRESULT CStdioFileStream::SetSize(ULARGE_INTEGER)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CStdioFileStream::CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CStdioFileStream::Commit(std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CStdioFileStream::Revert()
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CStdioFileStream::LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CStdioFileStream::UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
 HRESULT CStdioFileStream::Stat(STATSTG* outStat, std::uint32_t)
 {
     if (!outStat || !m_file)
@@ -207,13 +156,6 @@ HRESULT CStdioFileStream::Stat(STATSTG* outStat, std::uint32_t)
         return E_FAIL;
     outStat->cbSize = MakeULargeInteger(static_cast<std::uint64_t>(info.st_size));
     return S_OK;
-}
-
-HRESULT CStdioFileStream::Clone(IStream** outClone)
-{
-    if (outClone)
-        *outClone = nullptr;
-    return E_NOTIMPL;
 }
 
 HRESULT CStdioFileStream::GetWriteStatus() const
@@ -273,27 +215,6 @@ void CWritableCompressedFileStream::Close()
     m_rawPath.Remove();
 }
 
-HRESULT CWritableCompressedFileStream::QueryInterface(REFIID, void** outObject)
-{
-    if (outObject)
-        *outObject = nullptr;
-    return E_NOTIMPL;
-}
-
-std::uint32_t CWritableCompressedFileStream::AddRef()
-{
-    return ++m_refs;
-}
-
-std::uint32_t CWritableCompressedFileStream::Release()
-{
-    ZOLTA_ASSERT(m_refs > 0);
-    const std::uint32_t remaining = --m_refs;
-    if (remaining == 0)
-        delete this;
-    return remaining;
-}
-
 HRESULT CWritableCompressedFileStream::Read(void* buffer, std::uint32_t size, std::uint32_t* outRead)
 {
     return m_inner ? m_inner->Read(buffer, size, outRead) : E_FAIL;
@@ -314,46 +235,9 @@ HRESULT CWritableCompressedFileStream::Seek(LARGE_INTEGER offset, std::uint32_t 
     return m_inner ? m_inner->Seek(offset, origin, outPosition) : E_FAIL;
 }
 
-HRESULT CWritableCompressedFileStream::SetSize(ULARGE_INTEGER)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWritableCompressedFileStream::CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWritableCompressedFileStream::Commit(std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWritableCompressedFileStream::Revert()
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWritableCompressedFileStream::LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
-HRESULT CWritableCompressedFileStream::UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t)
-{
-    return E_NOTIMPL;
-}
-
 HRESULT CWritableCompressedFileStream::Stat(STATSTG* outStat, std::uint32_t flags)
 {
     return m_inner ? m_inner->Stat(outStat, flags) : E_FAIL;
-}
-
-HRESULT CWritableCompressedFileStream::Clone(IStream** outClone)
-{
-    if (outClone)
-        *outClone = nullptr;
-    return E_NOTIMPL;
 }
 
 HRESULT CWritableCompressedFileStream::GetWriteStatus() const

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CZoltaFilePath.h"
-#include "ZoltaStreams.h"
+#include "ZoltaStreamBase.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -9,28 +9,13 @@
 
 // The common body of the streams over a C library file handle. The handle's own buffering is
 // what makes the thousands of small writes and seeks of the manifest image affordable.
-class CStdioFileStream : public IStream
+class CStdioFileStream : public CZoltaStreamBase<IStream>
 {
 public:
-    CStdioFileStream(const CStdioFileStream&) = delete;
-    CStdioFileStream& operator=(const CStdioFileStream&) = delete;
-
-    HRESULT QueryInterface(REFIID iid, void** outObject) override;
-    std::uint32_t AddRef() override;
-    std::uint32_t Release() override;
-
     HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
     HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
     HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
-    HRESULT SetSize(ULARGE_INTEGER newSize) override;
-    HRESULT CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* outRead,
-                   ULARGE_INTEGER* outWritten) override;
-    HRESULT Commit(std::uint32_t flags) override;
-    HRESULT Revert() override;
-    HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) override;
-    HRESULT UnlockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) override;
     HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
-    HRESULT Clone(IStream** outClone) override;
 
     bool IsValid() const { return m_valid; }
     const CZoltaFilePath& GetPath() const { return m_path; }
@@ -44,7 +29,6 @@ protected:
 
 private:
     std::FILE* m_file = nullptr;
-    std::uint32_t m_refs = 1;
     CZoltaFilePath m_path;
     std::uint64_t m_position = 0;
     bool m_valid = false;
@@ -68,29 +52,15 @@ public:
 // Collects the data in a raw temporary file and, when the last reference goes, stores it in the
 // target compressed with zlib's compress. Should compression fail, the raw bytes are stored, so
 // that a readable file always stands at the target.
-class CWritableCompressedFileStream : public IStream
+class CWritableCompressedFileStream : public CZoltaStreamBase<IStream>
 {
 public:
     explicit CWritableCompressedFileStream(const CZoltaFilePath& target, std::uint64_t startPosition = 0);
-    CWritableCompressedFileStream(const CWritableCompressedFileStream&) = delete;
-    CWritableCompressedFileStream& operator=(const CWritableCompressedFileStream&) = delete;
-
-    HRESULT QueryInterface(REFIID iid, void** outObject) override;
-    std::uint32_t AddRef() override;
-    std::uint32_t Release() override;
 
     HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
     HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
     HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
-    HRESULT SetSize(ULARGE_INTEGER newSize) override;
-    HRESULT CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* outRead,
-                   ULARGE_INTEGER* outWritten) override;
-    HRESULT Commit(std::uint32_t flags) override;
-    HRESULT Revert() override;
-    HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) override;
-    HRESULT UnlockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) override;
     HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
-    HRESULT Clone(IStream** outClone) override;
 
     bool IsValid() const { return m_valid; }
     // The temporary file that takes the raw bytes until the stream closes.
@@ -101,7 +71,6 @@ private:
     ~CWritableCompressedFileStream() override;
     void Close();
 
-    std::uint32_t m_refs = 1;
     bool m_failed = false;  // set once data has gone into the temporary file
     std::uint64_t m_start = 0;
     CZoltaFilePath m_target;

@@ -5,6 +5,7 @@
 #include "TestEnvironment.h"
 #include "ZOLTAXMLWriter.h"
 #include "ZoltaFileStreams.h"
+#include "ZoltaStreamBase.h"
 
 #include <gtest/gtest.h>
 
@@ -35,18 +36,9 @@ std::string Written(const std::function<void(IZOLTAXMLWriter*)>& build)
 }
 
 // A stream that keeps every write apart, to see how the writer cuts its output.
-class RecordingStream : public IStream
+class RecordingStream : public CZoltaStreamBase<IStream>
 {
 public:
-    HRESULT QueryInterface(REFIID, void**) override { return E_NOTIMPL; }
-    std::uint32_t AddRef() override { return ++m_refs; }
-    std::uint32_t Release() override
-    {
-        const std::uint32_t left = --m_refs;
-        if (left == 0)
-            delete this;
-        return left;
-    }
     HRESULT Read(void*, std::uint32_t, std::uint32_t*) override { return E_NOTIMPL; }
     HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override
     {
@@ -56,20 +48,10 @@ public:
         return failWrites ? E_FAIL : S_OK;
     }
     HRESULT Seek(LARGE_INTEGER, std::uint32_t, ULARGE_INTEGER*) override { return E_NOTIMPL; }
-    HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
-    HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
-    HRESULT Commit(std::uint32_t) override { return E_NOTIMPL; }
-    HRESULT Revert() override { return E_NOTIMPL; }
-    HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
-    HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
     HRESULT Stat(STATSTG*, std::uint32_t) override { return E_NOTIMPL; }
-    HRESULT Clone(IStream**) override { return E_NOTIMPL; }
 
     std::vector<std::string> writes;
     bool failWrites = false;
-
-private:
-    std::uint32_t m_refs = 1;
 };
 
 class WriterOn : public CMyWriter
