@@ -224,21 +224,33 @@ private:
         return list;
     }
 
-    HRESULT OrganizationList(std::uint32_t offset, CGalleryOrganizationList** field)
+    // A list record (array offset, count) and its elements, each read by `element`. Where the list
+    // is `optional`, an offset of 0 stands for an empty one.
+    template <class List, class ReadElement>
+    HRESULT ObjectList(std::uint32_t offset, std::uint32_t recordSize, bool optional, List** field,
+                       ReadElement element)
     {
-        HRESULT result = Record(offset, kListRecordSize);
-        if (FAILED(result))
-            return result;
-        const std::uint32_t count = At(offset + 4);
-        if (count && m_size / 4 < count)
-            return E_POINTER;
-        CGalleryOrganizationList* list = TakeList<CGalleryOrganizationList>(count);
+        std::uint32_t count = 0;
+        if (offset != 0 || !optional) {
+            const HRESULT result = Record(offset, recordSize);
+            if (FAILED(result))
+                return result;
+            count = At(offset + 4);
+            if (count && m_size / 4 < count)
+                return E_POINTER;
+        }
+        List* list = TakeList<List>(count);
         if (kBuild && !list)
             return E_OUTOFMEMORY;
         if constexpr (kBuild)
             *field = list;
-        return Array(At(offset), count, kBuild ? list->m_array : nullptr,
-                     [this](std::uint32_t element, CGalleryOrganization** slot) { return Organization(element, slot); });
+        return Array(offset ? At(offset) : 0, count, kBuild ? list->m_array : nullptr, element);
+    }
+
+    HRESULT OrganizationList(std::uint32_t offset, CGalleryOrganizationList** field)
+    {
+        return ObjectList(offset, kListRecordSize, false, field,
+                          [this](std::uint32_t element, CGalleryOrganization** slot) { return Organization(element, slot); });
     }
 
     HRESULT Organization(std::uint32_t offset, CGalleryOrganization** field)
@@ -300,24 +312,9 @@ private:
     HRESULT FolderList(std::uint32_t offset, int depth, CGalleryFolder* parent, CGalleryOrganization* organization,
                        CGalleryFolderList** field)
     {
-        std::uint32_t count = 0;
-        HRESULT result = S_OK;
-        if (offset != 0) {
-            if (FAILED(result = Record(offset, kListRecordSize)))
-                return result;
-            count = At(offset + 4);
-            if (count && m_size / 4 < count)
-                return E_POINTER;
-        }
-        CGalleryFolderList* list = TakeList<CGalleryFolderList>(count);
-        if (kBuild && !list)
-            return E_OUTOFMEMORY;
-        if constexpr (kBuild)
-            *field = list;
-        return Array(offset ? At(offset) : 0, count, kBuild ? list->m_array : nullptr,
-                     [&](std::uint32_t element, CGalleryFolder** slot) {
-                         return Folder(element, depth + 1, parent, organization, slot);
-                     });
+        return ObjectList(offset, kListRecordSize, true, field, [&](std::uint32_t element, CGalleryFolder** slot) {
+            return Folder(element, depth + 1, parent, organization, slot);
+        });
     }
 
     HRESULT Folder(std::uint32_t offset, int depth, CGalleryFolder* parent, CGalleryOrganization* organization,
@@ -350,22 +347,8 @@ private:
 
     HRESULT ActivityList(std::uint32_t offset, CGalleryFolder* folder, CGalleryActivityList** field)
     {
-        std::uint32_t count = 0;
-        HRESULT result = S_OK;
-        if (offset != 0) {
-            if (FAILED(result = Record(offset, kActivityListRecordSize)))
-                return result;
-            count = At(offset + 4);
-            if (count && m_size / 4 < count)
-                return E_POINTER;
-        }
-        CGalleryActivityList* list = TakeList<CGalleryActivityList>(count);
-        if (kBuild && !list)
-            return E_OUTOFMEMORY;
-        if constexpr (kBuild)
-            *field = list;
-        return Array(offset ? At(offset) : 0, count, kBuild ? list->m_array : nullptr,
-                     [&](std::uint32_t element, CGalleryActivity** slot) { return Activity(element, folder, slot); });
+        return ObjectList(offset, kActivityListRecordSize, true, field,
+                          [&](std::uint32_t element, CGalleryActivity** slot) { return Activity(element, folder, slot); });
     }
 
     HRESULT Activity(std::uint32_t offset, CGalleryFolder* folder, CGalleryActivity** field)
