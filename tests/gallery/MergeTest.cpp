@@ -24,21 +24,21 @@ struct PackageSpec
 };
 
 // Writes a package folder: its manifest and one file per activity holding "<href>@<package id>".
-std::string WritePackage(const std::string& name, const PackageSpec& spec)
+std::string WritePackage(const std::string& name, const PackageSpec& offer)
 {
     const std::string folder = MakeScratchDir(name);
     CGalleryManifest manifest;
-    manifest.m_metadata->SetIdentifier(spec.id.c_str());
+    manifest.m_metadata->SetIdentifier(offer.id.c_str());
     manifest.m_metadata->SetVersion(L"1.0");
     CGalleryOrganization* organization = AddOrganization(manifest, L"urn:org:shared", L"Shared organization");
-    CGalleryFolder* category = spec.parent.empty()
-                                   ? AddCategory(organization, spec.category.c_str(), spec.title.c_str())
-                                   : AddCategory(AddCategory(organization, spec.parent.c_str(), spec.title.c_str()),
-                                                 spec.category.c_str(), spec.title.c_str());
-    for (const auto& [id, href] : spec.activities) {
+    CGalleryFolder* category = offer.parent.empty()
+                                   ? AddCategory(organization, offer.category.c_str(), offer.title.c_str())
+                                   : AddCategory(AddCategory(organization, offer.parent.c_str(), offer.title.c_str()),
+                                                 offer.category.c_str(), offer.title.c_str());
+    for (const auto& [id, href] : offer.activities) {
         AddActivity(category, id.c_str(), href.c_str(), (L"Title of " + id).c_str());
         if (href.find(L"..") == std::wstring::npos && href[0] != L'/')
-            EXPECT_TRUE(WriteFile(folder + "/" + N(href.c_str()), N(href.c_str()) + "@" + N(spec.id.c_str())));
+            EXPECT_TRUE(WriteFile(folder + "/" + N(href.c_str()), N(href.c_str()) + "@" + N(offer.id.c_str())));
     }
     EXPECT_EQ(S_OK, CGalleryManifestIO::Save(manifest, W(folder + "/imsmanifest.xml").GetString(), false));
     return folder;
