@@ -80,7 +80,7 @@ void CGalleryMergeIndex::Rebuild(ListTable& table, const ListView& list)
 
 CGalleryObject* CGalleryMergeIndex::Confirm(const ListTable& table, const ListView& list, const wchar_t* identifier)
 {
-    const auto found = table.entries.find(identifier);
+    const auto found = table.entries.find(std::wstring_view(identifier));
     if (found == table.entries.end()) {
         return nullptr;
     }

@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 struct CGalleryManifest;
@@ -65,6 +67,13 @@ private:
         std::uint32_t position;
     };
 
+    // Looks identifiers up as they stand, without making a string of each one first.
+    struct TextHash
+    {
+        using is_transparent = void;
+        std::size_t operator()(std::wstring_view text) const { return std::hash<std::wstring_view>()(text); }
+    };
+
     struct ListTable
     {
         bool built = false;
@@ -74,7 +83,7 @@ private:
         const CGalleryObject* last = nullptr;
         std::uint32_t firstHash = 0;
         std::uint32_t lastHash = 0;
-        std::unordered_map<std::wstring, Entry> entries;
+        std::unordered_map<std::wstring, Entry, TextHash, std::equal_to<>> entries;
     };
 
     CGalleryObject* FindObject(const ListView& list, const wchar_t* identifier);
