@@ -104,12 +104,7 @@ HRESULT LanguageStringBlock::Add(const wchar_t* key, const wchar_t* value)
     BlockBuilder builder;
     builder.AddPairsOf(GetData());
     builder.AddPair(key, value);
-    const wchar_t* replacement = builder.Finish();
-    if (!replacement)
-        return E_OUTOFMEMORY;
-    Clear();
-    m_data = replacement;
-    return S_OK;
+    return Adopt(builder.Finish());
 }
 
 void LanguageStringBlock::Clear()
@@ -141,17 +136,21 @@ const wchar_t* LanguageStringBlock::GetValue(int index) const
     return ValueOf(GetKey(index));
 }
 
-HRESULT LanguageStringBlock::Remove(int index)
+HRESULT LanguageStringBlock::Adopt(const wchar_t* replacement)
 {
-    const wchar_t* removed = GetKey(index);
-    BlockBuilder builder;
-    builder.AddPairsOf(GetData(), removed);
-    const wchar_t* replacement = builder.Finish();
     if (!replacement)
         return E_OUTOFMEMORY;
     Clear();
     m_data = replacement;
     return S_OK;
+}
+
+HRESULT LanguageStringBlock::Remove(int index)
+{
+    const wchar_t* removed = GetKey(index);
+    BlockBuilder builder;
+    builder.AddPairsOf(GetData(), removed);
+    return Adopt(builder.Finish());
 }
 
 HRESULT LanguageStringBlock::Append(const LanguageStringBlock& other)
@@ -161,12 +160,7 @@ HRESULT LanguageStringBlock::Append(const LanguageStringBlock& other)
     BlockBuilder builder;
     builder.AddPairsOf(GetData());
     builder.AddPairsOf(other.GetData());
-    const wchar_t* replacement = builder.Finish();
-    if (!replacement)
-        return E_OUTOFMEMORY;
-    Clear();
-    m_data = replacement;
-    return S_OK;
+    return Adopt(builder.Finish());
 }
 
 HRESULT LanguageStringBlock::CopyFrom(const LanguageStringBlock& other)

@@ -76,6 +76,10 @@ struct LanguageStringBlock
         const LanguageStringBlock* m_versions;
         const wchar_t* m_minimumVersion;
     };
+
+private:
+    // Puts a freshly built text in place of the current one; E_OUTOFMEMORY when the build failed.
+    HRESULT Adopt(const wchar_t* replacement);
 };
 
 // Compares dotted numeric versions part by part ("1.10" after "1.9"); missing parts are 0.
