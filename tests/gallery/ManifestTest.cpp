@@ -245,17 +245,24 @@ TEST(ManifestOpenTest, ReadOnlyFileMakesEveryOrganizationReadOnly)
         EXPECT_TRUE(manifest.GetOrganizations()->GetAt(i)->m_readOnly);
 }
 
-TEST(ManifestContainerTest, GalleryArchiveRoundTripAndCleanUp)
+// The sample tree saved into a new folder beside its content files, and opened from there.
+std::string OpenSampleFolder(const std::string& name, CGalleryManifest& opened)
 {
-    const std::string source = MakeScratchDir("archive-source");
-    ASSERT_TRUE(WriteFile(source + "/lion.png", "LION"));
-    ASSERT_TRUE(WriteFile(source + "/sea/whale.png", "WHALE"));
-    ASSERT_TRUE(WriteFile(source + "/france.svg", "FRANCE"));
+    const std::string source = MakeScratchDir(name);
+    EXPECT_TRUE(WriteFile(source + "/lion.png", "LION"));
+    EXPECT_TRUE(WriteFile(source + "/sea/whale.png", "WHALE"));
+    EXPECT_TRUE(WriteFile(source + "/france.svg", "FRANCE"));
     CGalleryManifest sample;
     BuildSample(sample);
-    ASSERT_EQ(S_OK, CGalleryManifestIO::Save(sample, W(source + "/imsmanifest.xml").GetString(), false));
+    EXPECT_EQ(S_OK, CGalleryManifestIO::Save(sample, W(source + "/imsmanifest.xml").GetString(), false));
+    EXPECT_EQ(S_OK, CGalleryManifestIO::Open(opened, W(source).GetString(), nullptr, false));
+    return source;
+}
+
+TEST(ManifestContainerTest, GalleryArchiveRoundTripAndCleanUp)
+{
     CGalleryManifest saved;
-    ASSERT_EQ(S_OK, CGalleryManifestIO::Open(saved, W(source).GetString(), nullptr, false));
+    const std::string source = OpenSampleFolder("archive-source", saved);
 
     const std::string target = MakeScratchDir("archive-target") + "/pack.gallery";
     ASSERT_EQ(S_OK, CGalleryManifestIO::Save(saved, W(target).GetString(), false));
@@ -274,15 +281,8 @@ TEST(ManifestContainerTest, GalleryArchiveRoundTripAndCleanUp)
 
 TEST(ManifestContainerTest, SaveToNewFolderBringsTheContentFiles)
 {
-    const std::string source = MakeScratchDir("folder-source");
-    ASSERT_TRUE(WriteFile(source + "/lion.png", "LION"));
-    ASSERT_TRUE(WriteFile(source + "/sea/whale.png", "WHALE"));
-    ASSERT_TRUE(WriteFile(source + "/france.svg", "FRANCE"));
-    CGalleryManifest sample;
-    BuildSample(sample);
-    ASSERT_EQ(S_OK, CGalleryManifestIO::Save(sample, W(source + "/imsmanifest.xml").GetString(), false));
     CGalleryManifest opened;
-    ASSERT_EQ(S_OK, CGalleryManifestIO::Open(opened, W(source).GetString(), nullptr, false));
+    const std::string source = OpenSampleFolder("folder-source", opened);
 
     const std::string target = MakeScratchDir("folder-target") + "/copy";
     ASSERT_EQ(S_OK, CGalleryManifestIO::Save(opened, W(target).GetString(), false));
