@@ -143,21 +143,26 @@ size_t CZipFileHeader::ReadCentral(const unsigned char* record, size_t available
     return total;
 }
 
+void CZipFileHeader::PutSharedFields(unsigned char* at, std::size_t extraLength) const
+{
+    Put16(at, m_uVersionNeeded);
+    Put16(at + 2, m_uFlag);
+    Put16(at + 4, m_uMethod);
+    Put16(at + 6, m_uModTime);
+    Put16(at + 8, m_uModDate);
+    Put32(at + 10, m_uCrc32);
+    Put32(at + 14, m_uComprSize);
+    Put32(at + 18, m_uUncomprSize);
+    Put16(at + 22, uint16_t(m_fileName.size()));
+    Put16(at + 24, uint16_t(extraLength));
+}
+
 void CZipFileHeader::WriteCentral(std::string& out) const
 {
     unsigned char fixed[kCentralHeaderSize];
     Put32(fixed, kCentralHeaderSignature);
     Put16(fixed + 4, m_uVersionMadeBy);
-    Put16(fixed + 6, m_uVersionNeeded);
-    Put16(fixed + 8, m_uFlag);
-    Put16(fixed + 10, m_uMethod);
-    Put16(fixed + 12, m_uModTime);
-    Put16(fixed + 14, m_uModDate);
-    Put32(fixed + 16, m_uCrc32);
-    Put32(fixed + 20, m_uComprSize);
-    Put32(fixed + 24, m_uUncomprSize);
-    Put16(fixed + 28, uint16_t(m_fileName.size()));
-    Put16(fixed + 30, uint16_t(m_centralExtra.size()));
+    PutSharedFields(fixed + 6, m_centralExtra.size());
     Put16(fixed + 32, uint16_t(m_comment.size()));
     Put16(fixed + 34, m_uDiskStart);
     Put16(fixed + 36, m_uInternalAttr);
@@ -175,16 +180,7 @@ void CZipFileHeader::WriteLocal(CZipAbstractFile& file)
     std::string bytes(kLocalHeaderSize, '\0');
     auto* fixed = reinterpret_cast<unsigned char*>(bytes.data());
     Put32(fixed, kLocalHeaderSignature);
-    Put16(fixed + 4, m_uVersionNeeded);
-    Put16(fixed + 6, m_uFlag);
-    Put16(fixed + 8, m_uMethod);
-    Put16(fixed + 10, m_uModTime);
-    Put16(fixed + 12, m_uModDate);
-    Put32(fixed + 14, m_uCrc32);
-    Put32(fixed + 18, m_uComprSize);
-    Put32(fixed + 22, m_uUncomprSize);
-    Put16(fixed + 26, uint16_t(m_fileName.size()));
-    Put16(fixed + 28, uint16_t(extra.size()));
+    PutSharedFields(fixed + 4, extra.size());
     bytes += m_fileName;
     bytes += extra;
     file.Write(bytes.data(), bytes.size());

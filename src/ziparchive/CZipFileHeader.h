@@ -70,6 +70,8 @@ public:
 private:
     bool FindUnixTime(time_t& modified) const;
     std::string MakeLocalExtra() const;
+    // The run both headers share, from "version needed" to the extra field's length (26 bytes).
+    void PutSharedFields(unsigned char* at, std::size_t extraLength) const;
 
     bool m_hasUnixTime = false;
     time_t m_unixTime = 0;
