@@ -10,6 +10,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev
   zip unzip libarchive-tools p7zip-full python3 tinyproxy curl
   clang libclang-rt-14-dev
+  xvfb xauth xdotool x11-utils ccache
 )
 
 missing=()
