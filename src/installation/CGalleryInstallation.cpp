@@ -169,7 +169,21 @@ bool CGalleryInstallation::IsHostileName(const CAtlString& name)
 void CGalleryInstallation::Report(eGalleryInstallationProgress stage, CGalleryCategory* category,
                                   const wchar_t* item, int percent, int overall)
 {
+    if (stage == eGalleryInstallationProgressFailed)
+    {
+        if (!m_failureReason.IsEmpty())
+            m_observer.FailureReason(category, item, m_failureReason);
+        m_failureReason.Empty();
+    }
+    else if (percent == 0)
+        m_failureReason.Empty();  // a new item begins: an earlier, forgiven reason is not its own
     m_observer.Progress(stage, category, item, percent, overall);
+}
+
+void CGalleryInstallation::NoteFailureReason(const CAtlString& reason)
+{
+    if (m_failureReason.IsEmpty())
+        m_failureReason = reason;
 }
 
 CZoltaDirectoryPath CGalleryInstallation::UninstallFolder() const

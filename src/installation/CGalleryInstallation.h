@@ -88,6 +88,8 @@ private:
     CZoltaDirectoryPath UninstallFolder() const;
     void Report(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
                 int overall);
+    // Keeps the first reason given since the last Failed event; that event carries it out.
+    void NoteFailureReason(const CAtlString& reason);
 
     // Run steps.
     int CountSteps(bool isUrl) const;
@@ -117,6 +119,7 @@ private:
     bool m_manifestsChanged = false;
     CZoltaDirectoryPath m_installDirectory;
     RunJournal m_journal;
+    CAtlString m_failureReason;
 };
 
 // The string packages of a category in the order to apply them: all its languages, or with

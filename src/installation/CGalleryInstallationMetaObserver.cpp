@@ -17,6 +17,13 @@ void CGalleryInstallationMetaObserver::Progress(eGalleryInstallationProgress sta
         m_target->Progress(stage, category, item, percent, overall);
 }
 
+void CGalleryInstallationMetaObserver::FailureReason(CGalleryCategory* category, const wchar_t* item,
+                                                     const wchar_t* reason)
+{
+    if (m_target)
+        m_target->FailureReason(category, item, reason);
+}
+
 void CGalleryInstallationMetaObserver::ReadProgress(unsigned int done, unsigned int total)
 {
     long double percent = 0;

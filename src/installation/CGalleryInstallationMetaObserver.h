@@ -22,6 +22,7 @@ public:
 
     void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
                   int overall);
+    void FailureReason(CGalleryCategory* category, const wchar_t* item, const wchar_t* reason);
     // Bytes of the running fetch.
     void ReadProgress(unsigned int done, unsigned int total) override;
 

@@ -24,4 +24,7 @@ public:
     // `overall` (of the whole run) run from 0 to 100.
     virtual void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item,
                           int percent, int overall) = 0;
+    // Why `item` failed, told just before its Failed event when the engine knows the reason
+    // (a refused name, a damaged archive, a full disk, an HTTP status). Plain words, English.
+    virtual void FailureReason(CGalleryCategory* category, const wchar_t* item, const wchar_t* reason) {}
 };
