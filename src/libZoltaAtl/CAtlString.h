@@ -163,15 +163,8 @@ public:
     friend void CopyElements(CAtlString* pDest, const CAtlString* pSrc, int nCount);
 
 private:
-    void Init();
-    void AssignCopy(int nSrcLen, const wchar_t* lpszSrcData);
-    void ConcatCopy(int nSrc1Len, const wchar_t* lpszSrc1Data, int nSrc2Len, const wchar_t* lpszSrc2Data);
-    void AllocCopy(CAtlString& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const;
-    void AssignFromUtf8Bytes(const char* bytes, int nLength);
-    void SetLengthAndTerminate(int nLength);
-    void TrimLeftWhile(bool (*matches)(wchar_t, const void*), const void* context);
-    void TrimRightWhile(bool (*matches)(wchar_t, const void*), const void* context);
-    static wchar_t* FormatToNewBuffer(const wchar_t* format, va_list args);
+    // The shared algorithms of both string classes work on the block directly.
+    friend struct zolta_detail::StringCore<CAtlString>;
 
     wchar_t* m_pchData;
 };

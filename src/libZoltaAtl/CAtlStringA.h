@@ -15,6 +15,11 @@
 
 class CAtlString;
 
+namespace zolta_detail {
+template <class String>
+struct StringCore;
+}
+
 // Header in front of the characters of every block. nRefs -1 marks a locked buffer or the
 // shared empty block.
 struct CAtlStringAData {
@@ -154,15 +159,8 @@ public:
     friend void CopyElements(CAtlStringA* pDest, const CAtlStringA* pSrc, int nCount);
 
 private:
-    void Init();
-    void AssignCopy(int nSrcLen, const char* lpszSrcData);
-    void AssignNarrowed(int nSrcLen, const wchar_t* lpszSrcData);
-    void ConcatCopy(int nSrc1Len, const char* lpszSrc1Data, int nSrc2Len, const char* lpszSrc2Data);
-    void AllocCopy(CAtlStringA& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const;
-    void SetLengthAndTerminate(int nLength);
-    void TrimLeftWhile(bool (*matches)(char, const void*), const void* context);
-    void TrimRightWhile(bool (*matches)(char, const void*), const void* context);
-    static char* FormatToNewBuffer(const char* caFormat, va_list args);
+    // The shared algorithms of both string classes work on the block directly.
+    friend struct zolta_detail::StringCore<CAtlStringA>;
 
     char* m_pchData;
 };
