@@ -10,15 +10,13 @@
 #include "GalleryLibrary.h"
 #include "GalleryPlaces.h"
 #include "ManifestLock.h"
+#include "Trace.h"
 
 #include <QStringList>
 
 #include <new>
 
 namespace {
-
-// Diagnostic lines of the library go nowhere.
-void Trace(const wchar_t*, ...) {}
 
 const wchar_t kCancelling[] = L"CGallery::Initialize : cancelling...\n";
 

@@ -3,6 +3,7 @@
 #include "CGalleryManifest.h"
 #include "GalleryPlaces.h"
 #include "GalleryText.h"
+#include "Trace.h"
 
 #include <QString>
 
@@ -28,9 +29,6 @@ bool SetModificationTime(const CZoltaFilePath& path, std::int64_t seconds)
     times.modtime = static_cast<time_t>(seconds);
     return ::utime(ToFileSystemEncoding(path.GetPath()).constData(), &times) == 0;
 }
-
-// Diagnostic lines of the library go nowhere.
-void Trace(const wchar_t*, ...) {}
 
 }  // namespace
 
