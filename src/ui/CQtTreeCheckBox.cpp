@@ -27,6 +27,12 @@ void CQtTreeCheckBox::SetItem(QTreeWidgetItem* item, int column)
 {
     m_item = item;
     m_column = column;
+    if (!m_item)
+        return;
+    // The mark is shown, not handed to the view: a click on it must reach the controller once,
+    // not also flip the mark on its own.
+    m_item->setFlags(m_item->flags() & ~(Qt::ItemIsUserCheckable | Qt::ItemIsAutoTristate));
+    m_enabled = m_item->flags().testFlag(Qt::ItemIsEnabled);
 }
 
 void CQtTreeCheckBox::SetText(const CAtlString& text)
@@ -37,15 +43,20 @@ void CQtTreeCheckBox::SetText(const CAtlString& text)
 
 bool CQtTreeCheckBox::IsEnabled() const
 {
-    return !m_item || m_item->flags().testFlag(Qt::ItemIsEnabled);
+    if (!m_item || m_item->flags().testFlag(Qt::ItemIsEnabled))
+        return true;
+    // A row under a disabled parent shows disabled whatever its own setting; its own setting is
+    // what decides, or a parent could never be enabled again by its children.
+    const QTreeWidgetItem* parent = m_item->parent();
+    return m_enabled && parent && !parent->flags().testFlag(Qt::ItemIsEnabled);
 }
 
 void CQtTreeCheckBox::SetEnabled(bool enabled)
 {
-    if (!m_item || IsEnabled() == enabled)
-        return;
+    m_enabled = enabled;
     // setFlags announces the change to the model, and the view repaints the row.
-    m_item->setFlags(m_item->flags().setFlag(Qt::ItemIsEnabled, enabled));
+    if (m_item)
+        m_item->setFlags(m_item->flags().setFlag(Qt::ItemIsEnabled, enabled));
 }
 
 bool CQtTreeCheckBox::IsVisible() const

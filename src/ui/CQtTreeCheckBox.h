@@ -42,4 +42,5 @@ protected:
     QTreeWidgetItem* m_item = nullptr;
     int m_column = 0;
     bool m_triState = false;
+    bool m_enabled = true;  // the row's own setting, which a disabled parent hides
 };
