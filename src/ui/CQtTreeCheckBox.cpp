@@ -68,9 +68,10 @@ void CQtTreeCheckBox::SetVisible(bool visible)
 {
     if (!m_item || !m_item->treeWidget())
         return;
+    const bool wasHidden = m_item->isHidden();
     m_item->setHidden(!visible);
     QTreeWidgetItem* parent = m_item->parent();
-    if (visible && parent && parent->treeWidget())
+    if (visible && wasHidden && parent && parent->treeWidget())
     {
         // Collapsing and expanding the parent makes the view lay out the row that came back.
         parent->setExpanded(false);

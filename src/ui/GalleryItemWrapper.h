@@ -23,7 +23,7 @@ public:
     int GetAction() const;
     // Stores a different action and announces it; an equal one does nothing.
     void SetAction(int action, CContentChooserCheckBox* initiator);
-    // Bytes on disk.
+    // Bytes on disk, and files on disk, as the categories document gives them.
     unsigned int GetDiskSize() const;
     unsigned int GetFileCount() const;
 
