@@ -34,6 +34,14 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
     environment = MakeEnvironment(context, configuration);
 
     CZoltaDirectoryPath destination(context.destination);
+    // A folder of the user's own files is no place for a gallery: refused before anything is written.
+    CAtlString problem;
+    if (!CInstallationController::CheckDestination(
+            destination.IsEmpty() ? configuration->DefaultInstallDirectory() : destination, problem))
+    {
+        PrintErr(CAtlStringA(problem.GetString()));
+        return false;
+    }
     if (!destination.IsEmpty())
     {
         if (!CreateDestination(context.destination, some ? "Could not create destination directory "
@@ -80,7 +88,7 @@ int CWorkFlow::InstallAll(const CCmdLineContext& context, Configuration configur
         return eFailure;
     return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->InstallAll(progress);
-    });
+    }, environment.controller.get());
 }
 
 int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configuration)
@@ -93,5 +101,5 @@ int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configu
         return eFailure;
     return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->InstallSome(ids, progress);
-    });
+    }, environment.controller.get());
 }
