@@ -34,14 +34,6 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
     environment = MakeEnvironment(context, configuration);
 
     CZoltaDirectoryPath destination(context.destination);
-    // A folder of the user's own files is no place for a gallery: refused before anything is written.
-    CAtlString problem;
-    if (!CInstallationController::CheckDestination(
-            destination.IsEmpty() ? configuration->DefaultInstallDirectory() : destination, problem))
-    {
-        PrintErr(CAtlStringA(problem.GetString()));
-        return false;
-    }
     if (!destination.IsEmpty())
     {
         if (!CreateDestination(context.destination, some ? "Could not create destination directory "
@@ -55,6 +47,13 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
     configuration->SetInstallDirectory(destination);
     if (!CheckWritableDestination(environment, false))
         return false;
+    // A folder of the user's own files is no place for a gallery: refused before anything is written.
+    CAtlString problem;
+    if (!CInstallationController::CheckDestination(destination, problem))
+    {
+        PrintErr(CAtlStringA(problem.GetString()));
+        return false;
+    }
 
     CInstallationController& controller = *environment.controller;
     if (!context.allowDownload)

@@ -258,8 +258,8 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
         bool temporary = false;
         HRESULT located_hr = Locate(GalleryCategoriesXml, nullptr, 0, located, temporary);
         // A document that doesn't parse (a cut transfer) never takes the place of a good copy.
-        if (SUCCEEDED(located_hr) && !IsCategoriesDocument(located))
-            located_hr = E_INVALIDARG;
+        if (SUCCEEDED(located_hr))
+            located_hr = CheckCategoriesDocument(located);
         // The stored copy is replaced whole or not at all; a run without it goes no further.
         if (SUCCEEDED(located_hr) && !ReplaceFileFrom(m_categoriesDocument, located))
         {
@@ -305,17 +305,17 @@ void CGalleryInstallation::RemoveLeftovers() const
     }
 }
 
-bool CGalleryInstallation::IsCategoriesDocument(const CZoltaFilePath& path)
+HRESULT CGalleryInstallation::CheckCategoriesDocument(const CZoltaFilePath& path)
 {
     QFile file(path.ToQString());
     if (!file.open(QIODevice::ReadOnly))
-        return false;
+        return E_INVALIDARG;
     const QByteArray bytes = file.readAll();
     tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
     if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
-        return false;
+        return E_INVALIDARG;
     const tinyxml2::XMLElement* root = document.RootElement();
-    return root && root->FirstChildElement("categories");
+    return root && root->FirstChildElement("categories") ? S_OK : E_FAIL;
 }
 
 void CGalleryInstallation::LoadInstalledRecords(CGalleryInstalledRecords& records) const

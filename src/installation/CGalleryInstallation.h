@@ -100,7 +100,9 @@ private:
 
     HRESULT ReadCategoriesDocument();
     void RemoveLeftovers() const;
-    static bool IsCategoriesDocument(const CZoltaFilePath& path);
+    // Whether a fetched or copied document can stand for the source: E_INVALIDARG when it does not
+    // parse (a cut transfer), E_FAIL without "categories".
+    static HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
     void RemoveUnlistedRecords(bool& anySucceeded);
     void LoadInstalledRecords(CGalleryInstalledRecords& records) const;
     CZoltaDirectoryPath UninstallFolder() const;
