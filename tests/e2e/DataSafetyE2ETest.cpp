@@ -101,12 +101,10 @@ std::string RawZip(const std::vector<RawEntry>& entries)
 class DataSafety : public E2EGallery
 {
 protected:
-    RunResult Install(const std::string& source, const std::vector<std::string>& more = {}) const
+    RunResult Install(const std::string& source) const
     {
-        std::vector<std::string> arguments{"--installall", "-configuration", m_collection, "-source", source,
-                                           "-destination", m_gallery, "-verbose"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return Curatool(arguments);
+        return Curatool({"--installall", "-configuration", m_collection, "-source", source, "-destination", m_gallery,
+                         "-verbose"});
     }
 
     RunResult Uninstall() const { return Curatool({"--uninstall", "-configuration", m_collection}); }
@@ -183,7 +181,7 @@ TEST_F(DataSafety, AFolderOfTheUsersFilesIsRefusedBeforeAnythingIsWritten)
 TEST_F(DataSafety, TheUsersFilesInAGalleryOutliveUpdatesStringPackagesAndTheUninstall)
 {
     // The sample source carries string packages, so its install rebuilds the manifest.
-    ASSERT_EQ(0, Install(m_source, {}).exitCode);
+    ASSERT_EQ(0, Install(m_source).exitCode);
     for (const auto& [name, bytes] : kUserFiles)
         ASSERT_TRUE(WriteFile(m_gallery + "/" + name, bytes));
     ASSERT_TRUE(WriteFile(m_gallery + "/map.png.keep", "mine"));
@@ -275,9 +273,7 @@ TEST_F(DataSafety, ADamagedOrHostilePackageFailsWholeAndTheRepairedOneInstalls)
     ExpectNoLeftovers();
 }
 
-class ServedDataSafety : public ServedGallery
-{
-};
+using ServedDataSafety = ServedGallery;
 
 TEST_F(ServedDataSafety, ACutCategoriesDocumentNeverReplacesTheStoredOne)
 {
