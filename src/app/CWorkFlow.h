@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+class CInstallationController;
 class CConfiguration;
 class CAtlStringA;
 class IGalleryInstallationObserver;
@@ -83,7 +84,10 @@ private:
                                  const char* nothingChosen, const char* complaint, std::vector<CAtlString>& ids);
     // Runs an engine step with the console's progress lines, then says "Done.": what the step
     // itself reports stays in those lines.
-    static int RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step);
+    // Prints "Done." and gives 0, unless the controller stopped before changing anything: then
+    // its problem goes to standard error and the result is 1.
+    static int RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step,
+                            const CInstallationController* controller = nullptr);
     // Makes the folder with its parents; on failure prints `complaint` and the path.
     static bool CreateDestination(const CAtlString& path, const char* complaint);
     static bool CheckWritableDestination(const CWorkFlowEnvironment& environment, bool gui);

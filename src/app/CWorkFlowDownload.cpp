@@ -47,6 +47,13 @@ bool CWorkFlow::PrepareDownload(const CCmdLineContext& context, const Configurat
         PrintErr("-destination not specified");
         return false;
     }
+    // A download writes its own "Uninstall" folder and then removes it: never in an installed gallery.
+    if (CInstallationController::HoldsInstalledGallery(CZoltaDirectoryPath(context.destination)))
+    {
+        PrintErr(CAtlStringA("The destination holds an installed gallery; choose another folder for the download: ") +
+                 CAtlStringA(context.destination.GetString()));
+        return false;
+    }
     if (!CreateDestination(context.destination, "Could not create destination directory "))
         return false;
     configuration->SetInstallDirectory(CZoltaDirectoryPath(context.destination));
@@ -75,7 +82,7 @@ int CWorkFlow::DownloadAll(const CCmdLineContext& context, Configuration configu
     return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->DownloadAll(progress);
         MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
-    });
+    }, environment.controller.get());
 }
 
 int CWorkFlow::DownloadSome(const CCmdLineContext& context, Configuration configuration)
@@ -89,5 +96,5 @@ int CWorkFlow::DownloadSome(const CCmdLineContext& context, Configuration config
     return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->DownloadSome(ids, progress);
         MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
-    });
+    }, environment.controller.get());
 }

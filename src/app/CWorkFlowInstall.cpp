@@ -47,6 +47,13 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
     configuration->SetInstallDirectory(destination);
     if (!CheckWritableDestination(environment, false))
         return false;
+    // A folder of the user's own files is no place for a gallery: refused before anything is written.
+    CAtlString problem;
+    if (!CInstallationController::CheckDestination(destination, problem))
+    {
+        PrintErr(CAtlStringA(problem.GetString()));
+        return false;
+    }
 
     CInstallationController& controller = *environment.controller;
     if (!context.allowDownload)
@@ -80,7 +87,7 @@ int CWorkFlow::InstallAll(const CCmdLineContext& context, Configuration configur
         return eFailure;
     return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->InstallAll(progress);
-    });
+    }, environment.controller.get());
 }
 
 int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configuration)
@@ -93,5 +100,5 @@ int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configu
         return eFailure;
     return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->InstallSome(ids, progress);
-    });
+    }, environment.controller.get());
 }

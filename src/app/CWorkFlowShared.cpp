@@ -101,11 +101,17 @@ bool CWorkFlow::SelectCategories(const CCmdLineContext& context, const CConfigur
     return true;
 }
 
-int CWorkFlow::RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step)
+int CWorkFlow::RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step,
+                            const CInstallationController* controller)
 {
     CLIProgress progress;
     progress.SetVerbose(context.verbose);
     step(&progress);
+    if (controller && !controller->GetProblem().IsEmpty())
+    {
+        PrintErr(CAtlStringA(controller->GetProblem().GetString()));
+        return eFailure;
+    }
     PrintOut("Done.");
     return eSuccess;
 }

@@ -16,8 +16,9 @@
 
 namespace {
 
-// What the engine's removal leaves of the gallery's own bookkeeping. Failures are not reported:
-// the categories themselves are already gone.
+// What the engine's removal leaves of the gallery's own bookkeeping. Only the gallery's own files
+// go, and of the folders only "Uninstall" and the gallery folder itself, each when empty: the
+// folders above belong to the user. Failures are not reported: the packages are already gone.
 void RemoveGalleryRecords(const CZoltaDirectoryPath& directory)
 {
     const CZoltaFilePath manifest = directory.GetFile(L"imsmanifest.xml");
@@ -25,10 +26,24 @@ void RemoveGalleryRecords(const CZoltaDirectoryPath& directory)
         manifest.Remove();
     CZoltaDirectoryPath uninstall = directory;
     uninstall.Append(L"Uninstall");
-    const CZoltaFilePath categories = uninstall.GetFile(CGalleryInstallation::GalleryCategoriesXml);
-    if (categories.Exists())
-        categories.Remove();
-    QDir().rmpath(uninstall.ToQString());
+    for (const wchar_t* name : {CGalleryInstallation::GalleryCategoriesXml, CGalleryInstallation::LockFileName})
+    {
+        const CZoltaFilePath file = uninstall.GetFile(name);
+        if (file.Exists())
+            file.Remove();
+    }
+    QDir().rmdir(uninstall.ToQString());
+    QDir().rmdir(directory.ToQString());
+}
+
+// Records still there after the removal: the gallery is not gone, and must stay known.
+bool HasRecords(const CZoltaDirectoryPath& directory)
+{
+    CZoltaDirectoryPath uninstall = directory;
+    uninstall.Append(L"Uninstall");
+    std::vector<CZoltaFilePath> records;
+    uninstall.ListFiles(L"imsmanifest*.xml", records);
+    return !records.empty();
 }
 
 }  // namespace
@@ -51,6 +66,15 @@ bool CWorkFlow::UninstallGallery(const CWorkFlowEnvironment& environment, IGalle
     }
 
     const CZoltaDirectoryPath directory = environment.controller->UninstallAll(observer);
+    // A gallery whose state can't be read keeps its registration, so that a later run can finish.
+    const CAtlString& problem = environment.controller->GetProblem();
+    if (!problem.IsEmpty() || HasRecords(directory))
+    {
+        const CAtlString why =
+            problem.IsEmpty() ? CAtlString(L"Some packages could not be removed from ") + directory.GetPath() : problem;
+        PrintErr(CAtlStringA(why.GetString()) + CAtlStringA("\nThe gallery stays registered."));
+        return false;
+    }
     configuration.RemoveStoredFiles();
     configuration.Unregister();
     configuration.Reset();

@@ -4,6 +4,7 @@
 #include "DisplayPlatform.h"
 #include "Output.h"
 #include "Qtfier.h"
+#include "RunTempFolder.h"
 #include "StartupSteps.h"
 
 #include <QApplication>
@@ -38,6 +39,8 @@ int RunWithLock(CApplicationFactory& factory)
         Output::Error(Output::eAnotherInstance, false);
         return 1;
     }
+    // Every temporary file of this run in one folder of its own, and those of killed runs gone.
+    const RunTempFolder runTemp;
 
     const int status = StartupSteps::InitializeGalleryLibrary();
     if (status != 0)

@@ -1,5 +1,7 @@
 #include "CConfiguration.h"
 
+#include "SafeReplace.h"
+
 #include "CollectionFolders.h"
 #include "ConfigurationText.h"
 #include "SystemLocation.h"
@@ -146,11 +148,10 @@ bool CConfiguration::WriteConfigurationXml(const CAtlString& file) const
     root->InsertEndChild(gallery);
     m_gallery->Write(*gallery);
 
-    FILE* output = OpenFile(file, "wb");
-    if (!output)
-        return false;
-    const bool saved = document.SaveFile(output) == tinyxml2::XML_SUCCESS;
-    return (std::fclose(output) == 0) && saved;
+    // A failed write (a full disk) keeps the stored copy that was there.
+    return ReplaceFileWith(CZoltaFilePath(file), [&document](FILE* output) {
+        return document.SaveFile(output) == tinyxml2::XML_SUCCESS;
+    });
 }
 
 bool CConfiguration::OpenCollectionFile(const CAtlString& file)

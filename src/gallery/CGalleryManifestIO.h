@@ -5,6 +5,8 @@
 #include "CZoltaFilePath.h"
 #include "ZoltaResult.h"
 
+#include <vector>
+
 class IGalleryManifestOpenObserver;
 class IZOLTAXMLWriter;
 struct CGalleryFolder;
@@ -24,15 +26,16 @@ public:
     // taken from the cache with `useCache`. Anything else: the binary reader. Afterwards a
     // manifest whose file can't be opened for update has all organizations read-only.
     // S_OK; S_FALSE when there is no file (the manifest stays empty, its path set); a failure
-    // code otherwise (E_INVALIDARG for a null path). A failed extraction gives S_OK and an
-    // empty manifest.
+    // code otherwise (E_INVALIDARG for a null path). An archive that can't be extracted whole
+    // gives E_FAIL: part of a package is no package.
     static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path, IGalleryManifestOpenObserver* observer,
                         bool useCache);
 
     // A folder (existing, or a new path without extension): created, "imsmanifest.xml" saved
     // into it and the content files copied there. ".gallery": packed from a temporary folder.
     // ".xbc": saved as a temporary ".gallery" and converted. ".xml": written under the manifest
-    // lock through "imsmanifest_temp.xml", then copied onto the target; with `refreshCache` the
+    // lock to a hidden file beside the target, synced and renamed onto it (a failed write keeps
+    // the old document and leaves nothing behind); with `refreshCache` the
     // cache follows unless the manifest is a temporary extraction. Anything else: the binary
     // writer. The manifest's own path does not change.
     static HRESULT Save(CGalleryManifest& manifest, const wchar_t* path, bool refreshCache);
@@ -47,11 +50,21 @@ public:
     // E_INVALIDARG for a null `other`, E_FAIL when a file can't be copied (an href that would
     // leave the gallery folder counts as such and is never touched). `outFirstItem`, if given,
     // receives the first root category of the last organization merged.
-    static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other, CGalleryFolder** outFirstItem);
+    // The package goes in whole or not at all: every file is checked and copied beside its
+    // target before the record is written and the files take their places. A file that no
+    // record lists (the user's) is never replaced: it fails the package. `reason`, if given,
+    // receives why a package failed.
+    static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other, CGalleryFolder** outFirstItem,
+                             CAtlString* reason = nullptr);
 
     // Builds the manifest anew from the install records after one was removed, saves it, and
-    // deletes the files of the gallery folder that the new tree no longer refers to.
-    static HRESULT RebuildFromInstalled(CGalleryManifest& manifest);
+    // deletes the files that the old tree (or a `released` file, as full paths) referred to and
+    // the new tree no longer does. No other file of the folder is ever deleted.
+    static HRESULT RebuildFromInstalled(CGalleryManifest& manifest, const std::vector<CAtlString>& released = {});
+
+    // Appends the gallery paths of the content files that `record` lists.
+    static HRESULT CollectRecordFiles(const CGalleryManifest& manifest, const CZoltaFilePath& record,
+                                      std::vector<CAtlString>& files);
 
     // Writes the whole document (declaration included) through `writer`.
     static HRESULT WriteDocument(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);

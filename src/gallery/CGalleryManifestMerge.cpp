@@ -10,6 +10,12 @@
 #include "GalleryText.h"
 #include "LomMetadata.h"
 #include "ManifestLock.h"
+#include "SafeReplace.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 
 #include <string>
 #include <unordered_set>
@@ -173,11 +179,140 @@ std::unordered_set<std::wstring> ReferencedFiles(const CGalleryManifest& manifes
 
 }  // namespace
 
+namespace {
+
+// One content file of a package on its way into the gallery.
+struct StagedFile
+{
+    CZoltaFilePath source;
+    CZoltaFilePath target;
+    CZoltaFilePath staged;  // the copy beside the target, renamed onto it once all are there
+};
+
+// The gallery files that records list: those of the package's own earlier record first, the
+// whole merged tree only when that does not settle it.
+class OwnedFiles
+{
+public:
+    OwnedFiles(const CGalleryManifest& gallery, const CZoltaFilePath& oldRecord, const CZoltaDirectoryPath& folder)
+        : m_gallery(gallery), m_oldRecord(oldRecord), m_folder(folder)
+    {
+    }
+
+    bool Contains(const CZoltaFilePath& file)
+    {
+        const std::wstring key = NormalizeContentPath(file.GetPath()).GetString();
+        if (!m_recordRead) {
+            m_recordRead = true;
+            if (m_oldRecord.Exists()) {
+                CGalleryManifest record;
+                if (SUCCEEDED(CGalleryManifestIO::Open(record, m_oldRecord.GetPath().GetString(), nullptr, false))) {
+                    m_record = ReferencedFiles(record, m_folder);
+                }
+                CGalleryManifestIO::Close(record);
+            }
+        }
+        if (m_record.count(key) != 0) {
+            return true;
+        }
+        if (!m_treeRead) {
+            m_treeRead = true;
+            m_tree = ReferencedFiles(m_gallery, m_folder);
+        }
+        return m_tree.count(key) != 0;
+    }
+
+private:
+    const CGalleryManifest& m_gallery;
+    CZoltaFilePath m_oldRecord;
+    CZoltaDirectoryPath m_folder;
+    bool m_recordRead = false;
+    bool m_treeRead = false;
+    std::unordered_set<std::wstring> m_record;
+    std::unordered_set<std::wstring> m_tree;
+};
+
+void RemoveStaged(const std::vector<StagedFile>& files)
+{
+    for (const StagedFile& file : files) {
+        file.staged.Remove();
+    }
+}
+
+void Tell(CAtlString* reason, const CAtlString& text)
+{
+    if (reason && reason->IsEmpty()) {
+        *reason = text;
+    }
+}
+
+// Checks every content file of the package and copies each beside its target, touching nothing
+// of the gallery: a package goes in whole or not at all. Only a file that a record lists is
+// ever replaced; a file of the user's that stands in the way stops the package.
+HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectoryPath& from,
+                          const CZoltaDirectoryPath& to, OwnedFiles& owned, std::vector<StagedFile>& staged,
+                          CAtlString* reason)
+{
+    std::vector<StagedFile> files;
+    std::unordered_set<std::wstring> seen;
+    HRESULT result = S_OK;
+    ForEachActivity(package, [&](CGalleryActivity& activity) {
+        const wchar_t* href = activity.m_href;
+        if (!IsContentHrefSafe(href) || !IsPathInside(GetContentPath(to, href).GetFolder().GetPath(), to.GetPath())) {
+            Tell(reason, CAtlString(L"the package names a file outside its place: ") + CAtlString(href));
+            result = E_FAIL;
+            return false;
+        }
+        StagedFile file{GetContentPath(from, href), GetContentPath(to, href), CZoltaFilePath()};
+        if (!file.source.Exists()) {
+            Tell(reason, CAtlString(L"the package lacks its file ") + CAtlString(href));
+            result = E_FAIL;
+            return false;
+        }
+        if ((file.target.Exists() || file.target.IsFolder()) && !owned.Contains(file.target)) {
+            Tell(reason, CAtlString(L"a file that is not part of the gallery is in the way: ") + file.target.GetPath());
+            result = E_FAIL;
+            return false;
+        }
+        if (file.source.IsSameFile(file.target) ||
+            !seen.insert(NormalizeContentPath(file.target.GetPath()).GetString()).second) {
+            return true;  // already in place, or named twice
+        }
+        file.staged = ReplacementFileFor(file.target);
+        files.push_back(file);
+        return true;
+    });
+    for (StagedFile& file : files) {
+        if (FAILED(result)) {
+            break;
+        }
+        const CZoltaDirectoryPath folder = file.target.GetFolder();
+        if (!folder.Create() || !file.source.CopyTo(file.staged)) {
+            Tell(reason, CAtlString(L"could not write ") + file.target.GetPath() + L" (" +
+                             CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
+            result = E_FAIL;
+        }
+    }
+    if (FAILED(result)) {
+        RemoveStaged(files);
+        return result;
+    }
+    staged = std::move(files);
+    return S_OK;
+}
+
+}  // namespace
+
 HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other,
-                                      CGalleryFolder** outFirstItem)
+                                      CGalleryFolder** outFirstItem, CAtlString* reason)
 {
     if (!other) {
         return E_INVALIDARG;
+    }
+    // Without an identifier the package has no record of its own to be removed by later.
+    if (IsBlankText(other->GetIdentifier())) {
+        Tell(reason, CAtlString(L"the package has no identifier"));
+        return E_FAIL;
     }
     const CZoltaDirectoryPath uninstall = GetUninstallFolder(manifest);
     if (uninstall.IsEmpty() || !uninstall.Create()) {
@@ -185,14 +320,33 @@ HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManife
     }
     const CZoltaFilePath record = GetInstallRecordPath(uninstall, other->GetIdentifier());
     const bool replaced = record.Exists();
-    if (replaced) {
-        record.Remove();
+    const CZoltaDirectoryPath folder = GetFolder(manifest);
+    OwnedFiles owned(manifest, record, folder);
+    std::vector<StagedFile> staged;
+    HRESULT result = StageContentFiles(*other, GetFolder(*other), folder, owned, staged, reason);
+    if (FAILED(result)) {
+        return result;
     }
-    if (!CZoltaFilePath(CAtlString(other->GetPath())).CopyTo(record)) {
+    // The record first: a run killed from here on is completed by the journal, which knows it.
+    if (!ReplaceFileFrom(record, CZoltaFilePath(CAtlString(other->GetPath())))) {
+        Tell(reason, CAtlString(L"could not write ") + record.GetPath() + L" (" +
+                         CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
+        RemoveStaged(staged);
         return E_FAIL;
     }
-    HRESULT result = CopyContentFiles(*other, GetFolder(*other), GetFolder(manifest));
+    for (const StagedFile& file : staged) {
+        std::error_code error;
+        const std::filesystem::path target(ToFileSystemEncoding(file.target.GetPath()).toStdString());
+        if (std::filesystem::is_symlink(std::filesystem::symlink_status(target, error))) {
+            std::filesystem::remove(target, error);  // a link at the target goes, not what it points at
+        }
+        if (std::rename(ToFileSystemEncoding(file.staged.GetPath()).constData(),
+                        ToFileSystemEncoding(file.target.GetPath()).constData()) != 0) {
+            result = E_FAIL;
+        }
+    }
     if (FAILED(result)) {
+        RemoveStaged(staged);
         return result;
     }
     const std::shared_ptr<CGalleryMergeIndex> index = CGalleryMergeIndex::ForManifest(manifest);
@@ -205,7 +359,21 @@ HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManife
     return replaced ? S_GALLERY_RECORD_REPLACED : S_OK;
 }
 
-HRESULT CGalleryManifestIO::RebuildFromInstalled(CGalleryManifest& manifest)
+HRESULT CGalleryManifestIO::CollectRecordFiles(const CGalleryManifest& manifest, const CZoltaFilePath& record,
+                                               std::vector<CAtlString>& files)
+{
+    CGalleryManifest installed;
+    const HRESULT result = Open(installed, record.GetPath().GetString(), nullptr, false);
+    if (SUCCEEDED(result)) {
+        for (const std::wstring& file : ReferencedFiles(installed, GetFolder(manifest))) {
+            files.push_back(CAtlString(file.c_str()));
+        }
+    }
+    Close(installed);
+    return result;
+}
+
+HRESULT CGalleryManifestIO::RebuildFromInstalled(CGalleryManifest& manifest, const std::vector<CAtlString>& released)
 {
     const CZoltaDirectoryPath folder = GetFolder(manifest);
     if (folder.IsEmpty()) {
@@ -239,8 +407,12 @@ HRESULT CGalleryManifestIO::RebuildFromInstalled(CGalleryManifest& manifest)
     }
     const CZoltaFilePath manifestFile(CAtlString(manifest.GetPath()));
     const std::unordered_set<std::wstring> referenced = ReferencedFiles(rebuilt, folder);
-    std::vector<CZoltaFilePath> listing;
-    folder.ListFiles(L"*.*", listing);
+    // Only files that a record listed may go: those of the tree as it stood, and those of records
+    // dropped since. A file no record ever named (the user's own) is never touched.
+    std::unordered_set<std::wstring> candidates = ReferencedFiles(manifest, folder);
+    for (const CAtlString& file : released) {
+        candidates.insert(NormalizeContentPath(file).GetString());
+    }
 
     // The new tree and metadata take the place of the old; the old go with `rebuilt`.
     SwapOrganizations(manifest, rebuilt);
@@ -252,13 +424,14 @@ HRESULT CGalleryManifestIO::RebuildFromInstalled(CGalleryManifest& manifest)
         return result;
     }
     manifest.SetModified(false);
-    for (const CZoltaFilePath& file : listing) {
-        if (file.IsSameFile(manifestFile)) {
+    const CAtlString bookkeeping = GetUninstallFolder(manifest).GetPath();
+    for (const std::wstring& name : candidates) {
+        const CZoltaFilePath file{CAtlString(name.c_str())};
+        if (referenced.count(name) != 0 || file.IsSameFile(manifestFile) ||
+            IsPathInside(file.GetPath(), bookkeeping) || !IsPathInside(file.GetFolder().GetPath(), folder.GetPath())) {
             continue;
         }
-        if (referenced.count(NormalizeContentPath(file.GetPath()).GetString()) == 0) {
-            file.Remove();
-        }
+        file.Remove();
     }
     return S_OK;
 }

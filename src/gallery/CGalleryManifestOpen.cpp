@@ -66,8 +66,10 @@ HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGallery
     if (FAILED(result)) {
         return result;
     }
+    // A package that can't be extracted whole is no package: installing part of it would leave
+    // files its record does not describe, or a record without its files.
     if (!ZipExtractAll(CZoltaFilePath(path), folder)) {
-        return S_OK;
+        return E_FAIL;
     }
     return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
 }

@@ -6,6 +6,7 @@
 #include "IZOLTAXMLWriter.h"
 #include "ManifestCacheSeam.h"
 #include "ManifestLock.h"
+#include "SafeReplace.h"
 #include "ZipHelpers.h"
 
 #include <sys/stat.h>
@@ -74,7 +75,8 @@ HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refre
 {
     CManifestLockHolder lock;
     const CZoltaFilePath target(path);
-    const CZoltaFilePath temporary = target.GetFolder().GetUniqueFile(L"imsmanifest_temp", L".xml");
+    // Beside the target under a hidden name, so that no listing of records or content sees it.
+    const CZoltaFilePath temporary = ReplacementFileFor(target);
     IZOLTAXMLWriter* writer = nullptr;
     HRESULT result = CreateFileWriter(&writer, temporary);
     if (FAILED(result)) {
@@ -84,7 +86,8 @@ HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refre
     const HRESULT written = writer->GetResult(nullptr);
     writer->Release();
     if (FAILED(result) || FAILED(written)) {
-        // The temporary file stays behind for inspection.
+        // A cut document (a full disk) never takes the place of the whole one.
+        temporary.Remove();
         return FAILED(result) ? result : written;
     }
     // The gallery's manifest is replaced in one step: a run killed now leaves the old or the new.

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace {
 
@@ -74,18 +75,32 @@ bool IsContentHrefSafe(const wchar_t* href)
         return false;
     }
     const std::wstring name(href);
+    std::vector<std::wstring> parts;
     std::size_t start = 0;
     while (start <= name.size()) {
         std::size_t end = name.find(L'/', start);
         if (end == std::wstring::npos) {
             end = name.size();
         }
-        if (name.compare(start, end - start, L"..") == 0) {
+        const std::wstring part = name.substr(start, end - start);
+        if (part == L"..") {
             return false;
+        }
+        if (!part.empty() && part != L".") {
+            parts.push_back(part);
         }
         start = end + 1;
     }
-    return true;
+    if (parts.empty()) {
+        return false;
+    }
+    // The gallery's own bookkeeping is never a package's to write: the records and the stored
+    // categories document below "Uninstall", and the merged manifest at the top.
+    const QString first = QString::fromStdWString(parts.front());
+    if (first.compare(QStringLiteral("Uninstall"), Qt::CaseInsensitive) == 0) {
+        return false;
+    }
+    return !(parts.size() == 1 && first.compare(QStringLiteral("imsmanifest.xml"), Qt::CaseInsensitive) == 0);
 }
 
 CZoltaFilePath GetContentPath(const CZoltaDirectoryPath& folder, const wchar_t* href)

@@ -4,6 +4,7 @@
 #include "CGalleryManifest.h"
 #include "CGalleryManifestIO.h"
 #include "FetchUrl.h"
+#include "SafeReplace.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -12,9 +13,11 @@
 #include <tinyxml2.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstring>
 
 const wchar_t* const CGalleryInstallation::GalleryCategoriesXml = L"gallery_categories.xml";
+const wchar_t* const CGalleryInstallation::LockFileName = L".curatool.lock";
 
 namespace {
 
@@ -225,14 +228,26 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
     // Without a folder every path below would hang off the root of the file system.
     if (installDirectory.IsEmpty())
         return E_INVALIDARG;
+    m_installDirectory = installDirectory;
+    // One run at a time per gallery, whichever copy of the program runs it.
+    if (!UninstallFolder().Create() || !m_galleryLock.TryLock(UninstallFolder().GetFile(LockFileName)))
+    {
+        m_problem = CAtlString(L"Another run is changing the gallery in ") + installDirectory.GetPath() +
+                    L"; try again when it has finished.";
+        return E_GALLERY_BUSY;
+    }
+    RemoveLeftovers();
     HRESULT hr = CGalleryManifest::Create(&m_manifest);
     if (FAILED(hr))
         return hr;
-    m_installDirectory = installDirectory;
     hr = CGalleryManifestIO::Open(*m_manifest, installDirectory.GetFile(L"imsmanifest.xml").GetPath(), nullptr,
                                   false);
     if (FAILED(hr))
+    {
+        m_problem = CAtlString(L"Could not read the gallery's manifest ") +
+                    installDirectory.GetFile(L"imsmanifest.xml").GetPath();
         return hr;
+    }
     // A run killed half-way is completed first, so that what counts as installed is true.
     RunJournal::Recover(UninstallFolder(), *m_manifest);
     m_source = source;
@@ -241,21 +256,66 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
     {
         CZoltaFilePath located;
         bool temporary = false;
-        const HRESULT located_hr = Locate(GalleryCategoriesXml, nullptr, 0, located, temporary);
+        HRESULT located_hr = Locate(GalleryCategoriesXml, nullptr, 0, located, temporary);
+        // A document that doesn't parse (a cut transfer) never takes the place of a good copy.
         if (SUCCEEDED(located_hr))
+            located_hr = CheckCategoriesDocument(located);
+        // The stored copy is replaced whole or not at all; a run without it goes no further.
+        if (SUCCEEDED(located_hr) && !ReplaceFileFrom(m_categoriesDocument, located))
         {
-            UninstallFolder().Create();
-            if (!located.IsSameFile(m_categoriesDocument))
-                located.CopyTo(m_categoriesDocument);
-            if (m_categoriesDocument.Exists() && temporary)
+            m_problem = CAtlString(L"Could not write ") + m_categoriesDocument.GetPath() + L" (" +
+                        CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")";
+            if (temporary)
                 located.Remove();
-            if (!m_categoriesDocument.Exists())
-                m_categoriesDocument = located;
+            return E_FAIL;
         }
-        if (!m_categoriesDocument.Exists() && FAILED(located_hr))
+        if (temporary && !located.IsSameFile(m_categoriesDocument))
+            located.Remove();
+        if (!m_categoriesDocument.Exists() && FAILED(located_hr) && !m_removeAllRecords)
+        {
+            if (m_problem.IsEmpty())
+                m_problem = CAtlString(L"Could not read the list of categories of the source ") + source;
             return located_hr;
+        }
     }
-    return ReadCategoriesDocument();
+    hr = ReadCategoriesDocument();
+    if (FAILED(hr) && m_removeAllRecords)
+    {
+        // Removing every record needs no list of categories.
+        m_categories.clear();
+        m_problem.Empty();
+        return S_OK;
+    }
+    if (FAILED(hr) && m_problem.IsEmpty())
+        m_problem = CAtlString(L"Could not read the list of categories ") + m_categoriesDocument.GetPath();
+    return hr;
+}
+
+void CGalleryInstallation::RemoveLeftovers() const
+{
+    // Replacements cut short by a killed run, and temporary manifests of older runs: both are
+    // only ever the program's own, and nothing else runs on this gallery now.
+    for (const CZoltaDirectoryPath& folder : {m_installDirectory, UninstallFolder()})
+    {
+        RemoveStaleReplacements(folder);
+        std::vector<CZoltaFilePath> files;
+        folder.ListFiles(L"imsmanifest_temp*.xml", files);
+        for (const CZoltaFilePath& file : files)
+            file.Remove();
+    }
+}
+
+HRESULT CGalleryInstallation::CheckCategoriesDocument(const CZoltaFilePath& path)
+{
+    QFile file(path.ToQString());
+    if (!file.open(QIODevice::ReadOnly))
+        return E_INVALIDARG;
+    const QByteArray bytes = file.readAll();
+    tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
+    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+        return E_INVALIDARG;
+    const tinyxml2::XMLElement* root = document.RootElement();
+    return root && root->FirstChildElement("categories") ? S_OK : E_FAIL;
 }
 
 void CGalleryInstallation::LoadInstalledRecords(CGalleryInstalledRecords& records) const

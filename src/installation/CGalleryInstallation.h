@@ -6,11 +6,15 @@
 #include "CZoltaDirectoryPath.h"
 #include "RunJournal.h"
 #include "CZoltaFilePath.h"
+#include "FileLock.h"
 #include "ZoltaResult.h"
 
 #include <map>
 #include <memory>
 #include <vector>
+
+// Open's result when another run holds the gallery.
+inline constexpr HRESULT E_GALLERY_BUSY = static_cast<HRESULT>(0x800700AAu);
 
 class CGalleryI18N;
 class IGalleryInstallationObserver;
@@ -25,6 +29,7 @@ class CGalleryInstallation
 {
 public:
     static const wchar_t* const GalleryCategoriesXml;  // "gallery_categories.xml"
+    static const wchar_t* const LockFileName;          // in "Uninstall", held while the engine lives
 
     // Null when the download directory can't be made.
     static std::unique_ptr<CGalleryInstallation> Create();
@@ -60,6 +65,16 @@ public:
     CZoltaDirectoryPath GetDestination() const { return m_installDirectory; }
     const CZoltaDirectoryPath& GetDownloadDirectory() const { return m_downloadDirectory; }
     const CZoltaFilePath& GetCategoriesDocument() const { return m_categoriesDocument; }
+    // Why Open failed or the space check refused, for the user; empty when nothing went wrong.
+    const CAtlString& GetProblem() const { return m_problem; }
+
+    // Whether the destination and the temporary folder have room for what the actions set would
+    // write (the sizes the categories document declares, else the packages' own sizes, plus a
+    // margin); otherwise `problem` names the folder, the space needed and the space free.
+    bool CheckFreeSpace(CAtlString& problem) const;
+    // With `all` (set before Open), Run removes every package that has a record, listed by the
+    // source or not, and Open does without a categories document it can't read.
+    void SetRemoveAllRecords(bool all) { m_removeAllRecords = all; }
 
     // 3: "Gallery Data Files"; 1: that folder beside the program; 2: the download endpoint;
     // otherwise the folder of 1 if it holds the categories document, else the endpoint.
@@ -84,6 +99,11 @@ private:
     CGalleryInstallation() = default;
 
     HRESULT ReadCategoriesDocument();
+    void RemoveLeftovers() const;
+    // Whether a fetched or copied document can stand for the source: E_INVALIDARG when it does not
+    // parse (a cut transfer), E_FAIL without "categories".
+    static HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
+    void RemoveUnlistedRecords(bool& anySucceeded);
     void LoadInstalledRecords(CGalleryInstalledRecords& records) const;
     CZoltaDirectoryPath UninstallFolder() const;
     void Report(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
@@ -120,6 +140,10 @@ private:
     CZoltaDirectoryPath m_installDirectory;
     RunJournal m_journal;
     CAtlString m_failureReason;
+    CAtlString m_problem;
+    FileLock m_galleryLock;
+    bool m_removeAllRecords = false;
+    std::vector<CAtlString> m_released;  // files of records removed without a category
 };
 
 // The string packages of a category in the order to apply them: all its languages, or with

@@ -5,7 +5,11 @@
 #include "CGalleryManifest.h"
 #include "CGalleryManifestIO.h"
 
+#include <algorithm>
 #include <cmath>
+
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 
 namespace {
 
@@ -76,6 +80,7 @@ void CGalleryInstallation::ApplyMandatoryRemovals()
         if (record.Exists())
         {
             m_manifestsChanged = true;
+            CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released);
             record.Remove();
         }
     }
@@ -130,6 +135,8 @@ void CGalleryInstallation::UninstallCategory(CGalleryCategory& category, int tot
                               : E_OUTOFMEMORY;
         if (SUCCEEDED(hr))
         {
+            if (!m_cancel)
+                CGalleryManifestIO::CollectRecordFiles(*m_manifest, path, m_released);
             if (m_cancel)
                 hr = E_ABORT;
             else if (path.Exists() && !path.Remove())
@@ -164,14 +171,23 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
         return E_OUTOFMEMORY;
     HRESULT hr = CGalleryManifestIO::Open(*package.Get(), path.GetPath(), nullptr, false);
     if (FAILED(hr))
+    {
+        NoteFailureReason(CAtlString(L"the package could not be read or extracted whole"));
         return hr;
+    }
     // A package that isn't there opens as an empty manifest; it installs nothing.
     if (hr == S_FALSE)
+    {
+        NoteFailureReason(CAtlString(L"the package is not there"));
         return E_FAIL;
+    }
     if (m_cancel)
         return E_ABORT;
     m_journal.Note(CGalleryManifestIO::GetInstallRecordPath(UninstallFolder(), package.Get()->GetIdentifier()));
-    hr = CGalleryManifestIO::MergeFrom(*m_manifest, package.Get(), nullptr);
+    CAtlString reason;
+    hr = CGalleryManifestIO::MergeFrom(*m_manifest, package.Get(), nullptr, &reason);
+    if (FAILED(hr) && !reason.IsEmpty())
+        NoteFailureReason(reason);
     if (hr == S_GALLERY_RECORD_REPLACED)
         m_manifestsChanged = true;
     if (SUCCEEDED(hr))
@@ -330,6 +346,112 @@ void CGalleryInstallation::WriteManifest()
     m_manifest->SetModified(false);
 }
 
+void CGalleryInstallation::RemoveUnlistedRecords(bool& anySucceeded)
+{
+    // Packages that the source no longer lists still have records: they go as well, files and all.
+    std::vector<CZoltaFilePath> records;
+    UninstallFolder().ListFiles(L"imsmanifest*.xml", records);
+    for (const CZoltaFilePath& record : records)
+    {
+        if (m_cancel)
+            break;
+        CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released);
+        if (record.Remove())
+        {
+            m_manifestsChanged = true;
+            anySucceeded = true;
+        }
+    }
+}
+
+namespace {
+
+// Bytes free for this user in the file system holding `folder` (or its nearest existing
+// parent), and that file system's id; -1 when it can't be told.
+long long FreeBytes(const CZoltaDirectoryPath& folder, unsigned long long& device)
+{
+    QString path = folder.ToQString();
+    struct stat status {};
+    while (!path.isEmpty() && ::stat(path.toUtf8().constData(), &status) != 0)
+    {
+        const int slash = path.lastIndexOf(QLatin1Char('/'));
+        path = slash > 0 ? path.left(slash) : (slash == 0 && path != QStringLiteral("/") ? QStringLiteral("/") : QString());
+    }
+    struct statvfs space {};
+    if (path.isEmpty() || ::statvfs(path.toUtf8().constData(), &space) != 0)
+        return -1;
+    device = static_cast<unsigned long long>(status.st_dev);
+    return static_cast<long long>(space.f_bavail) * static_cast<long long>(space.f_frsize);
+}
+
+CAtlString Megabytes(long long bytes)
+{
+    return CAtlString(QString::number(static_cast<double>(bytes) / (1024.0 * 1024.0), 'f', 1) + QStringLiteral(" MB"));
+}
+
+}  // namespace
+
+bool CGalleryInstallation::CheckFreeSpace(CAtlString& problem) const
+{
+    const bool isUrl = IsUrl(m_source);
+    long long destinationNeed = 0;
+    long long temporaryNeed = 0;
+    for (const auto& category : m_categories)
+    {
+        if (!IsInstallAction(category->GetAction()))
+            continue;
+        const std::vector<CAtlString> names = FilesToInstall(*category);
+        if (names.empty())
+            continue;
+        long long packed = category->GetSize() > 0 ? category->GetSize() : 0;
+        long long unpacked = category->GetDiskSize() > 0 ? category->GetDiskSize() : 0;
+        if (!isUrl && packed == 0)
+            for (const CAtlString& name : names)
+                if (!IsHostileName(name))
+                    packed += std::max(0LL, GetFileSize(CZoltaDirectoryPath(m_source).GetFile(name)));
+        if (unpacked == 0)
+            unpacked = packed;
+        const long long files = static_cast<long long>(category->GetFiles().size());
+        const long long share = files > 0 ? static_cast<long long>(names.size()) : 1;
+        // Only what the action asks for; the declared sizes are of the whole category.
+        packed = files > 0 ? packed * share / files : packed;
+        unpacked = files > 0 ? unpacked * share / files : unpacked;
+        if (m_downloadOnly)
+            destinationNeed += packed;
+        else
+            destinationNeed += unpacked;
+        // One package at a time is fetched and unpacked in the temporary folder.
+        const long long perPackage = (unpacked + (isUrl ? packed : 0)) / static_cast<long long>(names.size());
+        temporaryNeed = std::max(temporaryNeed, m_downloadOnly ? 0 : perPackage);
+    }
+    if (destinationNeed == 0 && temporaryNeed == 0)
+        return true;
+    const long long margin = 1024 * 1024;
+    destinationNeed += destinationNeed / 20 + margin;
+    temporaryNeed += temporaryNeed / 20 + margin;
+
+    unsigned long long destinationDevice = 0;
+    unsigned long long temporaryDevice = 1;
+    const long long destinationFree = FreeBytes(m_downloadOnly ? m_downloadDirectory : m_installDirectory, destinationDevice);
+    const long long temporaryFree = FreeBytes(m_temporaryDirectory, temporaryDevice);
+    if (destinationFree >= 0 && temporaryFree >= 0 && destinationDevice == temporaryDevice)
+        destinationNeed += temporaryNeed;  // one file system holds both
+    const CZoltaDirectoryPath& destination = m_downloadOnly ? m_downloadDirectory : m_installDirectory;
+    if (destinationFree >= 0 && destinationFree < destinationNeed)
+    {
+        problem = CAtlString(L"Not enough free space in ") + destination.GetPath() + L": " + Megabytes(destinationNeed) +
+                  L" needed, " + Megabytes(destinationFree) + L" free.";
+        return false;
+    }
+    if (temporaryFree >= 0 && temporaryFree < temporaryNeed && destinationDevice != temporaryDevice)
+    {
+        problem = CAtlString(L"Not enough free space in ") + m_temporaryDirectory.GetPath() + L": " +
+                  Megabytes(temporaryNeed) + L" needed, " + Megabytes(temporaryFree) + L" free.";
+        return false;
+    }
+    return true;
+}
+
 HRESULT CGalleryInstallation::Run()
 {
     if (!m_manifest)
@@ -372,6 +494,8 @@ HRESULT CGalleryInstallation::Run()
             InstallCategory(*category, isUrl, total, done, usePrefetch, fetched, anyFailed, anySucceeded);
     }
 
+    if (m_removeAllRecords && !m_cancel && !m_downloadOnly)
+        RemoveUnlistedRecords(anySucceeded);
     if (!m_cancel)
         ApplyStringPackages(usePrefetch, fetched);
 
@@ -393,7 +517,7 @@ HRESULT CGalleryInstallation::Run()
     if (m_manifestsChanged && !m_downloadOnly)
     {
         // A rebuild that fails keeps the journal: the next open tries again.
-        if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(*m_manifest)))
+        if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(*m_manifest, m_released)))
             m_journal.End();
         m_manifest->SetModified(false);
     }

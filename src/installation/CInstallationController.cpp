@@ -8,7 +8,9 @@
 #include "ZoltaAssert.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <tinyxml2.h>
 
@@ -58,6 +60,35 @@ void CInstallationController::Notify(eEvent event)
         case eRunFailed: observer->OnRunFailed(installation); break;
         }
     }
+}
+
+bool CInstallationController::CheckFreeSpace(CAtlString& problem) const
+{
+    return !m_installation || m_installation->CheckFreeSpace(problem);
+}
+
+bool CInstallationController::CheckDestination(const CZoltaDirectoryPath& destination, CAtlString& problem)
+{
+    const QDir folder(destination.ToQString());
+    if (!folder.exists())
+        return true;
+    if (QFileInfo(folder.filePath(QStringLiteral("Uninstall"))).isDir() ||
+        QFileInfo(folder.filePath(QStringLiteral("imsmanifest.xml"))).isFile())
+        return true;
+    if (folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot).isEmpty())
+        return true;
+    problem = CAtlString(L"The destination folder is not empty and holds no gallery: ") + destination.GetPath() +
+              L"\nChoose an empty folder, or the folder of an installed gallery.";
+    return false;
+}
+
+bool CInstallationController::HoldsInstalledGallery(const CZoltaDirectoryPath& destination)
+{
+    CZoltaDirectoryPath uninstall = destination;
+    uninstall.Append(L"Uninstall");
+    std::vector<CZoltaFilePath> records;
+    uninstall.ListFiles(L"imsmanifest*.xml", records);
+    return !records.empty() || destination.GetFile(L"imsmanifest.xml").Exists();
 }
 
 bool CInstallationController::HasUpdates() const
@@ -279,6 +310,7 @@ bool CInstallationController::OpenInstallation(const CZoltaDirectoryPath& destin
     m_installation->SetObserver(observer);
     if (downloadOnly)
         m_installation->SetDownloadOnly(destination);
+    m_installation->SetRemoveAllRecords(m_openForRemoval);
     CGalleryInstallation* installation = m_installation.get();
     // The strings cross to the worker as copies of their own: reference counts aren't atomic.
     const CAtlString sourceCopy(source.GetString());
@@ -286,6 +318,7 @@ bool CInstallationController::OpenInstallation(const CZoltaDirectoryPath& destin
     const HRESULT hr = QThreadWithLoop::RunOnThread(
         [installation, destinationCopy, sourceCopy] { return installation->Open(destinationCopy, sourceCopy, true); },
         QThread::InheritPriority);
+    m_problem = IsOk(hr) ? CAtlString() : CAtlString(m_installation->GetProblem().GetString());
     Notify(IsOk(hr) ? eOpened : eOpenFailed);
     return IsOk(hr);
 }
@@ -365,6 +398,11 @@ bool CInstallationController::RunBatch(bool downloadOnly, const std::vector<CAtl
         SelectIds(*ids);
     else
         SelectUpdates();
+    if (!CheckFreeSpace(m_problem))
+    {
+        Close();
+        return false;
+    }
     const bool result = Run(observer);
     Close();
     return result;
@@ -392,7 +430,10 @@ bool CInstallationController::DownloadSome(const std::vector<CAtlString>& ids, I
 
 CZoltaDirectoryPath CInstallationController::UninstallAll(IGalleryInstallationObserver* observer)
 {
-    if (OpenInstallation(GetDestination(), CAtlString(), observer, false))
+    m_openForRemoval = true;
+    const bool opened = OpenInstallation(GetDestination(), CAtlString(), observer, false);
+    m_openForRemoval = false;
+    if (opened)
     {
         for (int i = 0; i < m_installation->CategoryCount(); ++i)
         {

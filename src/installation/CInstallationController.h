@@ -88,6 +88,19 @@ public:
     // The gallery id a category id carries: "{guid}" at its start, or all before its last ".".
     static CAtlString GalleryIdFromCategoryId(const CAtlString& categoryId);
 
+    // Why the last open or batch stopped before changing anything (another run holds the gallery,
+    // its state can't be read, too little space), for the user; empty otherwise.
+    const CAtlString& GetProblem() const { return m_problem; }
+    // Whether the open installation's chosen actions fit on the disks; otherwise `problem` says
+    // which folder, how much is needed and how much is free. True when nothing is open.
+    bool CheckFreeSpace(CAtlString& problem) const;
+    // A destination must be missing, empty, or a gallery already (it has "Uninstall" or
+    // "imsmanifest.xml"): a folder of other files is refused before anything is written, since
+    // the user's own files have no place in a gallery. `problem` then holds the line to show.
+    static bool CheckDestination(const CZoltaDirectoryPath& destination, CAtlString& problem);
+    // Whether `destination` holds an installed gallery (records or a merged manifest).
+    static bool HoldsInstalledGallery(const CZoltaDirectoryPath& destination);
+
 private:
     void Notify(eEvent event);
     void SelectIds(const std::vector<CAtlString>& ids);
@@ -99,4 +112,6 @@ private:
     std::vector<IInstallationObserver*> m_observers;
     CAtlString m_source;
     std::shared_ptr<CConfiguration> m_configuration;
+    CAtlString m_problem;
+    bool m_openForRemoval = false;
 };

@@ -1,5 +1,7 @@
 #include "InstalledXmlWriter.h"
 
+#include "SafeReplace.h"
+
 #include "CConfiguration.h"
 #include "CGalleryInstallation.h"
 
@@ -60,11 +62,7 @@ void InstalledXmlWriter::Write(CGalleryInstallation* installation)
         const CZoltaFilePath path = uninstall.GetFile(L"updateinfo.xml");
         if (anyRecorded)
         {
-            if (FILE* file = OpenFile(path, "wb"))
-            {
-                document.SaveFile(file);
-                std::fclose(file);
-            }
+            ReplaceFileWith(path, [&document](FILE* file) { return document.SaveFile(file) == tinyxml2::XML_SUCCESS; });
         }
         else if (path.Exists())
             path.Remove();

@@ -64,13 +64,20 @@ bool RunJournal::Recover(const CZoltaDirectoryPath& uninstallFolder, CGalleryMan
         return false;
     const QList<QByteArray> names = file.readAll().split('\n');
     file.close();
+    // The files those records list may have arrived in part: they go with the records, since
+    // nothing else would ever know them as the program's own.
+    std::vector<CAtlString> released;
     for (const QByteArray& name : names)
     {
-        if (IsRecordName(name))
-            uninstallFolder.GetFile(FromFileSystemEncoding(name.constData())).Remove();
+        if (!IsRecordName(name))
+            continue;
+        const CZoltaFilePath record = uninstallFolder.GetFile(FromFileSystemEncoding(name.constData()));
+        if (record.Exists())
+            CGalleryManifestIO::CollectRecordFiles(manifest, record, released);
+        record.Remove();
     }
     // A rebuild that does not get through leaves the journal for the next open to try again.
-    if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(manifest)))
+    if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(manifest, released)))
         journal.Remove();
     return true;
 }

@@ -220,7 +220,8 @@ TEST(ManifestOpenTest, MissingFilesAndBadArguments)
     EXPECT_EQ(folder + "/none.xml", N(manifest.GetPath()));
 
     CGalleryManifest archive;
-    EXPECT_EQ(S_OK, CGalleryManifestIO::Open(archive, W(folder + "/absent.zip").GetString(), nullptr, false));
+    // An archive that can't be extracted is no package.
+    EXPECT_EQ(E_FAIL, CGalleryManifestIO::Open(archive, W(folder + "/absent.zip").GetString(), nullptr, false));
     EXPECT_EQ(0u, archive.GetOrganizations()->GetCount());
     EXPECT_TRUE(archive.m_extracted);
     const std::string extraction = N(CGalleryManifestIO::GetFolder(archive).GetPath().GetString());

@@ -170,7 +170,7 @@ TEST_F(MergeTest, MergedThenRemovedPackageLeavesTheGalleryAsBefore)
     EXPECT_EQ(DocumentOf(installed), DocumentOf(reread));
 }
 
-TEST_F(MergeTest, RebuildKeepsTheManifestIdentityAndDropsOnlyUnusedFiles)
+TEST_F(MergeTest, RebuildKeepsTheManifestIdentityAndEveryFileNoRecordListed)
 {
     installed.m_metadata->SetIdentifier(L"urn:gallery:main");
     ASSERT_EQ(S_OK, Install(WritePackage("pkg-a", kAnimals)));
@@ -179,7 +179,7 @@ TEST_F(MergeTest, RebuildKeepsTheManifestIdentityAndDropsOnlyUnusedFiles)
     ASSERT_EQ(S_OK, CGalleryManifestIO::RebuildFromInstalled(installed));
     EXPECT_STREQ(L"urn:gallery:main", installed.GetIdentifier());
     EXPECT_STREQ(L"urn:gallery:main", installed.m_metadata->m_originalId);
-    EXPECT_FALSE(Exists(gallery + "/stray.txt"));
+    EXPECT_EQ("left over", ReadFile(gallery + "/stray.txt"));
     EXPECT_TRUE(Exists(gallery + "/notes"));
     EXPECT_TRUE(Exists(gallery + "/lion.png"));
     EXPECT_TRUE(Exists(gallery + "/imsmanifest.xml"));

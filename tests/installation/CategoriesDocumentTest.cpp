@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <utility>
+
 using namespace curatool::test;
 
 namespace {
@@ -153,12 +156,21 @@ TEST_F(CategoriesFixture, MissingAndEmptyAttributesStopTheReading)
     EXPECT_EQ(E_INVALIDARG, OpenWith(document)) << "file without version";
 
     installation = CGalleryInstallation::Create();
-    EXPECT_EQ(E_FAIL, OpenWith("<gallery><other/></gallery>")) << "no categories element";
-    installation = CGalleryInstallation::Create();
     EXPECT_EQ(E_FAIL, OpenWith("<gallery><categories><c id=\"x\" version=\"1\"><files/></c></categories></gallery>"))
         << "no title";
-    installation = CGalleryInstallation::Create();
-    EXPECT_EQ(E_INVALIDARG, OpenWith("<gallery><categories>")) << "broken XML";
+    // A document that can't stand for the source never replaces the stored copy; without one
+    // the open fails with the document's own failure.
+    const std::string stored = ReadFile(gallery + "/Uninstall/gallery_categories.xml");
+    for (const auto& [document, expected] : {std::pair{"<gallery><other/></gallery>", E_FAIL},
+                                             std::pair{"<gallery><categories>", E_INVALIDARG}}) {
+        installation = CGalleryInstallation::Create();
+        EXPECT_EQ(E_FAIL, OpenWith(document)) << document << ": the stored copy is read, and it has no title";
+        EXPECT_EQ(stored, ReadFile(gallery + "/Uninstall/gallery_categories.xml"));
+        std::filesystem::remove(gallery + "/Uninstall/gallery_categories.xml");
+        installation = CGalleryInstallation::Create();
+        EXPECT_EQ(expected, OpenWith(document)) << document;
+        ASSERT_TRUE(WriteFile(gallery + "/Uninstall/gallery_categories.xml", stored));
+    }
 }
 
 TEST_F(CategoriesFixture, OnlyMandatoryRemovalsAreCollected)

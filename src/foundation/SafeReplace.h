@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CZoltaFilePath.h"
+
+#include <cstdio>
+#include <functional>
+
+// The program's own files (records, categories document, merged manifest, stored configuration,
+// state files) are never rewritten in place: the new bytes go to a hidden file beside the target,
+// are synced, and the file is renamed onto the target. At every moment the target is the old file
+// or the whole new one, and a write that fails (a full disk) leaves the old file as it was.
+
+// The hidden name beside `target` that a replacement is written to first.
+CZoltaFilePath ReplacementFileFor(const CZoltaFilePath& target);
+
+// Replaces `target` with what `write` puts into the open file; `write` returns false on failure.
+bool ReplaceFileWith(const CZoltaFilePath& target, const std::function<bool(std::FILE*)>& write);
+
+// Replaces `target` with a copy of `source`.
+bool ReplaceFileFrom(const CZoltaFilePath& target, const CZoltaFilePath& source);
+
+// Deletes what replacements cut short by a killed process left in `folder`.
+void RemoveStaleReplacements(const CZoltaDirectoryPath& folder);
