@@ -222,6 +222,15 @@ TEST(ZipDamage, HostileNamesAndLinksAreRefusedWithoutWritingOutside)
         EXPECT_FALSE(Exists(outside)) << name;
     }
 
+    // Names with control characters (ESC, CR, the C1 CSI) are refused, not created.
+    for (const std::string name : {"\x1b[2J.txt", "cr\r.txt", "c1\xC2\x9B.txt", "dir\x7F/x.txt"}) {
+        RawZip raw;
+        raw.Add(name, "shown raw");
+        WriteFile(sandbox + "/h.zip", raw.Build());
+        EXPECT_FALSE(ZipExtractAll(FilePath(sandbox + "/h.zip"), FolderPath(target))) << name;
+        EXPECT_FALSE(Exists(target + "/" + name)) << name;
+    }
+
     RawZip link;
     RawEntry entry;
     entry.name = "link";
