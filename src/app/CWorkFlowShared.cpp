@@ -53,14 +53,16 @@ bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const C
 {
     ZOLTA_ASSERT(environment.controller != nullptr && environment.proxy != nullptr);
     PrintOut(CAtlStringA("Checking connection to: ") + CAtlStringA(url.GetString()));
-    if (environment.controller->TestUrl(url))
+    CAtlString reason;
+    if (environment.controller->TestUrl(url, &reason))
     {
         environment.proxy->SaveSettings();
         PrintOut("Check succeeded.");
         return true;
     }
     CInstallationController::SetConnectionAvailable(false);
-    Output::Error(Output::eCouldNotDownload, CAtlStringA(url.GetString()), gui);
+    Output::ErrorWithReason(Output::eCouldNotDownload, CAtlStringA(url.GetString()),
+                            CAtlStringA(CLIProgress::EscapeControls(reason).GetString()), gui);
     return false;
 }
 
