@@ -52,7 +52,9 @@ CWorkFlowEnvironment CWorkFlow::MakeEnvironment(const CCmdLineContext& context, 
 bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const CAtlString& url, bool gui)
 {
     ZOLTA_ASSERT(environment.controller != nullptr && environment.proxy != nullptr);
-    PrintOut(CAtlStringA("Checking connection to: ") + CAtlStringA(url.GetString()));
+    // The address comes from the collection: shown with its control characters escaped.
+    const CAtlStringA shown(CLIProgress::EscapeControls(url).GetString());
+    PrintOut(CAtlStringA("Checking connection to: ") + shown);
     CAtlString reason;
     if (environment.controller->TestUrl(url, &reason))
     {
@@ -61,7 +63,7 @@ bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const C
         return true;
     }
     CInstallationController::SetConnectionAvailable(false);
-    Output::ErrorWithReason(Output::eCouldNotDownload, CAtlStringA(url.GetString()),
+    Output::ErrorWithReason(Output::eCouldNotDownload, shown,
                             CAtlStringA(CLIProgress::EscapeControls(reason).GetString()), gui);
     return false;
 }

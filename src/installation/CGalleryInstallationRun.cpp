@@ -163,7 +163,7 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
     ScopedManifest package;
     if (!package.Get())
         return E_OUTOFMEMORY;
-    if (!path.Exists())
+    if (!path.Exists() && !CZoltaDirectoryPath(path.GetPath()).Exists())  // a package is a file or a folder
     {
         NoteFailureReason(L"Not found: " + path.GetPath());
         return E_FAIL;
