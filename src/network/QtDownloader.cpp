@@ -113,7 +113,7 @@ QString QtDownloader::CheckSpace(const QString& localFile, qint64 bodyBytes, qin
         return QString();
     if (contentLength >= 0) {
         // Announced: refused at once when it cannot fit, and bounded by the length afterwards.
-        if (bodyBytes == 0 && contentLength > available - m_limits.freeSpaceMargin)
+        if (bodyBytes == 0 && contentLength > available)
             return QStringLiteral("Not enough free disk space for %1 bytes").arg(contentLength);
         return QString();
     }
