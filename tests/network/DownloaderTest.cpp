@@ -190,18 +190,30 @@ TEST_F(ScriptedServerTest, SendsOnlyThePathToTheGivenPort)
 
 TEST_F(ScriptedServerTest, BadStatusesRemoveTheFileAndBrokenRepliesLeaveItEmpty)
 {
+    struct Case
+    {
+        QString path;
+        bool removed;
+        QString reason;
+    };
     QStringList requested;
-    for (const auto& [path, removed] : std::vector<std::pair<QString, bool>>{
-             {"/redirect", true}, {"/missing", true}, {"/created", true},
-             {"/empty.zip", false}, {"/garbage", false}, {"/close", false}}) {
+    for (const Case& one : {Case{"/redirect", true, "HTTP status 302"}, Case{"/missing", true, "HTTP status 404"},
+                            Case{"/created", true, "HTTP status 201"}, Case{"/empty.zip", false, "The reply was empty"},
+                            Case{"/garbage", false, "Invalid HTTP response header"},
+                            Case{"/close", false, "Connection closed"}}) {
         const std::string local = ScratchFile("status", "reply.bin");
         RecordingConnection connection;
-        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path.toStdString();
-        EXPECT_EQ(!removed, curatool::test::Exists(local)) << path.toStdString();
-        EXPECT_EQ("", curatool::test::ReadFile(local)) << path.toStdString();
-        if (!removed)
-            EXPECT_TRUE(connection.progress.empty()) << path.toStdString();
-        requested << QStringLiteral("GET %1 HTTP/1.1").arg(path);
+        QtDownloader downloader;
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(E_FAIL, downloader.Download(CAtlString(Url(one.path)), CZoltaFilePath(local.c_str()), &connection))
+            << one.path.toStdString();
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(one.reason, downloader.GetFailureReason()) << one.path.toStdString();
+        EXPECT_EQ(!one.removed, curatool::test::Exists(local)) << one.path.toStdString();
+        EXPECT_EQ("", curatool::test::ReadFile(local)) << one.path.toStdString();
+        if (!one.removed)
+            EXPECT_TRUE(connection.progress.empty()) << one.path.toStdString();
+        requested << QStringLiteral("GET %1 HTTP/1.1").arg(one.path);
     }
     // The redirect was not followed: one request per fetch, and none to its target.
     EXPECT_EQ(requested, Requests());
