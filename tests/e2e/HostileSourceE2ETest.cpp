@@ -3,6 +3,7 @@
 // nothing a source names reaches the terminal unescaped.
 #include "E2EGallery.h"
 #include "TestEnvironment.h"
+#include "ZipTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -36,28 +37,18 @@ protected:
     static bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 };
 
-// An archive of two entries whose central records both point at the one stream.
+// A package whose two entries are made of the one stream.
 std::string OverlappingArchive()
 {
-    auto put16 = [](std::string& out, int v) { out += char(v & 0xFF), out += char((v >> 8) & 0xFF); };
-    auto put32 = [&](std::string& out, uint32_t v) { put16(out, int(v & 0xFFFF)), put16(out, int(v >> 16)); };
-    const std::string name = "imsmanifest.xml", data = "<manifest/>";
-    std::string local, central;
-    auto common = [&](std::string& to) {
-        put16(to, 10), put16(to, 0), put16(to, 0), put16(to, 0), put16(to, 0x5A21);
-        put32(to, 0), put32(to, uint32_t(data.size())), put32(to, uint32_t(data.size()));
-        put16(to, int(name.size())), put16(to, 0);
-    };
-    put32(local, 0x04034b50), common(local), local += name + data;
+    ziptest::RawZip raw;
     for (int copy = 0; copy < 2; ++copy) {
-        put32(central, 0x02014b50), put16(central, 0x0314), common(central);
-        put16(central, 0), put16(central, 0), put16(central, 0), put32(central, 0), put32(central, 0);
-        central += name;
+        ziptest::RawEntry entry;
+        entry.name = "imsmanifest.xml";
+        entry.data = "<manifest/>";
+        entry.sharesDataOf = copy == 0 ? -1 : 0;
+        raw.Add(entry);
     }
-    std::string out = local + central;
-    put32(out, 0x06054b50), put32(out, 0), put16(out, 2), put16(out, 2);
-    put32(out, uint32_t(central.size())), put32(out, uint32_t(local.size())), put16(out, 0);
-    return out;
+    return raw.Build();
 }
 
 }  // namespace
