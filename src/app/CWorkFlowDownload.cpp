@@ -7,8 +7,10 @@
 #include "CConfiguration.h"
 #include "CGalleryInstallation.h"
 #include "CInstallationController.h"
+#include "CLIProgress.h"
 #include "Output.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -29,6 +31,23 @@ void MoveCategoriesDocumentToTop(const CZoltaDirectoryPath& destination)
                             ToFileSystemEncoding(top.GetPath()).toStdString(), error);
     if (!error)
         uninstall.Remove();
+}
+
+// Files the run could not copy, from the console's progress observer.
+int FailedFiles(IGalleryInstallationObserver* progress)
+{
+    const auto* console = dynamic_cast<const CLIProgress*>(progress);
+    return console ? console->GetFailedCount() : 0;
+}
+
+// A run that left files behind is no success: it says how many, and the exit code is 1.
+int Conclude(int code, int failed)
+{
+    if (code != 0 || failed == 0)
+        return code;
+    std::fprintf(stderr, "%d %s failed.\n", failed, failed == 1 ? "file" : "files");
+    std::fflush(stderr);
+    return 1;
 }
 
 }  // namespace
@@ -67,8 +86,15 @@ bool CWorkFlow::PrepareDownload(const CCmdLineContext& context, const Configurat
 
     CInstallationController& controller = *environment.controller;
     controller.FindSource(context.source);
-    if (context.source.IsEmpty() && !controller.HasLocalGalleryData() &&
-        !CheckConnection(environment, controller.GetGalleryUrl(), false))
+    // The server given is the one asked, not the configuration's default.
+    if (!context.source.IsEmpty())
+    {
+        CAtlString server = context.source;
+        while (server.GetLength() > 0 && server[server.GetLength() - 1] == L'/')
+            server.Truncate(server.GetLength() - 1);
+        controller.SetSource(server);
+    }
+    else if (!controller.HasLocalGalleryData() && !CheckConnection(environment, controller.GetGalleryUrl(), false))
         return false;
     return true;
 }
@@ -79,10 +105,13 @@ int CWorkFlow::DownloadAll(const CCmdLineContext& context, Configuration configu
     CWorkFlowEnvironment environment;
     if (!PrepareDownload(context, configuration, environment))
         return eFailure;
-    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
+    int failed = 0;
+    const int code = RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->DownloadAll(progress);
         MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
+        failed = FailedFiles(progress);
     }, environment.controller.get());
+    return Conclude(code, failed);
 }
 
 int CWorkFlow::DownloadSome(const CCmdLineContext& context, Configuration configuration)
@@ -93,8 +122,11 @@ int CWorkFlow::DownloadSome(const CCmdLineContext& context, Configuration config
     if (!PrepareDownload(context, configuration, environment) ||
         !SelectCategories(context, *configuration, "nothing to download", "alias not found: ", ids))
         return eFailure;
-    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
+    int failed = 0;
+    const int code = RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
         environment.controller->DownloadSome(ids, progress);
         MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
+        failed = FailedFiles(progress);
     }, environment.controller.get());
+    return Conclude(code, failed);
 }

@@ -5,8 +5,39 @@
 #include "CAtlStringA.h"
 #include "CCmdLineContext.h"
 #include "CConfiguration.h"
+#include "CGalleryInstallation.h"
 #include "CInstallationController.h"
+#include "CLIProgress.h"
 #include "Output.h"
+
+#include <QFile>
+
+#include <tinyxml2.h>
+
+namespace {
+
+// A categories document found under one of `paths` that cannot be parsed, said as such with the
+// parser's error; empty when there is none, so that "not found" is the truth.
+CAtlString UnreadableCategoriesDocument(const std::initializer_list<CAtlString>& paths, const CAtlString& folderName)
+{
+    for (const CAtlString& path : paths)
+    {
+        const CZoltaDirectoryPath data = CInstallationController::LocateGalleryData(CZoltaDirectoryPath(path), folderName);
+        if (data.IsEmpty())
+            continue;
+        const CZoltaFilePath document = data.GetFile(CGalleryInstallation::GalleryCategoriesXml);
+        QFile file(document.ToQString());
+        if (!file.open(QIODevice::ReadOnly))
+            return L"Cannot read " + document.GetPath();
+        const QByteArray bytes = file.readAll();
+        tinyxml2::XMLDocument xml(true, tinyxml2::PRESERVE_WHITESPACE);
+        if (xml.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+            return L"Cannot parse " + document.GetPath() + L": " + CAtlString(xml.ErrorStr());
+    }
+    return CAtlString();
+}
+
+}  // namespace
 
 int CWorkFlow::Normal(const CCmdLineContext& context, Configuration)
 {
@@ -61,8 +92,13 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
         if (!controller.FindSource(context.source) &&
             !controller.FindSource(configuration->GetSourceDirectory().GetPath()))
         {
-            PrintErr(some ? "-source not specified, -allowdownload not set"
-                          : "Gallery files not found on the source path, download is not allowed.");
+            const CAtlString unreadable = UnreadableCategoriesDocument(
+                {context.source, configuration->GetSourceDirectory().GetPath()}, controller.GetGalleryFolder());
+            if (!unreadable.IsEmpty())
+                PrintErr(CAtlStringA(CLIProgress::EscapeControls(unreadable).GetString()));
+            else
+                PrintErr(some ? "-source not specified, -allowdownload not set"
+                              : "Gallery files not found on the source path, download is not allowed.");
             return false;
         }
     }

@@ -52,15 +52,19 @@ CWorkFlowEnvironment CWorkFlow::MakeEnvironment(const CCmdLineContext& context, 
 bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const CAtlString& url, bool gui)
 {
     ZOLTA_ASSERT(environment.controller != nullptr && environment.proxy != nullptr);
-    PrintOut(CAtlStringA("Checking connection to: ") + CAtlStringA(url.GetString()));
-    if (environment.controller->TestUrl(url))
+    // The address comes from the collection: shown with its control characters escaped.
+    const CAtlStringA shown(CLIProgress::EscapeControls(url).GetString());
+    PrintOut(CAtlStringA("Checking connection to: ") + shown);
+    CAtlString reason;
+    if (environment.controller->TestUrl(url, &reason))
     {
         environment.proxy->SaveSettings();
         PrintOut("Check succeeded.");
         return true;
     }
     CInstallationController::SetConnectionAvailable(false);
-    Output::Error(Output::eCouldNotDownload, CAtlStringA(url.GetString()), gui);
+    Output::ErrorWithReason(Output::eCouldNotDownload, shown,
+                            CAtlStringA(CLIProgress::EscapeControls(reason).GetString()), gui);
     return false;
 }
 

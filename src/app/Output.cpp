@@ -84,3 +84,34 @@ void Output::Error(int code, const CAtlStringA& value, bool gui)
 {
     Show(GetTranslated(code, value), GetText(code, value), gui);
 }
+
+namespace {
+
+// `message` up to the end of the line that holds `value`: what follows is advice for the case of
+// no answer at all.
+QString UpToTheValuesLine(const QString& message, const QString& value)
+{
+    const qsizetype at = value.isEmpty() ? -1 : message.indexOf(value);
+    const qsizetype end = at < 0 ? -1 : message.indexOf(QLatin1Char('\n'), at + value.size());
+    return end < 0 ? message : message.left(end);
+}
+
+}  // namespace
+
+void Output::ErrorWithReason(int code, const CAtlStringA& value, const CAtlStringA& reason, bool gui)
+{
+    if (reason.IsEmpty()) {
+        Error(code, value, gui);
+        return;
+    }
+    const QString why = QString::fromUtf8(reason.GetString());
+    const QString shown = QString::fromUtf8(value.GetString());
+    QString translated = GetTranslated(code, value);
+    QString untranslated = QString::fromUtf8(GetText(code, value).GetString());
+    if (why.startsWith(QLatin1String("HTTP status"))) {
+        translated = UpToTheValuesLine(translated, shown);
+        untranslated = UpToTheValuesLine(untranslated, shown);
+    }
+    Show(translated + QLatin1Char('\n') + why, CAtlStringA((untranslated + QLatin1Char('\n') + why).toUtf8().constData()),
+         gui);
+}

@@ -42,6 +42,10 @@ public:
     static void Show(const QString& translated, const CAtlStringA& untranslated, bool gui);
     static void Error(int code, bool gui);
     static void Error(int code, const CAtlStringA& value, bool gui);
+    // A failed download of `url` and why. A server that answered with a status was reached, so the
+    // advice about the Internet connection (code 7) is left out then; otherwise code 7 is shown,
+    // followed by the reason on a line of its own.
+    static void ErrorWithReason(int code, const CAtlStringA& value, const CAtlStringA& reason, bool gui);
 
 private:
     // An unknown code is entered with an empty text, so it shows an empty message.

@@ -12,8 +12,15 @@
 #include "ManifestLock.h"
 #include "Trace.h"
 
+#include "CGalleryActivity.h"
+#include "CQtGalleryThreadBase.h"
+
+#include <QFile>
 #include <QStringList>
 
+#include <tinyxml2.h>
+
+#include <cstring>
 #include <new>
 
 namespace {
@@ -38,9 +45,100 @@ CAtlString DefaultManifestPath()
     return value.IsEmpty() ? fallback : value;
 }
 
+
+// One item of the old folder: its title and the file that holds it.
+struct OldItem
+{
+    CAtlString title;
+    CZoltaFilePath file;
+};
+
+CAtlString WithoutExtension(const CAtlString& name)
+{
+    const int dot = name.ReverseFind(L'.');
+    return dot > 0 ? name.Left(dot) : name;
+}
+
+// The items of an old catalogue: <content><items><record><name/><file/></record>..., each file
+// named relative to the catalogue.
+void ReadOldCatalogue(const CZoltaFilePath& path, std::vector<OldItem>& out)
+{
+    QFile file(path.ToQString());
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    const QByteArray bytes = file.readAll();
+    tinyxml2::XMLDocument document;
+    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+        return;
+    const tinyxml2::XMLElement* root = document.RootElement();
+    const tinyxml2::XMLElement* items = root && std::strcmp(root->Name(), "content") == 0
+                                            ? root->FirstChildElement("items")
+                                            : nullptr;
+    for (const tinyxml2::XMLElement* record = items ? items->FirstChildElement("record") : nullptr; record;
+         record = record->NextSiblingElement("record")) {
+        const tinyxml2::XMLElement* name = record->FirstChildElement("name");
+        const tinyxml2::XMLElement* item = record->FirstChildElement("file");
+        if (!item || !item->GetText())
+            continue;
+        const CZoltaFilePath target = path.GetFolder().GetFile(CAtlString::FromUtf8(item->GetText()));
+        const CAtlString title = name && name->GetText() ? CAtlString::FromUtf8(name->GetText())
+                                                         : WithoutExtension(target.GetName());
+        out.push_back({title, target});
+    }
+}
+
+// Every item below `folder`: each ".galleryitem" file, and the records of each old catalogue.
+void CollectOldItems(const CZoltaDirectoryPath& folder, std::vector<OldItem>& out)
+{
+    std::vector<CZoltaFilePath> files;
+    folder.ListFiles(L"*.galleryitem", files);
+    for (const CZoltaFilePath& file : files)
+        out.push_back({WithoutExtension(file.GetName()), file});
+    files.clear();
+    folder.ListFiles(L"*.xml", files);
+    for (const CZoltaFilePath& file : files)
+        ReadOldCatalogue(file, out);
+    std::vector<CZoltaDirectoryPath> children;
+    folder.ListFolders(L"*", children);
+    for (const CZoltaDirectoryPath& child : children)
+        CollectOldItems(child, out);
+}
+
+CGalleryFolder* RootCategory(const CGalleryManifest& manifest)
+{
+    const CGalleryOrganizationList* organizations = manifest.GetOrganizations();
+    if (!organizations || organizations->m_count == 0)
+        return nullptr;
+    const CGalleryFolderList* items = organizations->m_array[0]->m_items;
+    return items && items->m_count > 0 ? items->m_array[0] : nullptr;
+}
+
 }  // namespace
 
-CGalleryInitializeThread::CGalleryInitializeThread() = default;
+std::shared_ptr<CGalleryManifest> OpenGalleryManifest(const CAtlString& path, const CQtGalleryThreadBase& thread,
+                                                      IGalleryManifestOpenObserver* observer)
+{
+    std::shared_ptr<CGalleryManifest> manifest(new (std::nothrow) CGalleryManifest, DeleteManifest);
+    if (!manifest || !manifest->IsInitialized())
+        return nullptr;
+    if (thread.IsCancelled()) {
+        Trace(kCancelling);
+        return nullptr;
+    }
+    const HRESULT result = CGalleryManifestIO::Open(*manifest, path.GetString(), observer, !g_noCache);
+    if (FAILED(result)) {
+        Trace(L"CGallery::Initialize : error opening manifest %s (HRESULT = 0x%x)\n", path.GetString(),
+              static_cast<unsigned>(result));
+        return nullptr;
+    }
+    if (result == S_FALSE) {
+        Trace(L"CGallery::Initialize : there is no manifest at %s\n", path.GetString());
+        return nullptr;
+    }
+    return manifest;
+}
+
+CGalleryInitializeThread::CGalleryInitializeThread() : m_oldMyContent(GetOldMyContentFolder()) {}
 
 CGalleryInitializeThread::~CGalleryInitializeThread()
 {
@@ -142,32 +240,42 @@ HRESULT CGalleryInitializeThread::CreateMyContent(const CZoltaFilePath& path)
 
 void CGalleryInitializeThread::MigrateOldMyContent()
 {
-    // The folder of versions before 9.2 does not exist here: there is never anything to import.
-    if (!GetOldMyContentFolder().Exists())
+    // In the product the old folder is "/dev/null", no folder: there is nothing to import.
+    if (!m_oldMyContent.Exists())
         return;
     Trace(L"CGallery::Initialize : migrating pre-9.2 My Content folders...\n");
+    const CZoltaFilePath path = GetMyContentManifestPath();
+    std::shared_ptr<CGalleryManifest> manifest = g_myContent ? g_myContent : OpenGallery(path.GetPath());
+    CGalleryFolder* root = manifest ? RootCategory(*manifest) : nullptr;
+    if (!root)
+        return;
+    std::vector<OldItem> items;
+    CollectOldItems(m_oldMyContent, items);
+    bool imported = false;
+    for (const OldItem& item : items) {
+        // Copied beside the manifest once: an item already there was imported by an earlier start.
+        const CZoltaFilePath copy = path.GetFolder().GetFile(item.file.GetName());
+        if (IsCancelled() || !item.file.Exists() || copy.Exists() || !item.file.CopyTo(copy, true))
+            continue;
+        CGalleryActivity* activity = nullptr;
+        if (FAILED(CGalleryActivity::Create(&activity)))
+            break;
+        activity->SetHref(copy.GetName());
+        activity->m_metadata->SetIdentifier(NewActivityIdentifier().GetString());
+        activity->m_metadata->m_titles->Add(L"en", item.title);
+        if (FAILED(root->AddActivity(activity))) {
+            CGalleryActivity::Destroy(activity);
+            break;
+        }
+        imported = true;
+    }
+    if (imported)
+        CGalleryManifestIO::Save(*manifest, path.GetPath().GetString(), !g_noCache);
 }
 
 std::shared_ptr<CGalleryManifest> CGalleryInitializeThread::OpenGallery(const CAtlString& path)
 {
-    std::shared_ptr<CGalleryManifest> manifest(new (std::nothrow) CGalleryManifest, DeleteManifest);
-    if (!manifest || !manifest->IsInitialized())
-        return nullptr;
-    if (IsCancelled()) {
-        Trace(kCancelling);
-        return nullptr;
-    }
-    const HRESULT result = CGalleryManifestIO::Open(*manifest, path.GetString(), this, !g_noCache);
-    if (FAILED(result)) {
-        Trace(L"CGallery::Initialize : error opening manifest %s (HRESULT = 0x%x)\n", path.GetString(),
-              static_cast<unsigned>(result));
-        return nullptr;
-    }
-    if (result == S_FALSE) {
-        Trace(L"CGallery::Initialize : there is no manifest at %s\n", path.GetString());
-        return nullptr;
-    }
-    return manifest;
+    return OpenGalleryManifest(path, *this, this);
 }
 
 void CGalleryInitializeThread::AddGallery(const CAtlString& path)

@@ -12,6 +12,11 @@
 
 struct CGalleryManifest;
 
+// The opening of one gallery at start-up: a new manifest from `path`, or null when `thread` was
+// cancelled, the manifest failed (logged) or there is none. The observer hears the parse.
+std::shared_ptr<CGalleryManifest> OpenGalleryManifest(const CAtlString& path, const CQtGalleryThreadBase& thread,
+                                                      IGalleryManifestOpenObserver* observer);
+
 // Finds the galleries of this machine and opens their manifests into the library's
 // process-wide state (GalleryLibrary.h). Cancellable: Cancel() is seen at every cancel point
 // and, through the open observer, at the next end tag of a manifest being parsed.
@@ -37,6 +42,10 @@ public:
     // Manifests of the subfolders of `folder`, "CVS" left out.
     static void ScanGalleryFolder(const CZoltaDirectoryPath& folder, std::vector<CZoltaFilePath>& out);
 
+    // Where the My Content folder of versions before 9.2 is looked for; nowhere ("/dev/null")
+    // unless a test points it at a folder of its own.
+    void SetOldMyContentFolder(const CZoltaDirectoryPath& folder) { m_oldMyContent = folder; }
+
 protected:
     int Work() override;
 
@@ -46,4 +55,6 @@ private:
     void OpenRegisteredGalleries(bool userScope);
     void OpenRepositories();
     void AddGallery(const CAtlString& path);
+
+    CZoltaDirectoryPath m_oldMyContent;
 };

@@ -159,6 +159,9 @@ bool CGalleryInstallation::IsHostileName(const CAtlString& name)
     const int length = name.GetLength();
     for (int i = 0; i <= length; ++i)
     {
+        // Control characters (C0, DEL, C1) would reach terminals and file names as they are.
+        if (i < length && (name[i] < 0x20 || (name[i] >= 0x7F && name[i] <= 0x9F)))
+            return true;
         if (i == length || name[i] == L'/' || name[i] == L'\\')
         {
             if (i - start == 2 && name[start] == L'.' && name[start + 1] == L'.')
@@ -204,7 +207,10 @@ HRESULT CGalleryInstallation::Locate(const CAtlString& name, CGalleryCategory* c
         return E_INVALIDARG;
     // Names come from the source's document: none may reach outside the folder it is joined to.
     if (IsHostileName(name))
+    {
+        NoteFailureReason(L"The source names it with control characters or a path outside its folder");
         return E_INVALIDARG;
+    }
     if (!IsUrl(m_source))
     {
         path = CZoltaDirectoryPath(m_source).GetFile(name);
@@ -214,7 +220,10 @@ HRESULT CGalleryInstallation::Locate(const CAtlString& name, CGalleryCategory* c
     path = m_downloadDirectory.GetFile(name);
     path.GetFolder().Create();
     Report(eGalleryInstallationProgressDownloading, category, name, 0, overall);
-    const HRESULT hr = FetchUrl(url, path, m_observer.GetProxyObserver(), &m_observer);
+    CAtlString reason;
+    const HRESULT hr = FetchUrl(url, path, m_observer.GetProxyObserver(), &m_observer, &reason);
+    if (FAILED(hr))
+        NoteFailureReason(reason + L" (" + url + L")");
     Report(eGalleryInstallationProgressDownloading, category, name, 100, overall);
     temporary = SUCCEEDED(hr);
     return hr;
@@ -275,6 +284,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
         {
             if (m_problem.IsEmpty())
                 m_problem = CAtlString(L"Could not read the list of categories of the source ") + source;
+            Report(eGalleryInstallationProgressFailed, nullptr, GalleryCategoriesXml, 100, 0);
             return located_hr;
         }
     }
@@ -313,7 +323,11 @@ HRESULT CGalleryInstallation::CheckCategoriesDocument(const CZoltaFilePath& path
     const QByteArray bytes = file.readAll();
     tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
     if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+    {
+        const CAtlString where = IsUrl(m_source) ? m_source + L"/" + GalleryCategoriesXml : path.GetPath();
+        NoteFailureReason(L"Cannot parse " + where + L": " + CAtlString(document.ErrorStr()));
         return E_INVALIDARG;
+    }
     const tinyxml2::XMLElement* root = document.RootElement();
     return root && root->FirstChildElement("categories") ? S_OK : E_FAIL;
 }
@@ -345,7 +359,13 @@ HRESULT CGalleryInstallation::ReadCategoriesDocument()
     const QByteArray bytes = file.readAll();
     tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
     if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
+    {
+        const CAtlString where = IsUrl(m_source) ? m_source + L"/" + GalleryCategoriesXml
+                                                 : m_categoriesDocument.GetPath();
+        NoteFailureReason(L"Cannot parse " + where + L": " + CAtlString(document.ErrorStr()));
+        Report(eGalleryInstallationProgressFailed, nullptr, GalleryCategoriesXml, 100, 0);
         return E_INVALIDARG;
+    }
     const tinyxml2::XMLElement* root = document.RootElement();
     const tinyxml2::XMLElement* categories = root ? root->FirstChildElement("categories") : nullptr;
     if (!categories)

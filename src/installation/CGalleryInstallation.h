@@ -102,7 +102,7 @@ private:
     void RemoveLeftovers() const;
     // Whether a fetched or copied document can stand for the source: E_INVALIDARG when it does not
     // parse (a cut transfer), E_FAIL without "categories".
-    static HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
+    HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
     void RemoveUnlistedRecords(bool& anySucceeded);
     void LoadInstalledRecords(CGalleryInstalledRecords& records) const;
     CZoltaDirectoryPath UninstallFolder() const;

@@ -4,6 +4,7 @@
 #include "CGalleryI18N.h"
 #include "CGalleryManifest.h"
 #include "CGalleryManifestIO.h"
+#include "ZipHelpers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -169,7 +170,22 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
     ScopedManifest package;
     if (!package.Get())
         return E_OUTOFMEMORY;
+    if (!path.Exists() && !CZoltaDirectoryPath(path.GetPath()).Exists())  // a package is a file or a folder
+    {
+        NoteFailureReason(L"Not found: " + path.GetPath());
+        return E_FAIL;
+    }
+    ZipTakeLastError();  // an earlier archive's failure is not this package's
     HRESULT hr = CGalleryManifestIO::Open(*package.Get(), path.GetPath(), nullptr, false);
+    // An archive that does not unpack whole opens as an empty manifest; it fails here, with why.
+    const std::string zipError = ZipTakeLastError();
+    if (!zipError.empty())
+    {
+        NoteFailureReason(L"Damaged package: " + CAtlString::FromUtf8(zipError.c_str()));
+        return E_FAIL;
+    }
+    if (FAILED(hr) || hr == S_FALSE)
+        NoteFailureReason(L"Not a readable package");
     if (FAILED(hr))
     {
         NoteFailureReason(CAtlString(L"the package could not be read or extracted whole"));

@@ -268,10 +268,14 @@ bool CInstallationController::FindSource(const CAtlString& path)
     return false;
 }
 
-bool CInstallationController::TestUrl(const CAtlString& url)
+bool CInstallationController::TestUrl(const CAtlString& url, CAtlString* reason)
 {
     if (!CGalleryInstallation::IsUrl(url))
+    {
+        if (reason)
+            *reason = L"Not an address";
         return false;
+    }
     const CZoltaFilePath temporary = MakeTempFile(L".xml", L"SCVTemp");
     CAtlString location = url;
     if (!location.IsEmpty() && location[location.GetLength() - 1] == L'/')
@@ -280,7 +284,7 @@ bool CInstallationController::TestUrl(const CAtlString& url)
     location += CGalleryInstallation::GalleryCategoriesXml;
     CGalleryInstallationMetaObserver observer;
     observer.SetProxyObserver(m_proxyObserver);
-    const HRESULT hr = FetchUrl(location, temporary, m_proxyObserver, &observer);
+    const HRESULT hr = FetchUrl(location, temporary, m_proxyObserver, &observer, reason);
     temporary.Remove();
     return hr == S_OK;
 }

@@ -65,7 +65,7 @@ public:
     // gallery; otherwise the gallery's URL becomes the source and the result is false.
     bool FindSource(const CAtlString& path);
     // Whether the categories document can be fetched from `url`.
-    bool TestUrl(const CAtlString& url);
+    bool TestUrl(const CAtlString& url, CAtlString* reason = nullptr);
     static void SetConnectionAvailable(bool available);
 
     // The window-based open: destination and source as they stand.

@@ -18,8 +18,8 @@ bool RecordedVersion(const CGalleryCategory& category, CAtlString& version)
     {
     case eGalleryCategoryActionInstall:
         version = category.GetVersion();
-        // Any success counts: a re-install that replaced the earlier record reports 4.
-        return SUCCEEDED(category.GetResult());
+        // Exactly 0: a code of partial success (1) or of a replaced record (4) is not a clean install.
+        return category.GetResult() == S_OK;
     case eGalleryCategoryActionNone:
         version = category.GetInstalledVersion();
         return category.IsInstalled();

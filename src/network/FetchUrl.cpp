@@ -29,7 +29,7 @@ private:
 }  // namespace
 
 HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
-                 IByteProgressObserver* progress)
+                 IByteProgressObserver* progress, CAtlString* reason)
 {
     FetchConnection connection(progress);
     if (proxyObserver) {
@@ -40,7 +40,10 @@ HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyO
                         &IProxyObserver::ReadProgress);
     }
     QtDownloader downloader;
-    return downloader.Download(url, localFile, &connection);
+    const HRESULT hr = downloader.Download(url, localFile, &connection);
+    if (reason)
+        *reason = CAtlString(downloader.GetFailureReason());
+    return hr;
 }
 
 CZoltaFilePath FetchToTempFile(const CAtlString& url, IProxyObserver* proxyObserver)

@@ -18,9 +18,10 @@ public:
 
 // The one entry to the network for the engine: fetches `url` into `localFile` through the proxy
 // the observer knows of (none when the observer is null or its host is empty). The observer
-// answers 407 replies; bytes go to `progress` when given, else to the observer.
+// answers 407 replies; bytes go to `progress` when given, else to the observer. On failure,
+// `reason` (when given) says why in plain English.
 HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
-                 IByteProgressObserver* progress = nullptr);
+                 IByteProgressObserver* progress = nullptr, CAtlString* reason = nullptr);
 
 // Fetches `url` into a new temporary file named from "SCVTemp" and the extension of the URL's
 // path. Gives that file, or an empty path on failure (a partial file is then removed).

@@ -15,7 +15,7 @@ constexpr int kProxyAuthenticationRequired = 407;
 HttpGetRequest::HttpGetRequest(QIODevice* output, QObject* parent)
     : QObject(parent),
       m_output(output),
-      m_parser([this](const char* data, qint64 size) { return m_output && m_output->write(data, size) == size; }),
+      m_parser([this](const char* data, qint64 size) { return WriteBody(data, size); }),
       m_buffer(static_cast<size_t>(kReadChunk))
 {
 }
@@ -49,6 +49,26 @@ int HttpGetRequest::Start(const Target& target)
     return m_id;
 }
 
+bool HttpGetRequest::WriteBody(const char* data, qint64 size)
+{
+    if (m_bodyCheck && !m_bodyStarted) {
+        // Before the first byte: a body announced too large for the disk is refused whole.
+        m_bodyStarted = true;
+        m_bodyRefusal = m_bodyCheck(0, m_parser.ContentLength());
+        if (!m_bodyRefusal.isEmpty())
+            return false;
+    }
+    if (!m_output || m_output->write(data, size) != size)
+        return false;
+    const qint64 written = m_parser.BodyBytes();  // counts this piece already
+    if (m_bodyCheck && written - m_checkedAt >= kBodyCheckInterval) {
+        m_checkedAt = written;
+        m_bodyRefusal = m_bodyCheck(written, m_parser.ContentLength());
+        return m_bodyRefusal.isEmpty();
+    }
+    return true;
+}
+
 void HttpGetRequest::OnConnected()
 {
     m_socket->write(m_request);
@@ -72,7 +92,7 @@ void HttpGetRequest::ReadAvailable()
             emit responseHeaderReceived(m_parser.Status());
         }
         if (!good) {
-            Finish(true, m_parser.ErrorString());
+            Finish(true, m_bodyRefusal.isEmpty() ? m_parser.ErrorString() : m_bodyRefusal);
             return;
         }
         if (m_parser.Complete())

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 class QIODevice;
@@ -35,6 +36,13 @@ public:
     explicit HttpGetRequest(QIODevice* output, QObject* parent = nullptr);
     ~HttpGetRequest() override;
 
+    // Asked before the first byte of body is written (with 0) and then after every
+    // kBodyCheckInterval bytes of body: empty lets the body go on, any other text ends the request
+    // with that error. The second argument is the Content-Length, or -1.
+    using BodyCheck = std::function<QString(qint64 bodyBytes, qint64 contentLength)>;
+    static constexpr qint64 kBodyCheckInterval = 1024 * 1024;
+    void SetBodyCheck(BodyCheck check) { m_bodyCheck = std::move(check); }
+
     // Starts the request; gives its id, which the finished signal carries.
     int Start(const Target& target);
     QString ErrorString() const { return m_error; }
@@ -53,6 +61,7 @@ private slots:
 private:
     void ReadAvailable();
     void Finish(bool error, const QString& message = QString());
+    bool WriteBody(const char* data, qint64 size);
 
     QIODevice* m_output;
     QTcpSocket* m_socket = nullptr;
@@ -63,4 +72,8 @@ private:
     bool m_headerSignalled = false;
     bool m_finished = false;
     QString m_error;
+    BodyCheck m_bodyCheck;
+    QString m_bodyRefusal;
+    qint64 m_checkedAt = 0;
+    bool m_bodyStarted = false;
 };

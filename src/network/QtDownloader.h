@@ -8,7 +8,12 @@
 
 #include "CAtlString.h"
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <QString>
+
+#include <deque>
+#include <utility>
 
 class QFile;
 class QUrl;
@@ -18,13 +23,25 @@ class QUrl;
 //
 // Only the scheme "http" is served; the query string never goes out; any status above 200 is a
 // failure (so no redirect is followed); an empty result is a failure; the fetch gives up after
-// 20 seconds without any sign of life, however long the whole transfer takes. A 407 asks the
-// connection for credentials and goes round again for as long as it hands out new ones.
+// 20 seconds without any sign of life, however long the whole transfer takes, and also when fewer
+// than 1,024 bytes arrive in any 60 seconds (a trickle that is never quite idle). A body stops at
+// its Content-Length; one without a length stops when the disk's free space falls below a margin.
+// A transfer cut short fails, and what it left is removed. A 407 asks the connection for
+// credentials and goes round again for as long as it hands out new ones.
 class QtDownloader : public QObject
 {
     Q_OBJECT
 public:
     static constexpr int kTimeOutMs = 20000;
+
+    // The bounds a source must keep to. Tests shorten them; the product keeps these values.
+    struct Limits
+    {
+        int idleMs = kTimeOutMs;
+        int windowMs = 60000;
+        qint64 windowBytes = 1024;
+        qint64 freeSpaceMargin = 64 * 1024 * 1024;
+    };
 
     explicit QtDownloader(QObject* parent = nullptr);
     ~QtDownloader() override;
@@ -35,6 +52,10 @@ public:
 
     // The last HTTP status seen; 0 when no reply came.
     int GetStatus() const { return m_status; }
+    // Why the last Download failed, in plain English; empty after a success.
+    const QString& GetFailureReason() const { return m_failureReason; }
+
+    void SetLimits(const Limits& limits) { m_limits = limits; }
 
 public slots:
     void OnRequestFinished(int id, bool error);
@@ -48,12 +69,22 @@ private:
     bool MakeTarget(const QUrl& url, int port, const CAtlString& user, const CAtlString& password,
                     HttpGetRequest::Target& target) const;
     void Wait();
+    // True once the transfer fell below the rate of the window rule.
+    bool TooSlow();
+    // Empty while the body may go on; else why it may not.
+    QString CheckSpace(const QString& localFile, qint64 bodyBytes, qint64 contentLength) const;
+    HRESULT Fail(QFile& file, HRESULT result, const QString& reason);
 
     ConnectionInfoBase* m_connection = nullptr;
     HttpGetRequest* m_http = nullptr;
     int m_requestId = 0;
     bool m_finished = false;
     int m_status = 0;
-    int m_timeOut = kTimeOutMs;
     int m_timeLeft = 0;
+    Limits m_limits;
+    QString m_failureReason;
+    QString m_requestError;
+    bool m_tooSlow = false;
+    QElapsedTimer m_clock;
+    std::deque<std::pair<qint64, qint64>> m_received;  // (ms since the request, body bytes) samples
 };

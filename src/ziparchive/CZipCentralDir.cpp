@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 using namespace zipbytes;
 
@@ -109,6 +111,21 @@ void CZipCentralDir::Read(CZipAbstractFile& file, const std::string& archiveName
             CZipException::Throw(CZipException::badZipFile, archiveName);
         at += used;
     }
+    RefuseOverlaps(archiveName);
+}
+
+void CZipCentralDir::RefuseOverlaps(const std::string& archiveName) const
+{
+    // Each entry owns at least its local header and its compressed bytes. Entries that share bytes
+    // would let one small stream be extracted many times over, so such a table is damage.
+    std::vector<std::pair<uint64_t, uint64_t>> spans;
+    spans.reserve(m_headers.size());
+    for (const CZipFileHeader& header : m_headers)
+        spans.emplace_back(header.m_uOffset, uint64_t(header.m_uOffset) + kLocalHeaderSize + header.m_uComprSize);
+    std::sort(spans.begin(), spans.end());
+    for (size_t i = 1; i < spans.size(); ++i)
+        if (spans[i].first < spans[i - 1].second)
+            CZipException::Throw(CZipException::badZipFile, archiveName);
 }
 
 void CZipCentralDir::Write(CZipAbstractFile& file, const std::string& archiveName) const

@@ -13,7 +13,8 @@ class CZipCentralDir
 {
 public:
     // Finds the end record by reading backwards from the end of the file, checks it, and reads
-    // every central header. No end record is 116; one that contradicts itself or the file is 101.
+    // every central header. No end record is 116; one that contradicts itself or the file is 101,
+    // and so are entries whose data overlap.
     void Read(CZipAbstractFile& file, const std::string& archiveName);
     // Writes the headers and the end record at the file's position, and cuts the file there.
     void Write(CZipAbstractFile& file, const std::string& archiveName) const;
@@ -30,6 +31,7 @@ public:
     std::string m_comment;
 
 private:
+    void RefuseOverlaps(const std::string& archiveName) const;
     uint64_t FindEndRecord(CZipAbstractFile& file, const std::string& archiveName,
                            unsigned char* record);
 };

@@ -45,8 +45,17 @@ std::string CZipPathComponent::ToArchiveName(std::string name)
 bool CZipPathComponent::SplitSafely(const std::string& name, std::vector<std::string>& components)
 {
     components.clear();
-    if (name.empty() || IsSeparator(name[0]) || name.find('\0') != std::string::npos)
+    if (name.empty() || IsSeparator(name[0]))
         return false;
+    // No control character (C0, DEL, or C1 in UTF-8) may reach a file name: they would reach
+    // terminals and listings as they are.
+    for (size_t i = 0; i < name.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(name[i]);
+        const bool c1 = c == 0xC2 && i + 1 < name.size() && static_cast<unsigned char>(name[i + 1]) >= 0x80 &&
+                        static_cast<unsigned char>(name[i + 1]) <= 0x9F;
+        if (c < 0x20 || c == 0x7F || c1)
+            return false;
+    }
     size_t start = 0;
     while (start <= name.size()) {
         size_t end = start;

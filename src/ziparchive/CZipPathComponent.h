@@ -29,7 +29,7 @@ public:
     // The components of an entry name as they would land under an extraction folder: empty and
     // "." components dropped, so "./" leaves none: the folder itself. False for a name that could
     // reach outside that folder or cannot be made on this system: empty, absolute, with a ".."
-    // component, or with a NUL.
+    // component, or with a control character (NUL among them).
     static bool SplitSafely(const std::string& name, std::vector<std::string>& components);
 
     // Case-blind comparison of two names, "\" and "/" alike; non-ASCII letters compare through

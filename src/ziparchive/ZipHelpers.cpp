@@ -7,12 +7,14 @@
 #include "ZipPlatform.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <dirent.h>
 #include <fnmatch.h>
 #include <functional>
 #include <new>
 #include <string>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -32,19 +34,25 @@ void PrepareArchive(const CZipArchive& zip)
         ZipPlatform::Trace("CZipArchive::EnableOemConversion: Set it before opening the archive");
 }
 
-// Runs `work` on a fresh archive opened in `mode`; every archive failure becomes false.
+thread_local std::string t_lastError;
+
+// Runs `work` on a fresh archive opened in `mode`; every archive failure becomes false, and its
+// text is kept for ZipTakeLastError.
 bool WithArchive(const CZoltaFilePath& archive, int mode, const std::function<bool(CZipArchive&)>& work)
 {
     CZipArchive zip;
     PrepareArchive(zip);
+    t_lastError.clear();
     try {
         if (!zip.Open(Utf8(archive.GetPath()), mode, 0))
             return false;
         const bool result = work(zip);
         zip.Close();
         return result;
-    } catch (const CZipException&) {
+    } catch (const CZipException& error) {
+        t_lastError = error.GetErrorDescription();
     } catch (const std::bad_alloc&) {
+        t_lastError = CZipException::GetInternalErrorDescription(CZipException::memError);
     }
     if (!zip.IsClosed())
         zip.Close(true);
@@ -210,9 +218,25 @@ bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& des
 {
     const std::string target = FolderText(destination);
     return WithArchive(archive, CZipArchive::zipOpenReadOnly, [&](CZipArchive& zip) {
+        // Each entry stops at its declared size, so their sum is all the archive may write: it must
+        // fit before the first byte goes.
+        uint64_t declared = 0;
+        for (int index = 0; index < zip.GetCount(); ++index) {
+            CZipFileHeader header;
+            if (zip.GetFileInfo(header, index))
+                declared += header.GetSize();
+        }
+        const int64_t available = ZipPlatform::FreeSpace(target);
+        if (available >= 0 && declared > uint64_t(available))
+            CZipException::ThrowErrno(ENOSPC, target);
         for (int index = 0; index < zip.GetCount(); ++index)
             if (!zip.ExtractFile(index, target, true))
                 return false;
         return true;
     });
+}
+
+std::string ZipTakeLastError()
+{
+    return std::exchange(t_lastError, std::string());
 }

@@ -5,6 +5,7 @@
 #include "CZoltaFilePath.h"
 
 #include <cstddef>
+#include <string>
 
 // The archive operations the rest of the system uses. Each one makes its own CZipArchive, opens,
 // works, and closes it again, so no archive stays open between calls. A failure of the archive is
@@ -30,5 +31,10 @@ bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
 // Extracts the entry `name` into memory; `buffer` and `size` are 0 unless the result is true.
 bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name,
                         unsigned char*& buffer, size_t& size);
-// Extracts every entry in index order into `destination`, keeping sub-folders.
+// Extracts every entry in index order into `destination`, keeping sub-folders. Refused (28, "No
+// space left on device") when the entries' declared sizes do not fit in the free space.
 bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
+
+// Why the last helper called on this thread returned false for a damaged or unfit archive, as the
+// archive layer words it; empty when it did not fail that way. Taking it clears it.
+std::string ZipTakeLastError();

@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <mutex>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/time.h>
 #include <vector>
 
@@ -219,3 +220,17 @@ bool GetFileAttr(const std::string& path, uint32_t& mode)
 }
 
 }  // namespace ZipPlatform
+
+int64_t ZipPlatform::FreeSpace(const std::string& path)
+{
+    std::string probe = path.empty() ? std::string(".") : path;
+    for (;;) {
+        struct statvfs status;
+        if (::statvfs(probe.c_str(), &status) == 0)
+            return int64_t(status.f_bavail) * int64_t(status.f_frsize);
+        const size_t slash = probe.find_last_of('/');
+        if (slash == std::string::npos || probe == "/")
+            return -1;
+        probe = slash == 0 ? std::string("/") : probe.substr(0, slash);
+    }
+}

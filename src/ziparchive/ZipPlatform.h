@@ -33,6 +33,10 @@ void SetFileModTime(const std::string& path, time_t modified);
 // st_mode of the path (links followed); false when it cannot be examined.
 bool GetFileAttr(const std::string& path, uint32_t& mode);
 
+// Bytes an unprivileged user may still write on the file system that holds `path`, or the
+// nearest existing folder above it; -1 when that cannot be told.
+int64_t FreeSpace(const std::string& path);
+
 // The archive's default: this platform's system code in "version made by".
 constexpr int kSystemUnix = 3;
 

@@ -59,6 +59,29 @@ TEST(CLIProgress, CategoryNameGoesInParenthesesBeforeTheItem)
     EXPECT_STREQ("Installing:  \t[5%] y\n", CLIProgress::FormatLine(2, nullptr, L"y", 5).GetString());
 }
 
+TEST(CLIProgress, ControlCharactersFromASourceArePrintedEscaped)
+{
+    for (const auto& [raw, shown] : {std::pair{L"\x1b[2J.zip", "\\x1B[2J.zip"}, {L"a\rb\n", "a\\x0Db\\x0A"},
+                                     {L"\x7f\x9b\x01", "\\x7F\\x9B\\x01"}, {L"\u00e9\u20ac", "\xC3\xA9\xE2\x82\xAC"}})
+    {
+        const CAtlString category(raw);
+        EXPECT_EQ(std::string("Installing:  \t[1%] (") + shown + ") " + shown + "\n",
+                  CLIProgress::FormatLine(2, &category, raw, 1).GetString());
+    }
+}
+
+TEST(CLIProgress, EachFailureIsOneLineOnStandardErrorWithItsReasonAndIsCounted)
+{
+    CLIProgress progress;  // not verbose: a failure is a complaint all the same
+    testing::internal::CaptureStderr();
+    progress.FailureReason(nullptr, L"a\x1b.zip", L"HTTP status 404");
+    progress.Progress(eGalleryInstallationProgressFailed, nullptr, L"a\x1b.zip", 100, 10);
+    progress.Progress(eGalleryInstallationProgressComplete, nullptr, L"x", 100, 15);
+    progress.Progress(eGalleryInstallationProgressFailed, nullptr, L"b.zip", 100, 20);  // no reason of its own
+    EXPECT_EQ("Failed: a\\x1B.zip: HTTP status 404\nFailed: b.zip\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(2, progress.GetFailedCount());
+}
+
 TEST(CLIProgress, ARealCategoryIsNamedByItsTitle)
 {
     tinyxml2::XMLDocument document;

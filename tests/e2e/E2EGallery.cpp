@@ -99,9 +99,10 @@ std::string ProgressLine(const std::string& word, int overall, const std::string
     return word + " \t[" + std::to_string(overall) + "%] (" + category + ") " + item;
 }
 
-std::string DownloadFailure(const std::string& url)
+std::string DownloadFailure(const std::string& url, const std::string& reason)
 {
-    return "Could not download the file:\n" + url + "\nMake sure the computer has an active Internet connection.\n";
+    return "Could not download the file:\n" + url + "\nMake sure the computer has an active Internet connection.\n" +
+           reason + "\n";
 }
 
 std::string NotWritable(const std::string& path)

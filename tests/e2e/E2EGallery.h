@@ -48,8 +48,8 @@ bool HasInOrder(const std::vector<std::string>& lines, const std::vector<std::st
 // One finished CLIProgress line of a stage 1 to 4.
 std::string ProgressLine(const std::string& word, int overall, const std::string& category, const std::string& item);
 
-// Standard error of code 7.
-std::string DownloadFailure(const std::string& url);
+// Standard error of code 7, with the reason on a line of its own.
+std::string DownloadFailure(const std::string& url, const std::string& reason = "Connection refused");
 // Standard error of code 1.
 std::string NotWritable(const std::string& path);
 

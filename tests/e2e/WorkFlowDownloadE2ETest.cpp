@@ -98,17 +98,6 @@ TEST_F(DownloadFromHttp, DownloadSomeTakesKnownAliasesAndComplainsInLowerCase)
     ExpectTidySource();
 }
 
-TEST_F(DownloadFromHttp, AGivenUrlIsNotCheckedAndTheGallerysOwnSourceServes)
-{
-    // The given URL is no folder with the data, so the gallery's default source stands.
-    const std::string elsewhere = HttpUrl(FreeLoopbackPort(), QStringLiteral("/elsewhere")).toStdString();
-    const RunResult r = Download("--downloadall", {"-source", elsewhere});
-    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
-    for (const SampleCategory& category : SampleCategories())
-        EXPECT_TRUE(HasPackagesOf(category.alias)) << category.alias;
-    ExpectTidySource();
-}
-
 TEST_F(DownloadFromHttp, ANewDownloadReplacesTheCopysCategoriesDocument)
 {
     ASSERT_EQ(0, Download("--downloadall").exitCode);
@@ -126,12 +115,12 @@ TEST_F(DownloadFromHttp, ANewDownloadReplacesTheCopysCategoriesDocument)
     ExpectTidySource();
 }
 
-TEST_F(DownloadFromHttp, APackageMissingOnTheServerShowsInTheProgressOnly)
+TEST_F(DownloadFromHttp, APackageMissingOnTheServerFailsTheRunButNotTheOthers)
 {
     WriteSource(m_source, {}, {"cow.zip"});
     const RunResult r = Download("--downloadall", {"-verbose"});
-    EXPECT_EQ(0, r.exitCode);
-    EXPECT_EQ("", r.err);
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_EQ("Failed: cow.zip: HTTP status 404 (" + m_url + "/cow.zip)\n1 file failed.\n", r.err);
     // cow.zip is the second of five packages: asked for at 30%, given up at 40%.
     EXPECT_NE(std::string::npos, r.out.find("Failed\n \t[40%] (Animals) cow.zip\n")) << r.out;
     EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
@@ -148,14 +137,16 @@ TEST_F(DownloadFromHttp, AHostileNameInTheDocumentWritesNothingOutsideTheCopy)
     ASSERT_TRUE(WriteFile(m_source + "/gallery_categories.xml", document));
     fs::copy_file(m_source + "/bell.zip", m_source + "/escaped.zip");
 
+    const std::string refused =
+        "Failed: ../escaped.zip: The source names it with control characters or a path outside its folder\n";
     const RunResult r = Download("--downloadall");
-    EXPECT_EQ((Outcome{0, CheckedThenDone(), ""}), OutcomeOf(r));
+    EXPECT_EQ((Outcome{1, CheckedThenDone(), refused + "1 file failed.\n"}), OutcomeOf(r));
     EXPECT_FALSE(Exists(m_base + "/escaped.zip"));
     EXPECT_TRUE(HasPackagesOf("animals"));
 
     const RunResult install = Curatool({"--installall", "-allowdownload", "-configuration", m_collection,
                                         "-destination", m_gallery});
-    EXPECT_EQ((Outcome{0, CheckedThenDone(), ""}), OutcomeOf(install));
+    EXPECT_EQ((Outcome{0, CheckedThenDone(), refused}), OutcomeOf(install));
     EXPECT_FALSE(Exists(m_base + "/escaped.zip"));
     EXPECT_FALSE(Exists(m_base + "/tmp/escaped.zip"));
     EXPECT_TRUE(HasCategory(m_gallery, "maps"));

@@ -31,14 +31,18 @@ protected:
             EXPECT_TRUE(HasCategory(m_gallery, category.alias)) << category.alias;
     }
 
-    // The check failed: its first line, maybe the downloader's own word, and code 7.
-    void ExpectCheckFailed(const RunResult& r, const std::string& url)
+    // The check failed: its first line, maybe the downloader's own word, and code 7 with the
+    // reason on a line of its own (any reason and wording, when none is given here).
+    void ExpectCheckFailed(const RunResult& r, const std::string& url, const std::string& reason = "")
     {
         EXPECT_EQ(1, r.exitCode);
         EXPECT_TRUE(StartsWith(r.out, "Checking connection to: " + url + "\n")) << r.out;
         EXPECT_EQ(std::string::npos, r.out.find("Check succeeded.")) << r.out;
         EXPECT_EQ(std::string::npos, r.out.find("Done.")) << r.out;
-        EXPECT_EQ(DownloadFailure(url), r.err);
+        if (!reason.empty())
+            EXPECT_EQ(DownloadFailure(url, reason), r.err);
+        else
+            EXPECT_TRUE(StartsWith(r.err, "Could not download the file:\n" + url + "\n")) << r.err;
         EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
     }
 };
@@ -95,14 +99,17 @@ TEST_F(InstallOverHttp, AnUnreachableServerOrOneWithoutTheGalleryEndsTheRunWithI
 {
     const std::string dead = HttpUrl(FreeLoopbackPort(), QStringLiteral("/gallery")).toStdString();
     SetDefaultSource(dead);
-    ExpectCheckFailed(InstallWithDownload(), dead);
+    ExpectCheckFailed(InstallWithDownload(), dead, "Connection refused");
     ExpectCheckFailed(Curatool({"--installsome", "-allowdownload", "-configuration", m_collection, "-destination",
                                 m_gallery, "-c", "maps"}),
-                      dead);
+                      dead, "Connection refused");
 
+    // A server that answers was reached: its status, and no advice about the connection.
     const std::string wrong = m_url + "/missing";
     SetDefaultSource(wrong);
-    ExpectCheckFailed(InstallWithDownload(), wrong);
+    const RunResult r = InstallWithDownload();
+    EXPECT_EQ(1, r.exitCode);
+    EXPECT_EQ("Could not download the file:\n" + wrong + "\nHTTP status 404\n", r.err);
 }
 
 TEST_F(InstallOverHttp, AUrlAsSourceIsNoSourceWithoutAllowDownload)

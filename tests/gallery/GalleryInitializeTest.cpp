@@ -1,4 +1,5 @@
 #include "CSettingsStore.h"
+#include "CGalleryMultiproc.h"
 #include "GalleryIdentifiers.h"
 #include "GalleryInitializeThread.h"
 #include "GalleryLibrary.h"
@@ -218,6 +219,63 @@ TEST_F(GalleryInitializeTest, SharedGalleryComesFromTheInstallationFolder)
     ASSERT_TRUE(g_sharedGallery);
     EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
     folder.Remove();
+}
+
+TEST_F(GalleryInitializeTest, AnOldMyContentFolderIsImportedOnceIntoTheRootCategory)
+{
+    // The product looks for the old folder at "/dev/null", no folder: nothing to import.
+    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
+    GalleryLibraryShutdown();
+
+    const std::string old = MakeScratchDir("old-my-content");
+    ASSERT_TRUE(curatool::test::WriteFile(old + "/frog.galleryitem", "frog"));
+    ASSERT_TRUE(curatool::test::WriteFile(old + "/sub/owl.galleryitem", "owl"));
+    ASSERT_TRUE(curatool::test::WriteFile(old + "/lesson.doc", "not an item"));
+    ASSERT_TRUE(curatool::test::WriteFile(old + "/cat/catalogue.xml",
+                                          "<content><items><record><name>Pond</name><file>pond.png</file></record>"
+                                          "<record><name>Gone</name><file>absent.png</file></record></items></content>"));
+    ASSERT_TRUE(curatool::test::WriteFile(old + "/cat/pond.png", "pond"));
+
+    const auto importOnce = [&] {
+        CGalleryInitializeThread thread;
+        thread.SetOldMyContentFolder(CZoltaDirectoryPath(old.c_str()));
+        ASSERT_EQ(thread.Run(), S_OK);
+        GalleryLibraryShutdown();
+    };
+    importOnce();
+    importOnce();  // a second start finds the items there already
+
+    CGalleryManifest reopened;
+    const CZoltaFilePath myContent = GetMyContentManifestPath();
+    ASSERT_EQ(CGalleryManifestIO::Open(reopened, myContent.GetPath().GetString(), nullptr, false), S_OK);
+    const CGalleryFolder* root = reopened.m_organizations->GetAt(0)->m_items->GetAt(0);
+    std::vector<std::string> imported;
+    for (std::uint32_t i = 0; i < root->m_activities->GetCount(); ++i) {
+        const CGalleryActivity* activity = root->m_activities->GetAt(i);
+        imported.push_back(N(activity->m_metadata->m_titles->Lookup(L"en")) + "=" + N(activity->m_href));
+        EXPECT_EQ(curatool::test::ReadFile(N(myContent.GetFolder().GetFile(activity->m_href).GetPath().GetString())),
+                  N(activity->m_href).substr(0, N(activity->m_href).find('.')));
+    }
+    std::sort(imported.begin(), imported.end());
+    EXPECT_EQ(imported, (std::vector<std::string>{"Pond=pond.png", "frog=frog.galleryitem", "owl=owl.galleryitem"}));
+}
+
+TEST_F(GalleryInitializeTest, MultiprocOpensOneListInOrderSkippingFailuresUntilCancelled)
+{
+    const std::string first = MakeGallery(MakeScratchDir("multi-a") + "/A", L"urn:a");
+    const std::string second = MakeGallery(MakeScratchDir("multi-b") + "/B", L"urn:b");
+    CGalleryMultiproc opener({W(first), W(MakeScratchDir("multi-none") + "/imsmanifest.xml"), W(second)});
+    opener.Start(false);
+    opener.Wait();
+    EXPECT_EQ(opener.Result(), S_OK);
+    ASSERT_EQ(opener.GetOpened().size(), 2u);
+    EXPECT_STREQ(opener.GetOpened()[0]->m_metadata->m_identifier, L"urn:a");
+    EXPECT_STREQ(opener.GetOpened()[1]->m_metadata->m_identifier, L"urn:b");
+
+    CGalleryMultiproc cancelled({W(first)});
+    cancelled.Cancel();
+    EXPECT_EQ(cancelled.Run(), E_ABORT);
+    EXPECT_TRUE(cancelled.GetOpened().empty());
 }
 
 }  // namespace

@@ -268,6 +268,16 @@ TEST_F(ControllerFixture, TheStateFileRecordsSuccessfulInstallsAndEveryUpdate)
     EXPECT_EQ((std::vector<int>{3, 6}), events.events);
     info = UpdateInfo();
     EXPECT_TRUE(Contains(info, "<category id=\"gal-1.farm\" version=\"1.0\"/>")) << "updates count whatever happened";
+
+    // An install counts only with a result of exactly 0: not partly (1), not by a replaced record (4).
+    CGalleryCategory* pets = controller->GetInstallation()->CategoryById(L"gal-1.pets");
+    pets->SetAction(1);
+    for (const auto& [result, recorded] : {std::pair{S_OK, true}, {S_FALSE, false}, {HRESULT(4), false}, {E_FAIL, false}})
+    {
+        pets->SetResult(result);
+        writer.Write(controller->GetInstallation());
+        EXPECT_EQ(recorded, Contains(UpdateInfo(), "gal-1.pets")) << result;
+    }
 }
 
 TEST_F(ControllerFixture, DownloadAllOverHttpCountsEachFileTwice)

@@ -7,6 +7,7 @@
 #include "ConnectionInfo.h"
 #include "CZoltaDirectoryPath.h"
 #include "FetchUrl.h"
+#include "HttpGetRequest.h"
 #include "ProxyHandler.h"
 #include "QtDownloader.h"
 
@@ -19,6 +20,7 @@
 #include <QFile>
 #include <QHostAddress>
 #include <QRandomGenerator>
+#include <QStorageInfo>
 #include <QTcpServer>
 
 #include <gtest/gtest.h>
@@ -188,18 +190,30 @@ TEST_F(ScriptedServerTest, SendsOnlyThePathToTheGivenPort)
 
 TEST_F(ScriptedServerTest, BadStatusesRemoveTheFileAndBrokenRepliesLeaveItEmpty)
 {
+    struct Case
+    {
+        QString path;
+        bool removed;
+        QString reason;
+    };
     QStringList requested;
-    for (const auto& [path, removed] : std::vector<std::pair<QString, bool>>{
-             {"/redirect", true}, {"/missing", true}, {"/created", true},
-             {"/empty.zip", false}, {"/garbage", false}, {"/close", false}}) {
+    for (const Case& one : {Case{"/redirect", true, "HTTP status 302"}, Case{"/missing", true, "HTTP status 404"},
+                            Case{"/created", true, "HTTP status 201"}, Case{"/empty.zip", false, "The reply was empty"},
+                            Case{"/garbage", false, "Invalid HTTP response header"},
+                            Case{"/close", false, "Connection closed"}}) {
         const std::string local = ScratchFile("status", "reply.bin");
         RecordingConnection connection;
-        EXPECT_EQ(E_FAIL, Fetch(Url(path), local, connection)) << path.toStdString();
-        EXPECT_EQ(!removed, curatool::test::Exists(local)) << path.toStdString();
-        EXPECT_EQ("", curatool::test::ReadFile(local)) << path.toStdString();
-        if (!removed)
-            EXPECT_TRUE(connection.progress.empty()) << path.toStdString();
-        requested << QStringLiteral("GET %1 HTTP/1.1").arg(path);
+        QtDownloader downloader;
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(E_FAIL, downloader.Download(CAtlString(Url(one.path)), CZoltaFilePath(local.c_str()), &connection))
+            << one.path.toStdString();
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(one.reason, downloader.GetFailureReason()) << one.path.toStdString();
+        EXPECT_EQ(!one.removed, curatool::test::Exists(local)) << one.path.toStdString();
+        EXPECT_EQ("", curatool::test::ReadFile(local)) << one.path.toStdString();
+        if (!one.removed)
+            EXPECT_TRUE(connection.progress.empty()) << one.path.toStdString();
+        requested << QStringLiteral("GET %1 HTTP/1.1").arg(one.path);
     }
     // The redirect was not followed: one request per fetch, and none to its target.
     EXPECT_EQ(requested, Requests());
@@ -216,59 +230,110 @@ TEST_F(ScriptedServerTest, BodiesByChunksOrUpToTheCloseArriveWhole)
     EXPECT_EQ(0, connection.progress.back().second);  // no length given
 }
 
-TEST_F(ScriptedServerTest, ContentLengthRulesTheBody)
+// What the disk takes is bounded by the announced length, or without one by the free space; a body
+// cut short fails, and what it left is removed.
+TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)
 {
     const std::string local = ScratchFile("length", "reply.bin");
-    RecordingConnection connection;
-    // More bytes than announced: only the announced ones are kept.
-    ASSERT_EQ(S_OK, Fetch(Url("/short-length"), local, connection));
-    EXPECT_EQ("12345", curatool::test::ReadFile(local));
-
-    // The connection drops after 300 of 1000 bytes: the status was good and bytes came, so the
-    // fetch counts as done; what arrived stays, and whoever opens it finds it short.
-    testing::internal::CaptureStdout();
-    const HRESULT dropped = Fetch(Url("/drop"), local, connection);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(S_OK, dropped);
-    EXPECT_EQ(std::string(300, 'y'), curatool::test::ReadFile(local));
-    EXPECT_EQ("Wrong content length\n", printed);
-    EXPECT_EQ(std::make_pair(300, 1000), connection.progress.back());
+    const qint64 freeNow = QStorageInfo(QString::fromStdString(local).section('/', 0, -2)).bytesAvailable();
+    ASSERT_GT(freeNow, 64 * 1024 * 1024);
+    struct Case
+    {
+        QString path;
+        qint64 margin;  // 0 keeps the product's
+        HRESULT expected;
+        std::string content;
+        bool exists;
+        QString reason;
+        std::string printed;
+    };
+    const Case cases[] = {
+        // More bytes than announced: only the announced ones are kept.
+        {"/short-length", 0, S_OK, "12345", true, "", ""},
+        // The connection drops after 300 of 1000 bytes.
+        {"/drop", 0, E_FAIL, "", false, "Wrong content length", "Wrong content length\n"},
+        // A length no disk holds is refused before a byte is written.
+        {"/huge-length", 0, E_FAIL, "", true, "Not enough free disk space for 1000000000000000 bytes", ""},
+        // No length and no end: stopped once the free space falls below the margin (set here to
+        // 16 MB less than there is now).
+        {"/endless", freeNow - 16 * 1024 * 1024, E_FAIL, "", false, "Free disk space fell below", ""},
+    };
+    for (const Case& one : cases) {
+        QtDownloader::Limits limits;
+        if (one.margin > 0)
+            limits.freeSpaceMargin = one.margin;
+        QtDownloader downloader;
+        downloader.SetLimits(limits);
+        RecordingConnection connection;
+        testing::internal::CaptureStdout();
+        const HRESULT result = downloader.Download(CAtlString(Url(one.path)), CZoltaFilePath(local.c_str()), &connection);
+        const std::string printed = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(one.expected, result) << one.path.toStdString();
+        EXPECT_EQ(one.exists, curatool::test::Exists(local)) << one.path.toStdString();
+        EXPECT_EQ(one.content, curatool::test::ReadFile(local)) << one.path.toStdString();
+        EXPECT_TRUE(one.reason.isEmpty() ? downloader.GetFailureReason().isEmpty()
+                                         : downloader.GetFailureReason().startsWith(one.reason))
+            << one.path.toStdString() << ": " << downloader.GetFailureReason().toStdString();
+        if (!one.printed.empty())
+            EXPECT_EQ(one.printed, printed);
+        if (one.path == "/endless") {
+            // Checked every megabyte: no more than that beyond the margin.
+            ASSERT_FALSE(connection.progress.empty());
+            EXPECT_LT(connection.progress.back().first, 16 * 1024 * 1024 + 2 * HttpGetRequest::kBodyCheckInterval +
+                                                            HttpGetRequest::kReadChunk);
+        }
+    }
 }
 
-// The idle limit takes 20 s of real time, so the three cases run side by side, each fetch on a
-// thread of its own pumping its own events.
-TEST_F(ScriptedServerTest, IdlenessNotDurationEndsAFetch)
+// The idle limit takes 20 s of real time, so the cases run side by side, each fetch on a thread
+// of its own pumping its own events. The rate window is shortened for the cases that test it.
+TEST_F(ScriptedServerTest, IdlenessAndATrickleBelowTheRateEndAFetchButDurationDoesNot)
 {
     struct Case
     {
         QString path;
+        QtDownloader::Limits limits;
         HRESULT expected;
         std::string content;
+        bool exists;
         qint64 minimumMs, maximumMs;
+        QString reason;
         std::string local;
         HRESULT result = S_FALSE;
         qint64 elapsedMs = 0;
+        QString failure;
         std::unique_ptr<QThreadWithLoop> thread;
     };
     std::string trickled;
     for (int index = 0; index < 13; ++index)
         trickled += std::string(100, static_cast<char>('A' + index));
     const qint64 limit = QtDownloader::kTimeOutMs;
+    const QtDownloader::Limits product;
+    const QtDownloader::Limits window3s{limit, 3000, 1024, product.freeSpaceMargin};
+    const QtDownloader::Limits window5s{limit, 5000, 200, product.freeSpaceMargin};
     Case cases[] = {
-        // 24 s in all, with a piece every 2 s: never idle long enough.
-        {"/trickle", S_OK, trickled, 23000, 60000},
+        // 24 s in all, with 100 bytes every 2 s: never idle long enough.
+        {"/trickle", product, S_OK, trickled, true, 23000, 60000, ""},
+        // The same keeps 200 bytes in every 5 s: it passes that rate too.
+        {"/trickle", window5s, S_OK, trickled, true, 23000, 60000, ""},
+        // One byte every 0.2 s is never idle, but below 1024 bytes in 3 s.
+        {"/slow-trickle", window3s, E_FAIL, "", false, 3000, 6000, "Fewer than 1024 bytes in 3 seconds"},
         // Nothing at all: given up after 20 s of silence, with an empty file.
-        {"/stall-header", E_FAIL, "", limit, limit + 5000},
-        // Silence after part of the body: given up 20 s after the last bytes, keeping them.
-        {"/stall-body", S_OK, std::string(300, 'x'), limit, limit + 5000},
+        {"/stall-header", product, E_FAIL, "", true, limit, limit + 5000, "No data for 20 seconds after 0 bytes"},
+        // Silence after part of the body: given up 20 s after the last bytes, which go.
+        {"/stall-body", product, E_FAIL, "", false, limit, limit + 5000, "No data for 20 seconds after 300 bytes"},
     };
+    int index = 0;
     for (Case& one : cases) {
-        one.local = ScratchFile("idle" + one.path.toStdString().substr(1), "reply.bin");
+        one.local = ScratchFile("idle" + std::to_string(index++), "reply.bin");
         one.thread = std::make_unique<QThreadWithLoop>([&one] {
             QElapsedTimer clock;
             clock.start();
             RecordingConnection connection;
-            one.result = Fetch(Url(one.path), one.local, connection);
+            QtDownloader downloader;
+            downloader.SetLimits(one.limits);
+            one.result = downloader.Download(CAtlString(Url(one.path)), CZoltaFilePath(one.local.c_str()), &connection);
+            one.failure = downloader.GetFailureReason();
             one.elapsedMs = clock.elapsed();
             return 0;
         });
@@ -278,10 +343,13 @@ TEST_F(ScriptedServerTest, IdlenessNotDurationEndsAFetch)
         return std::any_of(std::begin(cases), std::end(cases), [](const Case& one) { return one.thread->isRunning(); });
     }).Wait();
     for (const Case& one : cases) {
-        EXPECT_EQ(one.expected, one.result) << one.path.toStdString();
-        EXPECT_GE(one.elapsedMs, one.minimumMs) << one.path.toStdString();
-        EXPECT_LT(one.elapsedMs, one.maximumMs) << one.path.toStdString();
-        EXPECT_EQ(one.content, curatool::test::ReadFile(one.local)) << one.path.toStdString();
+        const std::string name = one.path.toStdString() + " " + std::to_string(one.limits.windowMs);
+        EXPECT_EQ(one.expected, one.result) << name;
+        EXPECT_GE(one.elapsedMs, one.minimumMs) << name;
+        EXPECT_LT(one.elapsedMs, one.maximumMs) << name;
+        EXPECT_EQ(one.exists, curatool::test::Exists(one.local)) << name;
+        EXPECT_EQ(one.content, curatool::test::ReadFile(one.local)) << name;
+        EXPECT_TRUE(one.reason.isEmpty() ? one.failure.isEmpty() : one.failure.startsWith(one.reason)) << name << ": " << one.failure.toStdString();
     }
 }
 

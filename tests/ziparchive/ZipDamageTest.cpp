@@ -92,6 +92,79 @@ TEST(ZipDamage, WrongCrcIs102AndLeavesNoFileBehind)
     EXPECT_EQ(data, nullptr);
 }
 
+// What an archive may make the disk take is bounded: no entry beyond its declared size, no two
+// entries out of the same bytes, no archive whose declared sizes exceed the free space.
+TEST(ZipDamage, BombsStopAtTheirDeclaredSizeAndNeverReachTheDisk)
+{
+    const std::string zeros(8 * 1024 * 1024, '\0');
+    RawEntry liar;  // 8 MB of zeros that claims to be 100 kB
+    liar.name = "liar.bin";
+    liar.data = zeros;
+    liar.deflate = true;
+    liar.declaredSize = 100 * 1024;
+    RawZip lying;
+    lying.Add(liar);
+
+    RawZip sharing;  // four entries, one stream: each honest about its size
+    for (int index = 0; index < 4; ++index) {
+        RawEntry entry;
+        entry.name = "copy" + std::to_string(index) + ".bin";
+        entry.data = zeros;
+        entry.deflate = true;
+        entry.sharesDataOf = index == 0 ? -1 : 0;
+        sharing.Add(entry);
+    }
+
+    RawZip huge;  // a thousand entries of one byte that each claim almost 4 GB
+    for (int index = 0; index < 1000; ++index) {
+        RawEntry entry;
+        entry.name = "big" + std::to_string(index);
+        entry.data = "b";
+        entry.declaredSize = 0xFFFFFFF0;
+        huge.Add(entry);
+    }
+
+    struct Case
+    {
+        const char* name;
+        std::string bytes;
+        int cause;  // met when every entry is read into memory
+        const char* reason;
+    };
+    const Case cases[] = {
+        {"lying", lying.Build(), CZipException::badCrc, "Crc mismatched"},
+        {"sharing", sharing.Build(), CZipException::badZipFile, "Damaged or not a zip file"},
+        {"huge", huge.Build(), CZipException::badCrc, "No space left on device"},
+    };
+    for (const Case& one : cases) {
+        const std::string folder = MakeScratchDir(std::string("bomb-") + one.name);
+        WriteFile(folder + "/bomb.zip", one.bytes);
+        const std::string target = folder + "/out";
+        EXPECT_FALSE(ZipExtractAll(FilePath(folder + "/bomb.zip"), FolderPath(target))) << one.name;
+        const std::string reason = ZipTakeLastError();
+        EXPECT_NE(reason.find(one.reason), std::string::npos) << one.name << ": " << reason;
+        EXPECT_TRUE(!Exists(target) || ReadTree(target).empty()) << one.name;
+        EXPECT_EQ(CauseOfReadingAll(one.bytes), one.cause) << one.name;
+    }
+
+    // Read in pieces, the liar gives no byte past its claim before it fails.
+    CZipMemFile memory(cases[0].bytes.data(), cases[0].bytes.size());
+    CZipArchive zip;
+    zip.Open(memory, CZipArchive::zipOpenReadOnly);
+    ASSERT_TRUE(zip.OpenFile(0));
+    std::string buffer(4096, '\0');
+    size_t given = 0;
+    try {
+        while (size_t got = zip.ReadFile(buffer.data(), buffer.size()))
+            given += got;
+        ADD_FAILURE() << "no failure";
+    } catch (const CZipException& error) {
+        EXPECT_EQ(CZipException::badCrc, error.m_iCause);
+    }
+    EXPECT_LE(given, size_t(100 * 1024));
+    zip.Close(true);
+}
+
 TEST(ZipDamage, EveryTruncationFailsWithAKnownCode)
 {
     const std::string whole = DeflatedArchive();
@@ -147,6 +220,15 @@ TEST(ZipDamage, HostileNamesAndLinksAreRefusedWithoutWritingOutside)
         const CAtlString wide(QString::fromUtf8(name.data(), qsizetype(name.size())));
         EXPECT_FALSE(ZipExtractFile(FilePath(sandbox + "/h.zip"), wide, FolderPath(target))) << name;
         EXPECT_FALSE(Exists(outside)) << name;
+    }
+
+    // Names with control characters (ESC, CR, the C1 CSI) are refused, not created.
+    for (const std::string name : {"\x1b[2J.txt", "cr\r.txt", "c1\xC2\x9B.txt", "dir\x7F/x.txt"}) {
+        RawZip raw;
+        raw.Add(name, "shown raw");
+        WriteFile(sandbox + "/h.zip", raw.Build());
+        EXPECT_FALSE(ZipExtractAll(FilePath(sandbox + "/h.zip"), FolderPath(target))) << name;
+        EXPECT_FALSE(Exists(target + "/" + name)) << name;
     }
 
     RawZip link;

@@ -94,7 +94,26 @@ struct RawEntry
     uint16_t flags = 0;
     uint16_t method = 0;
     bool badCrc = false;
+    bool deflate = false;          // the data goes in deflated (method 8)
+    int64_t declaredSize = -1;     // the uncompressed size claimed, when not the data's own
+    int sharesDataOf = -1;         // index of an earlier entry whose local header this one names
 };
+
+// Raw deflate, as an archive holds it.
+inline std::string Deflated(const std::string& data)
+{
+    z_stream stream{};
+    deflateInit2(&stream, 9, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    std::string out(deflateBound(&stream, uLong(data.size())), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+    stream.avail_in = uInt(data.size());
+    stream.next_out = reinterpret_cast<Bytef*>(out.data());
+    stream.avail_out = uInt(out.size());
+    deflate(&stream, Z_FINISH);
+    out.resize(out.size() - stream.avail_out);
+    deflateEnd(&stream);
+    return out;
+}
 
 class RawZip
 {
@@ -112,28 +131,34 @@ public:
     {
         std::string out;
         std::string central;
+        std::vector<uint32_t> offsets;
         for (const RawEntry& entry : m_entries) {
             uint32_t crc = uint32_t(crc32(0, reinterpret_cast<const Bytef*>(entry.data.data()),
                                           uInt(entry.data.size())));
             if (entry.badCrc)
                 crc ^= 0x5A5A5A5Au;
+            const std::string stored = entry.deflate ? Deflated(entry.data) : entry.data;
+            const uint32_t size = entry.declaredSize >= 0 ? uint32_t(entry.declaredSize) : uint32_t(entry.data.size());
             // The fields the local header and the central record share, from "version needed" on.
             auto common = [&](std::string& to) {
                 Put16(to, 10);
                 Put16(to, entry.flags);
-                Put16(to, entry.method);
+                Put16(to, entry.deflate ? 8 : entry.method);
                 Put16(to, 0);
                 Put16(to, 0x5A21);  // 2025-01-01
                 Put32(to, crc);
-                Put32(to, uint32_t(entry.data.size()));
-                Put32(to, uint32_t(entry.data.size()));
+                Put32(to, uint32_t(stored.size()));
+                Put32(to, size);
                 Put16(to, uint16_t(entry.name.size()));
                 Put16(to, 0);
             };
-            const uint32_t offset = uint32_t(out.size());
-            Put32(out, 0x04034b50);
-            common(out);
-            out += entry.name + entry.data;
+            const uint32_t offset = entry.sharesDataOf >= 0 ? offsets[size_t(entry.sharesDataOf)] : uint32_t(out.size());
+            offsets.push_back(offset);
+            if (entry.sharesDataOf < 0) {
+                Put32(out, 0x04034b50);
+                common(out);
+                out += entry.name + stored;
+            }
 
             Put32(central, 0x02014b50);
             Put16(central, entry.madeBy);

@@ -59,6 +59,27 @@ def trickle(sock, request):
         sock.sendall(bytes([65 + index]) * 100)
 
 
+def slow_trickle(sock, request):
+    # One byte every fifth of a second: never idle, but far below any sane rate.
+    reply(sock, "200 OK", b"", {"Content-Length": "100000"})
+    for _ in range(300):
+        time.sleep(0.2)
+        sock.sendall(b"s")
+
+
+def endless(sock, request):
+    # No length, and no end (up to a cap, should the client never stop reading).
+    reply(sock, "200 OK", b"", {"Content-Type": "application/octet-stream"})
+    piece = b"e" * 65536
+    for _ in range(8192):
+        sock.sendall(piece)
+
+
+def huge_length(sock, request):
+    reply(sock, "200 OK", b"z" * 4096, {"Content-Length": str(10 ** 15)})
+    time.sleep(5)
+
+
 def stall_header(sock, request):
     time.sleep(40)
 
@@ -95,6 +116,9 @@ REPLIES = {
     "/until-close": until_close,
     "/trickle": trickle,
     "/stall-header": stall_header,
+    "/slow-trickle": slow_trickle,
+    "/endless": endless,
+    "/huge-length": huge_length,
     "/stall-body": stall_body,
     "/drop": drop,
     "/garbage": garbage,
