@@ -8,6 +8,7 @@
 #include "ProgressRecorder.h"
 #include "QtInstallationObserver.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -20,11 +21,6 @@ using namespace curatool::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Utf8(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
 
 bool Contains(const std::string& text, const std::string& part)
 {
@@ -131,19 +127,19 @@ TEST_F(ControllerFixture, LocatesDataDirectlyBelowOrInTheGalleryFolder)
     EXPECT_TRUE(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"Animals").IsEmpty());
     ASSERT_TRUE(WriteFile(root + "/ANIMALS/Gallery Data Files/gallery_categories.xml", "<x/>"));
     EXPECT_EQ(root + "/ANIMALS/Gallery Data Files",
-              Utf8(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
+              U(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
     EXPECT_TRUE(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"").IsEmpty());
     ASSERT_TRUE(WriteFile(root + "/Gallery Data Files/gallery_categories.xml", "<x/>"));
     EXPECT_EQ(root + "/Gallery Data Files",
-              Utf8(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
+              U(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
     ASSERT_TRUE(WriteFile(root + "/gallery_categories.xml", "<x/>"));
-    EXPECT_EQ(root, Utf8(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"").GetPath()));
+    EXPECT_EQ(root, U(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"").GetPath()));
 }
 
 TEST_F(ControllerFixture, FindSourceChecksTheGalleryId)
 {
     EXPECT_TRUE(controller->FindSource(CAtlString(source.c_str()))) << "derived from the first category's id";
-    EXPECT_EQ(source, Utf8(controller->GetSource()));
+    EXPECT_EQ(source, U(controller->GetSource()));
     EXPECT_TRUE(controller->IsLocalSource());
 
     WriteDocument("1.0", kGalleryId);
@@ -151,12 +147,12 @@ TEST_F(ControllerFixture, FindSourceChecksTheGalleryId)
 
     WriteDocument("1.0", "another-gallery");
     EXPECT_FALSE(controller->FindSource(CAtlString(source.c_str())));
-    EXPECT_EQ("http://127.0.0.1:9/none", Utf8(controller->GetSource()));
+    EXPECT_EQ("http://127.0.0.1:9/none", U(controller->GetSource()));
     EXPECT_FALSE(controller->IsLocalSource());
 
     EXPECT_FALSE(controller->FindSource(CAtlString(MakeScratchDir("empty").c_str())));
-    EXPECT_EQ("gal-1", Utf8(CInstallationController::GalleryIdFromCategoryId(L"gal-1.pets")));
-    EXPECT_EQ("{AB-12}", Utf8(CInstallationController::GalleryIdFromCategoryId(L"{AB-12}.x.y")));
+    EXPECT_EQ("gal-1", U(CInstallationController::GalleryIdFromCategoryId(L"gal-1.pets")));
+    EXPECT_EQ("{AB-12}", U(CInstallationController::GalleryIdFromCategoryId(L"{AB-12}.x.y")));
     EXPECT_TRUE(CInstallationController::GalleryIdFromCategoryId(L"plain").IsEmpty());
 }
 
@@ -328,7 +324,7 @@ TEST(QtInstallationObserver, ThinsEventsOfOneStageButLetsChangesPass)
     QtInstallationObserver observer;
     QObject::connect(&observer, &QtInstallationObserver::ProgressSignal,
                      [&](eGalleryInstallationProgress stage, CAtlString title, CAtlString file, int, int) {
-                         signals_.push_back({stage, Utf8(title), Utf8(file)});
+                         signals_.push_back({stage, U(title), U(file)});
                      });
     observer.Progress(eGalleryInstallationProgressDownloading, nullptr, L"a", 0, 0);
     observer.Progress(eGalleryInstallationProgressDownloading, nullptr, L"a", 50, 0);

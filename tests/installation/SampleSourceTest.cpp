@@ -15,6 +15,7 @@
 #include "InstalledXmlWriter.h"
 #include "ProgressRecorder.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QProcess>
 #include <QStandardPaths>
@@ -35,16 +36,6 @@ namespace {
 const std::string kSampleCollection = std::string(CURATOOL_SOURCE_DIR) + "/samples/collection";
 const std::string kSampleSource = std::string(CURATOOL_SOURCE_DIR) + "/samples/source";
 
-std::string Utf8(const wchar_t* text)
-{
-    return text ? CAtlString(text).ToQString().toStdString() : std::string();
-}
-
-std::string Utf8(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
-
 bool Contains(const std::string& text, const std::string& part)
 {
     return text.find(part) != std::string::npos;
@@ -57,7 +48,7 @@ std::string TitleIn(const LanguageStringBlock* titles, const std::string& langua
         return std::string();
     const CAtlString key = CAtlString::FromUtf8(language.c_str());
     const int index = titles->FindLanguage(key, 3);
-    return index < 0 ? std::string() : Utf8(titles->GetValue(index));
+    return index < 0 ? std::string() : U(titles->GetValue(index));
 }
 
 struct ObjectInfo
@@ -75,14 +66,14 @@ std::map<std::string, ObjectInfo> CollectObjects(const CGalleryManifest& manifes
     auto describe = [&](const CGalleryObject& object, ObjectInfo info) {
         for (const std::string& language : languages)
             info.titles[language] = TitleIn(object.m_metadata->m_titles, language);
-        objects[Utf8(object.m_metadata->m_identifier)] = info;
+        objects[U(object.m_metadata->m_identifier)] = info;
     };
     std::function<void(const CGalleryFolder&)> walk = [&](const CGalleryFolder& folder) {
         describe(folder, ObjectInfo());
         for (std::uint32_t i = 0; i < folder.m_activities->GetCount(); ++i)
         {
             const CGalleryActivity& activity = *folder.m_activities->GetAt(i);
-            describe(activity, ObjectInfo{true, Utf8(activity.m_href), {}});
+            describe(activity, ObjectInfo{true, U(activity.m_href), {}});
         }
         for (std::uint32_t i = 0; i < folder.m_children->GetCount(); ++i)
             walk(*folder.m_children->GetAt(i));
@@ -104,7 +95,7 @@ std::vector<std::string> RootCategoryIds(const CGalleryManifest& manifest)
     const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
     for (std::uint32_t o = 0; o < organizations.GetCount(); ++o)
         for (std::uint32_t i = 0; i < organizations.GetAt(o)->m_items->GetCount(); ++i)
-            ids.push_back(Utf8(organizations.GetAt(o)->m_items->GetAt(i)->m_metadata->m_identifier));
+            ids.push_back(U(organizations.GetAt(o)->m_items->GetAt(i)->m_metadata->m_identifier));
     return ids;
 }
 
@@ -178,9 +169,9 @@ private:
         EXPECT_EQ(S_OK, CGalleryManifestIO::Open(manifest, CAtlString::FromUtf8((root + "/" + file).c_str()),
                                                  nullptr, false))
             << file;
-        package.id = Utf8(manifest.m_metadata->m_identifier);
+        package.id = U(manifest.m_metadata->m_identifier);
         package.objects = CollectObjects(manifest, {"en"});
-        const std::string folder = Utf8(CGalleryManifestIO::GetFolder(manifest).GetPath());
+        const std::string folder = U(CGalleryManifestIO::GetFolder(manifest).GetPath());
         for (const auto& [id, object] : package.objects)
             if (object.isActivity)
                 package.contents[object.href] = ReadFile(folder + "/" + object.href);
@@ -195,12 +186,12 @@ private:
     {
         CGalleryI18N catalogue;
         ASSERT_EQ(S_OK, catalogue.Load(CAtlString::FromUtf8(path.c_str()))) << path;
-        const std::string language = Utf8(catalogue.GetLanguage());
+        const std::string language = U(catalogue.GetLanguage());
         languages.insert(language);
         for (const auto& manifest : catalogue.GetManifests())
             for (const auto& item : manifest->m_items)
                 if (!item->m_titles.empty())
-                    category.translations[language][Utf8(item->m_id)] = Utf8(item->m_titles.front());
+                    category.translations[language][U(item->m_id)] = U(item->m_titles.front());
     }
 };
 
@@ -264,10 +255,10 @@ TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryActivityAndTranslat
     EXPECT_EQ(shortIds.size(), sample.categories.size());
     for (const auto& [shortId, guid] : shortIds)
     {
-        const SampleCategory* category = sample.Find(Utf8(guid));
-        ASSERT_NE(nullptr, category) << Utf8(shortId) << " has no category in the source";
-        EXPECT_FALSE(category->packages.empty()) << Utf8(shortId);
-        EXPECT_FALSE(category->translations.empty()) << Utf8(shortId) << " has no string package";
+        const SampleCategory* category = sample.Find(U(guid));
+        ASSERT_NE(nullptr, category) << U(shortId) << " has no category in the source";
+        EXPECT_FALSE(category->packages.empty()) << U(shortId);
+        EXPECT_FALSE(category->translations.empty()) << U(shortId) << " has no string package";
     }
     EXPECT_TRUE(sample.languages.count("de")) << "a German catalogue belongs to the sample";
 
@@ -298,7 +289,7 @@ TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryActivityAndTranslat
             }
             for (const auto& [href, bytes] : package.contents)
                 EXPECT_EQ(bytes, ReadFile(gallery + "/" + href)) << href;
-            EXPECT_TRUE(Exists(Utf8(CGalleryManifestIO::GetInstallRecordPath(
+            EXPECT_TRUE(Exists(U(CGalleryManifestIO::GetInstallRecordPath(
                                         CZoltaDirectoryPath(CAtlString::FromUtf8((gallery + "/Uninstall").c_str())),
                                         CAtlString::FromUtf8(package.id.c_str()))
                                         .GetPath())))
@@ -338,8 +329,8 @@ TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryActivityAndTranslat
     for (int i = 0; i < installation->CategoryCount(); ++i)
     {
         const CGalleryCategory* category = installation->Category(i);
-        EXPECT_TRUE(category->IsInstalled()) << Utf8(category->GetId());
-        EXPECT_FALSE(category->IsUpdateAvailable()) << Utf8(category->GetId()) << ": a catalogue not recorded?";
+        EXPECT_TRUE(category->IsInstalled()) << U(category->GetId());
+        EXPECT_FALSE(category->IsUpdateAvailable()) << U(category->GetId()) << ": a catalogue not recorded?";
     }
     controller->SelectUpdates();
     EXPECT_FALSE(controller->HasChanges());

@@ -198,4 +198,13 @@ private:
     std::vector<RawEntry> m_entries;
 };
 
+// An archive of these entries in one call.
+inline std::string Archive(const std::vector<RawEntry>& entries)
+{
+    RawZip zip;
+    for (const RawEntry& entry : entries)
+        zip.Add(entry);
+    return zip.Build();
+}
+
 }  // namespace ziptest

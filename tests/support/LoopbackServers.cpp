@@ -85,13 +85,13 @@ bool ServerProcess::StartStaticServer(const QString& folder)
 bool ServerProcess::StartScriptedServer(const QString& logFile)
 {
     return Launch(QStringLiteral("python3"),
-                  {QStringLiteral(CURATOOL_TEST_DATA_DIR "/scripted_http_server.py"), logFile}, true);
+                  {QStringLiteral(CURATOOL_SUPPORT_DATA_DIR "/scripted_http_server.py"), logFile}, true);
 }
 
 bool ServerProcess::StartSocksServer(const QString& user, const QString& password, const QString& logFile)
 {
     return Launch(QStringLiteral("python3"),
-                  {QStringLiteral(CURATOOL_TEST_DATA_DIR "/socks5_server.py"), user, password, logFile}, true);
+                  {QStringLiteral(CURATOOL_SUPPORT_DATA_DIR "/socks5_server.py"), user, password, logFile}, true);
 }
 
 bool ServerProcess::StartTinyproxy(const QString& folder, const QString& user, const QString& password)
