@@ -108,24 +108,6 @@ TEST_F(Factory, CommandLineActionsDropPrivilegesWindowBasedOnesKeepThem)
     }
 }
 
-TEST_F(Factory, UsageTextTokensAreNotOptions)
-{
-    Parse({"--dowloadall", "--dowloadsome", "-INSTALLALL"});
-    EXPECT_EQ((Strings{L"Unknown: \"dowloadall\"", L"Unknown: \"dowloadsome\"", L"Unknown: \"INSTALLALL\""}),
-              Errors());
-    EXPECT_TRUE(factory.WantsElevation()) << "nothing chose an action: still the window-based run";
-}
-
-TEST_F(Factory, ComplaintsFollowTheOrderOfTheNameMaps)
-{
-    Parse({"--uninstall", "--register", "--installall", "-guid", "a", "-guid", "b", "-configuration", "c",
-           "--waitforcd"});
-    EXPECT_EQ((Strings{L"Illegal: \"configuration\"", L"Illegal: \"guid\"", L"Illegal: \"installall\"",
-                       L"Illegal: \"register\"", L"Illegal: \"waitforcd\""}),
-              Errors());
-    EXPECT_FALSE(factory.WantsElevation()) << "the usage text is a console run";
-}
-
 TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
 {
     const std::string dir = curatool::test::MakeScratchDir("factory-cwd");

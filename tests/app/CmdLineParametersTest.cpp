@@ -109,29 +109,21 @@ TEST(CmdLineParameters, ValueActionWithoutActionRefuses)
     EXPECT_FALSE(used);
 }
 
-struct ErrorFixture : testing::Test
+TEST(CmdLineParameters, ErrorParameterRewritesEachReservedNameIntoItsMessage)
 {
-    bool ownChosen = false;
-    bool elevation = true;
+    bool chosen = false, elevation = true;
     std::vector<CAtlString> errors;
     CWorkFlowFunction runner = Returning(0);
-    CErrorParameter error{&ownChosen, &elevation, &runner, Returning(666), &errors};
-};
-
-TEST_F(ErrorFixture, RewritesEachReservedNameIntoItsMessage)
-{
-    error.Process(W(CmdLineReserved::ParamNoValue), W(L"destination"));
-    error.Process(W(CmdLineReserved::UnknownParam), W(L"foo"));
-    error.Process(W(CmdLineReserved::DefaultParam), W(L"stray"));
-    error.Process(W(CmdLineReserved::GenericError), W(L"Illegal: \"guid\""));
-    error.Process(W(CmdLineReserved::UnknownParam), W(L""));
-
-    ASSERT_EQ(5u, errors.size());
-    EXPECT_EQ(W(L"Missing value: \"destination\""), errors[0]);
-    EXPECT_EQ(W(L"Unknown: \"foo\""), errors[1]);
-    EXPECT_EQ(W(L"Ignored: \"stray\""), errors[2]);
-    EXPECT_EQ(W(L"Illegal: \"guid\""), errors[3]);
-    EXPECT_EQ(W(L"Unknown: \"\""), errors[4]);
+    CErrorParameter error(&chosen, &elevation, &runner, Returning(666), &errors);
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {CmdLineReserved::ParamNoValue, L"destination"}, {CmdLineReserved::UnknownParam, L"foo"},
+        {CmdLineReserved::DefaultParam, L"stray"}, {CmdLineReserved::GenericError, L"Illegal: \"guid\""},
+        {CmdLineReserved::UnknownParam, L""}};
+    for (const auto& [name, value] : cases)
+        error.Process(W(name), W(value));
+    EXPECT_EQ((std::vector<CAtlString>{W(L"Missing value: \"destination\""), W(L"Unknown: \"foo\""),
+                                       W(L"Ignored: \"stray\""), W(L"Illegal: \"guid\""), W(L"Unknown: \"\"")}),
+              errors);
     EXPECT_TRUE(error.GetError().IsEmpty());
 }
 

@@ -125,13 +125,6 @@ TEST_F(ParserHarness, ValuesFlagsAndPositionalsLandInTheirFields)
     EXPECT_TRUE(context.errors.empty());
 }
 
-TEST_F(ParserHarness, FirstActionWinsAndTheLaterOneEndsInUsage)
-{
-    EXPECT_FALSE(Parse({L"--installall", L"--uninstall"}));
-    EXPECT_EQ(kUsage, Bound());
-    EXPECT_EQ(Strings{L"Illegal: \"uninstall\""}, Errors());
-}
-
 TEST_F(ParserHarness, UnknownOptionIsRecordedButTheActionStillRuns)
 {
     EXPECT_TRUE(Parse({L"--foo", L"--installall"}));
@@ -167,15 +160,6 @@ TEST_F(ParserHarness, ColonFormPassesValuesThatLookLikeOptions)
     EXPECT_TRUE(context.categoryAliases[0].IsEmpty());
     EXPECT_EQ(W(L"\\x"), context.categoryAliases[1]);
     EXPECT_TRUE(context.errors.empty());
-}
-
-TEST_F(ParserHarness, ColonFormIsForValueOptionsOnlyAndABareDashIsAnEmptyName)
-{
-    Parse({L"-installall:x", L"-nosuch:y", L"-:z", L"-"});
-    EXPECT_EQ(kNormal, Bound()) << "a flag written with a colon is unknown, not an action";
-    EXPECT_EQ((Strings{L"Unknown: \"installall\"", L"Unknown: \"nosuch\"", L"Unknown: \"\"", L"Unknown: \"\""}),
-              Errors());
-    EXPECT_TRUE(context.defaultParams.empty());
 }
 
 TEST_F(ParserHarness, ValueActionRunsDuringTheParseOnlyOnce)

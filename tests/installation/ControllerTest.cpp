@@ -4,7 +4,6 @@
 #include "GallerySourceBuilder.h"
 #include "IInstallationObserver.h"
 #include "InstalledXmlWriter.h"
-#include "LocalHttpServer.h"
 #include "ProgressRecorder.h"
 #include "QtInstallationObserver.h"
 #include "TestEnvironment.h"
@@ -273,42 +272,6 @@ TEST_F(ControllerFixture, TheStateFileRecordsSuccessfulInstallsAndEveryUpdate)
         pets->SetResult(result);
         writer.Write(controller->GetInstallation());
         EXPECT_EQ(recorded, Contains(UpdateInfo(), "gal-1.pets")) << result;
-    }
-}
-
-TEST_F(ControllerFixture, DownloadAllOverHttpCountsEachFileTwice)
-{
-    LocalHttpServer server(source);
-    ASSERT_TRUE(server.IsRunning());
-    const std::string url = server.Url();
-    EXPECT_TRUE(controller->TestUrl(CAtlString(url.c_str())));
-    EXPECT_TRUE(controller->TestUrl(CAtlString((url + "/").c_str())));
-    EXPECT_FALSE(controller->TestUrl(CAtlString((url + "/missing").c_str())));
-    EXPECT_FALSE(controller->TestUrl(CAtlString(source.c_str())));
-
-    const std::string target = MakeScratchDir("download");
-    configuration->SetInstallDirectory(CZoltaDirectoryPath(target.c_str()));
-    controller->SetSource(CAtlString(url.c_str()));
-    ASSERT_TRUE(controller->DownloadAll(&progress));
-    EXPECT_EQ(ReadFile(source + "/dog.zip"), ReadFile(target + "/dog.zip"));
-    EXPECT_FALSE(Exists(target + "/dog.png")) << "nothing is installed";
-
-    // Two files, each counted before and after its fetch: a file starts at 25 (75) and its
-    // line ends at 50 (100); bytes arriving in between keep the overall of the start.
-    for (const std::string file : {"dog.zip", "cow.zip"})
-    {
-        std::vector<ProgressRecorder::Event> downloads;
-        for (const auto& event : progress.OfStage(eGalleryInstallationProgressDownloading))
-            if (event.item == file)
-                downloads.push_back(event);
-        ASSERT_GE(downloads.size(), 4u) << file;
-        const int start = file == std::string("dog.zip") ? 25 : 75;
-        EXPECT_EQ(0, downloads.front().percent);
-        EXPECT_EQ(start, downloads.front().overall);
-        EXPECT_EQ(100, downloads.back().percent);
-        EXPECT_EQ(start + 25, downloads.back().overall);
-        for (std::size_t i = 0; i + 1 < downloads.size(); ++i)
-            EXPECT_EQ(start, downloads[i].overall);
     }
 }
 
