@@ -11,6 +11,7 @@
 #include "ProgressRecorder.h"
 #include "TestEnvironment.h"
 #include "TestText.h"
+#include "ZipTestSupport.h"
 
 #include <QProcess>
 #include <QStandardPaths>
@@ -32,16 +33,6 @@ const std::string kSampleSource = std::string(CURATOOL_SOURCE_DIR) + "/samples/s
 bool Contains(const std::string& text, const std::string& part)
 {
     return text.find(part) != std::string::npos;
-}
-
-// Every regular file below `root` with its bytes, by relative path.
-std::map<std::string, std::string> Snapshot(const std::string& root)
-{
-    std::map<std::string, std::string> files;
-    for (const auto& entry : fs::recursive_directory_iterator(root))
-        if (entry.is_regular_file())
-            files[fs::relative(entry.path(), root).string()] = ReadFile(entry.path().string());
-    return files;
 }
 
 // The sample collection loaded as `-configuration samples/collection` does, a copy of the sample
@@ -73,7 +64,7 @@ TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryPackageAndTranslati
 {
     ASSERT_TRUE(controller->InstallAll(&progress));
     EXPECT_TRUE(progress.OfStage(eGalleryInstallationProgressFailed).empty());
-    EXPECT_TRUE(Snapshot(kSampleSource) == Snapshot(source)) << "the source is only read";
+    EXPECT_TRUE(ziptest::ReadTree(kSampleSource) == ziptest::ReadTree(source)) << "the source is only read";
 
     // Every category of the document is recorded, every package has its record, and every title
     // of every string catalogue reached the merged manifest with its UTF-8 bytes.
@@ -151,5 +142,5 @@ TEST(SampleArchives, TheGeneratorReproducesTheCommittedSource)
                            QStringLiteral("--out"), QString::fromStdString(out)});
     ASSERT_TRUE(process.waitForFinished(60000));
     ASSERT_EQ(0, process.exitCode()) << process.readAllStandardError().toStdString();
-    EXPECT_TRUE(Snapshot(kSampleSource) == Snapshot(out)) << "run scripts/make-sample-source.py and commit its output";
+    EXPECT_TRUE(ziptest::ReadTree(kSampleSource) == ziptest::ReadTree(out)) << "run scripts/make-sample-source.py and commit its output";
 }
