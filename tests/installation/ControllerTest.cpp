@@ -21,11 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 const char kGalleryId[] = "gal-1";
 
 // Keeps the lifecycle events and the thread each came on.

@@ -3,6 +3,7 @@
 #include "LocalHttpServer.h"
 #include "ProgressRecorder.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -11,11 +12,6 @@
 using namespace curatool::test;
 
 namespace {
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 const PackageSpec kDog{"pkg.dog", "1.0", "dog.png", "woof", "Dog"};
 const PackageSpec kCow{"pkg.cow", "1.0", "cow.png", "moo", "Cow"};

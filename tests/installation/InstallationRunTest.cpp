@@ -15,11 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 const PackageSpec kDog{"pkg.dog", "1.0", "dog.png", "woof v1", "Dog"};
 const PackageSpec kCat{"pkg.cat", "1.0", "cat.png", "meow v1", "Cat"};
 const PackageSpec kCow{"pkg.cow", "1.0", "cow.png", "moo v1", "Cow"};

@@ -30,11 +30,6 @@ namespace {
 const std::string kSampleCollection = std::string(CURATOOL_SOURCE_DIR) + "/samples/collection";
 const std::string kSampleSource = std::string(CURATOOL_SOURCE_DIR) + "/samples/source";
 
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 // The sample collection loaded as `-configuration samples/collection` does, a copy of the sample
 // source, and a controller aimed at an empty gallery folder.
 struct SampleFixture : ::testing::Test

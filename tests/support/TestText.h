@@ -1,9 +1,11 @@
 #pragma once
 
-// Text in the forms the tests compare: UTF-8 std::string on the test side, CAtlString on the
-// program's side.
+// Text and paths in the forms the tests compare: UTF-8 std::string on the test side, CAtlString
+// and the path classes on the program's side.
 
 #include "CAtlString.h"
+#include "CZoltaDirectoryPath.h"
+#include "CZoltaFilePath.h"
 
 #include <QString>
 
@@ -29,6 +31,20 @@ inline std::string U(const CAtlString& text)
 inline std::string U(const wchar_t* text)
 {
     return text ? U(CAtlString(text)) : std::string();
+}
+
+inline CZoltaFilePath FilePath(const std::string& utf8)
+{
+    return CZoltaFilePath(QString::fromStdString(utf8));
+}
+inline CZoltaDirectoryPath FolderPath(const std::string& utf8)
+{
+    return CZoltaDirectoryPath(QString::fromStdString(utf8));
+}
+
+inline bool Contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
 }
 
 }  // namespace curatool::test

@@ -6,6 +6,7 @@
 #include "CZoltaDirectoryPath.h"
 #include "CZoltaFilePath.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QString>
 
@@ -20,14 +21,8 @@
 
 namespace ziptest {
 
-inline CZoltaFilePath FilePath(const std::string& path)
-{
-    return CZoltaFilePath(QString::fromStdString(path));
-}
-inline CZoltaDirectoryPath FolderPath(const std::string& path)
-{
-    return CZoltaDirectoryPath(QString::fromStdString(path));
-}
+using curatool::test::FilePath;
+using curatool::test::FolderPath;
 
 inline bool HasTool(const char* name)
 {
