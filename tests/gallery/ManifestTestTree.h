@@ -29,6 +29,12 @@ namespace manifest_test {
 using curatool::test::U;
 using curatool::test::W;
 
+// The older name of U for wide texts, kept for the tests that use it.
+inline std::string N(const wchar_t* text)
+{
+    return U(text);
+}
+
 inline CGalleryOrganization* AddOrganization(CGalleryManifest& manifest, const wchar_t* id, const wchar_t* title)
 {
     CGalleryOrganization* organization = nullptr;
