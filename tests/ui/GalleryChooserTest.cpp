@@ -10,6 +10,7 @@
 #include "ZipHelpers.h"
 
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -75,10 +76,13 @@ void Answer(QMessageBox::StandardButton button)
     AnswerNext<QMessageBox>([button](QMessageBox* box) { box->button(button)->click(); });
 }
 
+// Types `path` into the next file dialog and opens it, as a user does.
 void ChooseFile(const std::string& path)
 {
     AnswerNext<QFileDialog>([path](QFileDialog* dialog) {
-        dialog->selectFile(QString::fromStdString(path));
+        auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
+        ASSERT_NE(nullptr, name);
+        name->setText(QString::fromStdString(path));
         static_cast<QDialog*>(dialog)->accept();  // as the Open button does
     });
 }
