@@ -111,15 +111,14 @@ protected:
         m_environment = CWorkFlow::MakeEnvironment(m_context, std::make_shared<CConfiguration>());
     }
 
-    void Publish(int port, const std::string& localExtra, const std::string& remoteExtra,
-                 const std::string& installer = "setup.sh") const
+    void Publish(int port, const std::string& localExtra, const std::string& remoteExtra) const
     {
         const std::string url = HttpUrl(port, QStringLiteral("/")).toStdString();
         ASSERT_TRUE(WriteFile(m_local, "<Update><Product CurrentVersion=\"1.0.0.0\" RemoteVersionFile=\"update.xml\" "
                                        "RemoteVersionFileURL=\"" + url + "\" " + localExtra + "/></Update>"));
         ASSERT_TRUE(WriteFile(m_published + "/update.xml",
-                              "<Update><Product UpdateVersion=\"1.1.0.0\" UpdateInstallFile=\"" + installer +
-                                  "\" UpdateArgument=\"--justupdated\" UpdateInstallURL=\"" + url + "\" " + remoteExtra +
+                              "<Update><Product UpdateVersion=\"1.1.0.0\" UpdateInstallFile=\"setup.sh\" "
+                              "UpdateArgument=\"--justupdated\" UpdateInstallURL=\"" + url + "\" " + remoteExtra +
                                   "/></Update>"));
     }
 
@@ -186,18 +185,16 @@ TEST_F(SelfUpdateFlow, ADeclinedOrFailedUpdateStartsNothingAndKeepsNoArguments)
         const char* name;
         QMessageBox::StandardButton answer;
         std::string remoteExtra;
-        std::string installer;
         QStringList texts;
     };
     const QString question = "There is an update for the application. Click OK to start.";
     const Case cases[] = {
-        {"declined", QMessageBox::Cancel, "", "setup.sh", {question}},
+        {"declined", QMessageBox::Cancel, "", {question}},
         {"other bytes than the digest", QMessageBox::Ok, "UpdateInstallSHA256=\"" + Sha256("other") + "\"",
-         "setup.sh", {question, "Could not download the update for Curatool."}},
-        {"installer missing", QMessageBox::Ok, "", "gone.sh", {question, "Could not download the update for Curatool."}},
+         {question, "Could not download the update for Curatool."}},
     };
     for (const Case& c : cases) {
-        Publish(server.Port(), "", c.remoteExtra, c.installer);
+        Publish(server.Port(), "", c.remoteExtra);
         Boxes boxes;
         EXPECT_FALSE(Check(c.answer, boxes)) << c.name;
         EXPECT_EQ(c.texts, boxes.texts) << c.name;

@@ -102,8 +102,9 @@ void CheckInGerman()
 
     // Every coded message has its German text (the title is the name in both languages).
     for (int code = 0; code <= 13; ++code) {
-        if (code != Output::eTitle)
+        if (code != Output::eTitle) {
             EXPECT_NE(QString::fromUtf8(Output::GetText(code).GetString()), Output::GetTranslated(code)) << code;
+        }
     }
     EXPECT_EQ(QStringLiteral("Für die Anwendung ist ein Update verfügbar. Klicken Sie auf OK, um es zu starten."),
               Output::GetTranslated(Output::eUpdateAvailable));

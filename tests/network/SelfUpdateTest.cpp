@@ -137,8 +137,9 @@ TEST_F(SelfUpdateTest, TheDecisionReadsTheRemoteDocumentOnlyWhenTheLocalOneAllow
         ASSERT_TRUE(WriteFile(m_local, c.local));
         Publish(c.remote);
         std::filesystem::remove(marker);
-        if (c.marker)
+        if (c.marker) {
             ASSERT_TRUE(WriteFile(marker, ""));
+        }
         m_downloader->requests = 0;
         EXPECT_EQ(c.available, MakeUpdate()->IsUpdateAvailable()) << c.name;
         EXPECT_EQ(c.requests, m_downloader->requests) << c.name;
@@ -146,30 +147,6 @@ TEST_F(SelfUpdateTest, TheDecisionReadsTheRemoteDocumentOnlyWhenTheLocalOneAllow
     std::filesystem::remove(marker);
     EXPECT_TRUE(QDir(QString::fromStdString(ScratchRoot() + "/tmp")).entryList({"SCVTemp*"}).isEmpty())
         << "the fetched remote document is deleted after reading";
-}
-
-TEST_F(SelfUpdateTest, DocumentsGiveTheirValuesWithTheUrlsCompleted)
-{
-    auto update = MakeUpdate();
-    ASSERT_TRUE(update->ParseLocal(QByteArray::fromStdString(LocalDocument(
-        "CurrentVersion=\" 1.2.3.4 \" RemoteVersionFile=\"u.xml\" RemoteVersionFileURL=\"http://h/p\""))));
-    EXPECT_EQ(CAtlString(L"http://h/p/"), update->GetRemoteVersionFileURL());
-    EXPECT_TRUE(update->GetCurrentVersion() == CVersionString(CAtlString(L"1.2.3.4")));
-
-    ASSERT_TRUE(update->ParseRemote(
-        "<U><Product UpdateVersion=\"1.3\" UpdateInstallFile=\"i.sh\" UpdateInstallSize=\"99\" "
-        "UpdateWebPage=\"http://w\" UpdateArgument=\"--justupdated\" UpdateInstallURL=\"http://d/x\" "
-        "UpdateInstallSHA256=\"AB\"/></U>"));
-    EXPECT_EQ(CAtlString(L"http://d/x/"), update->GetInstallURL());
-    EXPECT_EQ(CAtlString(L"99"), update->GetInstallSize());
-    EXPECT_EQ(CAtlString(L"http://w"), update->GetWebPage());
-    EXPECT_EQ(CAtlString(L"--justupdated"), update->GetArgument());
-    EXPECT_EQ(CAtlString(L"AB"), update->GetInstallSha256());
-
-    // Without its own URL the installer is looked for beside the document, its name appended.
-    ASSERT_TRUE(update->ParseRemote("<U><Product UpdateInstallFile=\"i.sh\"/></U>"));
-    EXPECT_EQ(CAtlString(L"http://h/p/i.sh"), update->GetInstallURL());
-    EXPECT_EQ(CAtlString(), update->GetInstallSha256());
 }
 
 TEST_F(SelfUpdateTest, TheInstallerIsFetchedIntoAPrivateFolderAndHeldToItsDigest)
