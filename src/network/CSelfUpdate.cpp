@@ -129,20 +129,11 @@ bool CSelfUpdate::DownloadUpdate()
         const TempFolderOverride inFolder(folder);
         file = m_downloader->Download(m_installURL + m_installFile);
     }
-    if (file.IsEmpty()) {
+    // Only a file inside the private folder is ever made executable.
+    if (file.IsEmpty() || !(file.GetFolder() == folder)) {
+        file.Remove();
         folder.Remove();
         return false;
-    }
-    // A downloader that keeps its files elsewhere: the installer is taken into the folder first.
-    if (!(file.GetFolder() == folder)) {
-        const CZoltaFilePath moved = folder.GetFile(file.GetName());
-        const bool copied = file.CopyTo(moved, true);
-        file.Remove();
-        file = moved;
-        if (!copied) {
-            folder.Remove();
-            return false;
-        }
     }
     // A publisher that names the installer's digest is held to it: other bytes never run.
     if ((!m_installSha256.IsEmpty() && !MatchesSha256(file.GetPath(), m_installSha256)) ||
