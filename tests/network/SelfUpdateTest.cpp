@@ -7,6 +7,7 @@
 #include "CSelfUpdate.h"
 #include "FetchUrl.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
@@ -147,6 +148,14 @@ TEST_F(SelfUpdateTest, TheDecisionReadsTheRemoteDocumentOnlyWhenTheLocalOneAllow
     std::filesystem::remove(marker);
     EXPECT_TRUE(QDir(QString::fromStdString(ScratchRoot() + "/tmp")).entryList({"SCVTemp*"}).isEmpty())
         << "the fetched remote document is deleted after reading";
+}
+
+TEST(SelfUpdateLocalDocument, LiesInTheShareFolderBesideTheProgramsFolder)
+{
+    // This test program stands for the program: <folder>/<its folder>/test_network reads <folder>/share.
+    const QDir prefix = QFileInfo(QCoreApplication::applicationDirPath()).dir();
+    CSelfUpdate update(CAtlString(L"CuratoolId.xml"), std::make_shared<CountingDownloader>());
+    EXPECT_EQ(prefix.absoluteFilePath("share/CuratoolId.xml"), update.LocalFilePath().ToQString());
 }
 
 TEST_F(SelfUpdateTest, TheInstallerIsFetchedIntoAPrivateFolderAndHeldToItsDigest)
