@@ -4,6 +4,7 @@
 #include "CGalleryI18N.h"
 #include "CGalleryManifest.h"
 #include "CGalleryManifestIO.h"
+#include "PackagePrefetcher.h"
 #include "ZipHelpers.h"
 
 #include <algorithm>
@@ -55,6 +56,31 @@ public:
 private:
     CGalleryManifest* m_manifest = nullptr;
 };
+
+// The packages of this run coming ahead of the install loop over several connections, or null.
+// Run sets it for its own length; the loop runs on the same thread.
+thread_local PackagePrefetcher* t_ahead = nullptr;
+
+class ScopedAhead
+{
+public:
+    explicit ScopedAhead(PackagePrefetcher* ahead) { t_ahead = ahead; }
+    ~ScopedAhead() { t_ahead = nullptr; }
+};
+
+// What the install loop will fetch, in its order: the files of each category to install that
+// a URL can be made for.
+std::vector<PackagePrefetcher::Package> PackagesToFetch(const std::vector<std::unique_ptr<CGalleryCategory>>& categories,
+                                                        const CAtlString& source, const CZoltaDirectoryPath& folder)
+{
+    std::vector<PackagePrefetcher::Package> packages;
+    for (const auto& category : categories)
+        if (IsInstallAction(category->GetAction()))
+            for (const CAtlString& name : FilesToInstall(*category))
+                if (!CGalleryInstallation::IsHostileName(name))
+                    packages.push_back({name, source + L"/" + CGalleryInstallation::EncodeUrlName(name), folder.GetFile(name)});
+    return packages;
+}
 
 }  // namespace
 
@@ -228,7 +254,20 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
         HRESULT hr = S_OK;
         if (!usePrefetch)
         {
-            hr = Locate(name, &category, overall, path, temporary);
+            if (t_ahead && !IsHostileName(name))
+            {
+                // Fetched ahead, or still on its way: its events come now, as its own fetch would send them.
+                Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
+                CAtlString reason;
+                hr = t_ahead->Take(name, path, reason,
+                                   [this](unsigned int got, unsigned int size) { m_observer.ReadProgress(got, size); });
+                if (FAILED(hr))
+                    NoteFailureReason(reason + L" (" + m_source + L"/" + EncodeUrlName(name) + L")");
+                Report(eGalleryInstallationProgressDownloading, &category, name, 100, overall);
+                temporary = SUCCEEDED(hr);
+            }
+            else
+                hr = Locate(name, &category, overall, path, temporary);
             if (isUrl)
             {
                 ++done;
@@ -488,6 +527,15 @@ HRESULT CGalleryInstallation::Run()
         Prefetch(total, done, fetched);
         usePrefetch = true;
     }
+    std::unique_ptr<PackagePrefetcher> ahead;
+    if (isUrl && !usePrefetch && !m_cancel)
+    {
+        const int connections = PackagePrefetcher::ConfiguredConnections();
+        if (connections > 1)
+            ahead = std::make_unique<PackagePrefetcher>(PackagesToFetch(m_categories, m_source, m_downloadDirectory),
+                                                        connections, m_observer.GetProxyObserver(), &m_cancel);
+    }
+    const ScopedAhead scopedAhead(ahead.get());
 
     bool anyFailed = false;
     bool anySucceeded = false;
