@@ -53,6 +53,31 @@ LocalHttpServer::LocalHttpServer(const std::string& folder)
     }
 }
 
+LocalHttpServer::LocalHttpServer(const std::string& folder, const Behaviour& behaviour)
+{
+    QStringList arguments{QStringLiteral(CURATOOL_SOURCE_DIR "/tests/network/data/scripted_http_server.py"),
+                          QString::fromStdString(behaviour.log.empty() ? "/dev/null" : behaviour.log),
+                          QStringLiteral("--folder"), QString::fromStdString(folder),
+                          QStringLiteral("--delay"), QString::number(behaviour.delayMs)};
+    for (const std::string& name : behaviour.stalled)
+        arguments << QStringLiteral("--stall") << QString::fromStdString(name);
+    for (const std::string& name : behaviour.missing)
+        arguments << QStringLiteral("--missing") << QString::fromStdString(name);
+    if (!behaviour.proxyAuth.empty())
+        arguments << QStringLiteral("--proxy-auth") << QString::fromStdString(behaviour.proxyAuth);
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.start(QStringLiteral("python3"), arguments);
+    if (!m_process.waitForStarted(5000))
+        return;
+    // The script tells its port on its first line.
+    while (!m_process.canReadLine())
+        if (!m_process.waitForReadyRead(10000))
+            return;
+    const int port = m_process.readLine().trimmed().toInt();
+    if (port > 0 && Accepts(port))
+        m_port = port;
+}
+
 LocalHttpServer::~LocalHttpServer()
 {
     if (m_process.state() != QProcess::NotRunning)
