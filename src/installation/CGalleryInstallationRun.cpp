@@ -57,30 +57,41 @@ private:
     CGalleryManifest* m_manifest = nullptr;
 };
 
-// The packages of this run coming ahead of the install loop over several connections, or null.
-// Run sets it for its own length; the loop runs on the same thread.
+// The packages of this run coming ahead of the install loop over several connections, if any.
+// Run sets it for the length of the loop, which runs on the same thread.
 thread_local PackagePrefetcher* t_ahead = nullptr;
+
+// Several connections at once over a URL, unless the user settings ask for one; null then.
+std::unique_ptr<PackagePrefetcher> FetchAhead(std::vector<PackagePrefetcher::Package> packages,
+                                              IProxyObserver* proxyObserver, const volatile bool* cancel)
+{
+    if (packages.empty())
+        return nullptr;
+    const int connections = PackagePrefetcher::ConfiguredConnections();
+    if (connections <= 1)
+        return nullptr;
+    return std::make_unique<PackagePrefetcher>(std::move(packages), connections, proxyObserver, cancel);
+}
+
+PackagePrefetcher::Package ToFetch(const CAtlString& name, const CAtlString& source, const CZoltaDirectoryPath& folder)
+{
+    return {name, source + L"/" + CGalleryInstallation::EncodeUrlName(name), folder.GetFile(name)};
+}
 
 class ScopedAhead
 {
 public:
-    explicit ScopedAhead(PackagePrefetcher* ahead) { t_ahead = ahead; }
-    ~ScopedAhead() { t_ahead = nullptr; }
-};
+    explicit ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead) : m_ahead(std::move(ahead)) { t_ahead = m_ahead.get(); }
+    ~ScopedAhead() { Reset(); }
+    void Reset()
+    {
+        t_ahead = nullptr;
+        m_ahead.reset();
+    }
 
-// What the install loop will fetch, in its order: the files of each category to install that
-// a URL can be made for.
-std::vector<PackagePrefetcher::Package> PackagesToFetch(const std::vector<std::unique_ptr<CGalleryCategory>>& categories,
-                                                        const CAtlString& source, const CZoltaDirectoryPath& folder)
-{
-    std::vector<PackagePrefetcher::Package> packages;
-    for (const auto& category : categories)
-        if (IsInstallAction(category->GetAction()))
-            for (const CAtlString& name : FilesToInstall(*category))
-                if (!CGalleryInstallation::IsHostileName(name))
-                    packages.push_back({name, source + L"/" + CGalleryInstallation::EncodeUrlName(name), folder.GetFile(name)});
-    return packages;
-}
+private:
+    std::unique_ptr<PackagePrefetcher> m_ahead;
+};
 
 }  // namespace
 
@@ -254,7 +265,7 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
         HRESULT hr = S_OK;
         if (!usePrefetch)
         {
-            if (t_ahead && !IsHostileName(name))
+            if (t_ahead && t_ahead->IsNext(name))
             {
                 // Fetched ahead, or still on its way: its events come now, as its own fetch would send them.
                 Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
@@ -313,6 +324,13 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
                                                const std::map<CAtlString, CZoltaFilePath>& fetched)
 {
     std::vector<std::shared_ptr<CGalleryI18N>> catalogues;
+    std::vector<PackagePrefetcher::Package> toFetch;
+    for (const auto& category : m_categories)
+        if (!usePrefetch && IsUrl(m_source) &&
+            (category->GetAction() == eGalleryCategoryActionInstall || category->GetAction() == eGalleryCategoryActionUpdate))
+            for (const CAtlString& name : ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate))
+                toFetch.push_back(ToFetch(name, m_source, m_downloadDirectory));
+    const std::unique_ptr<PackagePrefetcher> ahead = FetchAhead(std::move(toFetch), m_observer.GetProxyObserver(), &m_cancel);
     for (const auto& category : m_categories)
     {
         const int action = category->GetAction();
@@ -335,10 +353,16 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
                     // No progress for string packages: fetch quietly.
                     if (IsHostileName(name))
                         continue;
-                    path = m_downloadDirectory.GetFile(name);
-                    path.GetFolder().Create();
-                    hr = FetchUrl(m_source + L"/" + EncodeUrlName(name), path, m_observer.GetProxyObserver(),
-                                  nullptr);
+                    CAtlString reason;
+                    if (ahead && ahead->IsNext(name))
+                        hr = ahead->Take(name, path, reason, {});
+                    else
+                    {
+                        path = m_downloadDirectory.GetFile(name);
+                        path.GetFolder().Create();
+                        hr = FetchUrl(m_source + L"/" + EncodeUrlName(name), path, m_observer.GetProxyObserver(),
+                                      nullptr);
+                    }
                     temporary = SUCCEEDED(hr) && !m_downloadOnly;
                 }
                 else
@@ -527,15 +551,12 @@ HRESULT CGalleryInstallation::Run()
         Prefetch(total, done, fetched);
         usePrefetch = true;
     }
-    std::unique_ptr<PackagePrefetcher> ahead;
-    if (isUrl && !usePrefetch && !m_cancel)
-    {
-        const int connections = PackagePrefetcher::ConfiguredConnections();
-        if (connections > 1)
-            ahead = std::make_unique<PackagePrefetcher>(PackagesToFetch(m_categories, m_source, m_downloadDirectory),
-                                                        connections, m_observer.GetProxyObserver(), &m_cancel);
-    }
-    const ScopedAhead scopedAhead(ahead.get());
+    std::vector<PackagePrefetcher::Package> packages;
+    for (const auto& category : m_categories)
+        if (isUrl && !usePrefetch && IsInstallAction(category->GetAction()))
+            for (const CAtlString& name : FilesToInstall(*category))
+                packages.push_back(ToFetch(name, m_source, m_downloadDirectory));
+    ScopedAhead ahead(FetchAhead(std::move(packages), m_observer.GetProxyObserver(), &m_cancel));
 
     bool anyFailed = false;
     bool anySucceeded = false;
@@ -557,6 +578,7 @@ HRESULT CGalleryInstallation::Run()
         else if (IsInstallAction(action))
             InstallCategory(*category, isUrl, total, done, usePrefetch, fetched, anyFailed, anySucceeded);
     }
+    ahead.Reset();
 
     if (m_removeAllRecords && !m_cancel && !m_downloadOnly)
         RemoveUnlistedRecords(anySucceeded);

@@ -1,13 +1,16 @@
 #include "PackagePrefetcher.h"
 
+#include "CGalleryInstallation.h"
 #include "CSettingsStore.h"
 #include "CZoltaDirectoryPath.h"
 #include "FetchUrl.h"
 
+#include <QCoreApplication>
 #include <QThread>
 
 #include <algorithm>
 #include <chrono>
+#include <set>
 
 const wchar_t* const PackagePrefetcher::kSection = L"Software/ZOLTA Technologies Inc./Curatool/Network";
 const wchar_t* const PackagePrefetcher::kConnectionsKey = L"ParallelDownloads";
@@ -16,6 +19,9 @@ namespace {
 
 // How often the installer, waiting for a package, passes on the bytes that came.
 constexpr std::chrono::milliseconds kProgressInterval(50);
+// How long the interface thread, should it be the one to wait, goes without its events: a
+// connection may be waiting there for the user's credentials.
+constexpr std::chrono::milliseconds kPumpInterval(10);
 
 // Keeps the last byte report of one fetch for the installer to pass on in its turn.
 class ByteRecorder : public IByteProgressObserver
@@ -43,7 +49,10 @@ PackagePrefetcher::PackagePrefetcher(std::vector<Package> packages, int connecti
                                      const volatile bool* cancel)
     : m_connections(static_cast<size_t>(std::max(1, connections))), m_cancel(cancel), m_credentials(proxyObserver)
 {
+    std::set<CAtlString> paths;
     for (Package& package : packages) {
+        if (CGalleryInstallation::IsHostileName(package.name) || !paths.insert(package.path.GetPath()).second)
+            continue;
         m_slots.push_back(std::make_unique<Slot>());
         m_slots.back()->package = std::move(package);
     }
@@ -116,6 +125,12 @@ void PackagePrefetcher::Work()
     }
 }
 
+bool PackagePrefetcher::IsNext(const CAtlString& name)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_taken < m_slots.size() && m_slots[m_taken]->package.name == name;
+}
+
 HRESULT PackagePrefetcher::Take(const CAtlString& name, CZoltaFilePath& path, CAtlString& reason,
                                 const std::function<void(unsigned int, unsigned int)>& progress)
 {
@@ -136,12 +151,19 @@ HRESULT PackagePrefetcher::Take(const CAtlString& name, CZoltaFilePath& path, CA
             progress(static_cast<unsigned int>(bytes >> 32), static_cast<unsigned int>(bytes & 0xFFFFFFFFu));
         lock.lock();
     };
+    const QCoreApplication* application = QCoreApplication::instance();
+    const bool pumps = application && QThread::currentThread() == application->thread();
     while (slot.state != eStateFetched) {
         if (slot.state == eStateWaiting && Aborted()) {
             reason = L"Cancelled";
             return E_ABORT;
         }
-        m_fetched.wait_for(lock, kProgressInterval);
+        m_fetched.wait_for(lock, pumps ? kPumpInterval : kProgressInterval);
+        if (pumps) {
+            lock.unlock();
+            QCoreApplication::processEvents();
+            lock.lock();
+        }
         if (slot.state != eStateFetched)
             passOn();
     }

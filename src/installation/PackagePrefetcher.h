@@ -45,13 +45,17 @@ public:
         CZoltaFilePath path;
     };
 
-    // Starts fetching at once. `cancel`, when given, is polled like Cancel.
+    // Starts fetching at once. `cancel`, when given, is polled like Cancel. A package whose name
+    // is hostile, or whose file an earlier one also uses, is left for the caller to fetch itself
+    // when its turn comes: two transfers never write one file.
     PackagePrefetcher(std::vector<Package> packages, int connections, IProxyObserver* proxyObserver,
                       const volatile bool* cancel = nullptr);
     ~PackagePrefetcher();
     PackagePrefetcher(const PackagePrefetcher&) = delete;
     PackagePrefetcher& operator=(const PackagePrefetcher&) = delete;
 
+    // Whether the next package to take is `name`.
+    bool IsNext(const CAtlString& name);
     // Waits for the next package, which must be `name`. Its bytes go to `progress` (done, total)
     // while it comes, its console lines are printed when it has come; then its result, its path
     // and, on failure, why. E_ABORT once cancelled.
