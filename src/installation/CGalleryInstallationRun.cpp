@@ -81,7 +81,10 @@ PackagePrefetcher::Package ToFetch(const CAtlString& name, const CAtlString& sou
 class ScopedAhead
 {
 public:
-    explicit ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead) : m_ahead(std::move(ahead)) { t_ahead = m_ahead.get(); }
+    explicit ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead) : m_ahead(std::move(ahead))
+    {
+        t_ahead = m_ahead.get();
+    }
     ~ScopedAhead() { Reset(); }
     void Reset()
     {
@@ -326,11 +329,15 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
     std::vector<std::shared_ptr<CGalleryI18N>> catalogues;
     std::vector<PackagePrefetcher::Package> toFetch;
     for (const auto& category : m_categories)
+    {
+        const int action = category->GetAction();
         if (!usePrefetch && IsUrl(m_source) &&
-            (category->GetAction() == eGalleryCategoryActionInstall || category->GetAction() == eGalleryCategoryActionUpdate))
-            for (const CAtlString& name : ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate))
+            (action == eGalleryCategoryActionInstall || action == eGalleryCategoryActionUpdate))
+            for (const CAtlString& name : ListLanguagePackages(*category, action == eGalleryCategoryActionUpdate))
                 toFetch.push_back(ToFetch(name, m_source, m_downloadDirectory));
-    const std::unique_ptr<PackagePrefetcher> ahead = FetchAhead(std::move(toFetch), m_observer.GetProxyObserver(), &m_cancel);
+    }
+    const std::unique_ptr<PackagePrefetcher> ahead =
+        FetchAhead(std::move(toFetch), m_observer.GetProxyObserver(), &m_cancel);
     for (const auto& category : m_categories)
     {
         const int action = category->GetAction();
