@@ -104,7 +104,7 @@ public:
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_process.start(QStringLiteral("python3"),
-                        {QStringLiteral(CURATOOL_SOURCE_DIR "/tests/network/data/scripted_http_server.py"),
+                        {QStringLiteral(CURATOOL_SOURCE_DIR "/tests/support/data/scripted_http_server.py"),
                          QStringLiteral("/dev/null"), QStringLiteral("--folder"), QString::fromStdString(folder),
                          QStringLiteral("--delay"), QString::number(delayMs)});
         if (!m_process.waitForStarted(10000))
