@@ -57,16 +57,6 @@ struct Factory : testing::Test
 
 using Strings = std::vector<std::wstring>;
 
-TEST_F(Factory, StartsWindowBasedWantingPrivilegesWithTheDefaultSheet)
-{
-    EXPECT_TRUE(factory.WantsElevation());
-    EXPECT_TRUE(factory.NeedsElevation());
-    ASSERT_TRUE(factory.Configuration());
-    EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET, factory.StyleSheet());
-    EXPECT_TRUE(CApplicationFactory::DEFAULT_STYLE_SHEET.startsWith("#labelGalleryName {font: bold 12pt}"));
-    EXPECT_TRUE(CApplicationFactory::DEFAULT_STYLE_SHEET.endsWith("QListWidget {font-size: 10pt}"));
-}
-
 TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
 {
     Parse({"-locale", "de", "-proxy", "p:1", "-username", "u", "-password", "pw", "-source", "/media/Disc Ü",

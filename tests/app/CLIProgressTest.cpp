@@ -56,17 +56,6 @@ TEST(CLIProgress, CategoryNameGoesInParenthesesBeforeTheItem)
     EXPECT_STREQ("Installing:  \t[5%] y\n", CLIProgress::FormatLine(2, nullptr, L"y", 5).GetString());
 }
 
-TEST(CLIProgress, ControlCharactersFromASourceArePrintedEscaped)
-{
-    for (const auto& [raw, shown] : {std::pair{L"\x1b[2J.zip", "\\x1B[2J.zip"}, {L"a\rb\n", "a\\x0Db\\x0A"},
-                                     {L"\x7f\x9b\x01", "\\x7F\\x9B\\x01"}, {L"\u00e9\u20ac", "\xC3\xA9\xE2\x82\xAC"}})
-    {
-        const CAtlString category(raw);
-        EXPECT_EQ(std::string("Installing:  \t[1%] (") + shown + ") " + shown + "\n",
-                  CLIProgress::FormatLine(2, &category, raw, 1).GetString());
-    }
-}
-
 TEST(CLIProgress, EachFailureIsOneLineOnStandardErrorWithItsReasonAndIsCounted)
 {
     CLIProgress progress;  // not verbose: a failure is a complaint all the same

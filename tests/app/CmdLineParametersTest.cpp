@@ -19,32 +19,6 @@ int Call(const CWorkFlowFunction& function)
     return function(context, nullptr);
 }
 
-TEST(CmdLineParameters, ValuesAreStoredUnchangedFlagsIgnoreThemAndNoneComplains)
-{
-    CAtlString text, path;
-    std::vector<CAtlString> values;
-    bool flag = false;
-    CStringParameter stringParam(&text);
-    CPathParameter pathParam(&path);
-    CMultiValueParameter multiParam(&values);
-    CFlagParameter flagParam(&flag);
-
-    EXPECT_TRUE(stringParam.Process(W(L"proxy"), W(L"host:8080")));
-    EXPECT_TRUE(pathParam.Process(W(L"source"), W(L"/media/disc one/../x")));
-    EXPECT_TRUE(stringParam.Process(W(L"proxy"), W(L"other:1")));  // the last one stands
-    for (const wchar_t* v : {L"b", L"a", L"b", L""})
-        EXPECT_TRUE(multiParam.Process(W(L"c"), W(v)));  // in order, duplicates kept
-    EXPECT_TRUE(flagParam.Process(W(L"verbose"), W(L"no")));
-
-    EXPECT_EQ(W(L"other:1"), text);
-    EXPECT_EQ(W(L"/media/disc one/../x"), path);
-    EXPECT_EQ((std::vector<CAtlString>{W(L"b"), W(L"a"), W(L"b"), W(L"")}), values);
-    EXPECT_TRUE(flag);
-    for (const ICmdLineParam* param : {static_cast<ICmdLineParam*>(&stringParam), static_cast<ICmdLineParam*>(&pathParam),
-                                       static_cast<ICmdLineParam*>(&multiParam), static_cast<ICmdLineParam*>(&flagParam)})
-        EXPECT_TRUE(param->GetError().IsEmpty());
-}
-
 struct ActionFixture : testing::Test
 {
     bool actionChosen = false;
@@ -99,14 +73,6 @@ TEST(CmdLineParameters, ValueActionRunsOnceAndSharesItsUseWithItsPartner)
     EXPECT_EQ(W(L"bad"), loaded[0]);
     EXPECT_EQ(W(L"Illegal: \"configuration\""), configuration.GetError());
     EXPECT_EQ(W(L"Illegal: \"guid\""), guid.GetError());
-}
-
-TEST(CmdLineParameters, ValueActionWithoutActionRefuses)
-{
-    bool used = false;
-    CValueActionParameter empty(CValueActionParameter::Action(), &used);
-    EXPECT_FALSE(empty.Process(W(L"guid"), W(L"x")));
-    EXPECT_FALSE(used);
 }
 
 TEST(CmdLineParameters, ErrorParameterRewritesEachReservedNameIntoItsMessage)

@@ -103,14 +103,6 @@ TEST(CmdLineParserPrefix, PositionalTokensStayAsTheyAre)
     }
 }
 
-TEST_F(ParserHarness, NothingGivenKeepsTheStartingWorkFlow)
-{
-    EXPECT_TRUE(Parse({}));
-    EXPECT_EQ(kNormal, Bound());
-    EXPECT_TRUE(context.errors.empty());
-    EXPECT_TRUE(elevation);
-}
-
 TEST_F(ParserHarness, ValuesFlagsAndPositionalsLandInTheirFields)
 {
     EXPECT_TRUE(Parse({L"first", L"-source", L"/media/cd", L"--verbose", L"", L"-c", L"a", L"\\c", L"b", L"last"}));
@@ -160,24 +152,6 @@ TEST_F(ParserHarness, ColonFormPassesValuesThatLookLikeOptions)
     EXPECT_TRUE(context.categoryAliases[0].IsEmpty());
     EXPECT_EQ(W(L"\\x"), context.categoryAliases[1]);
     EXPECT_TRUE(context.errors.empty());
-}
-
-TEST_F(ParserHarness, ValueActionRunsDuringTheParseOnlyOnce)
-{
-    EXPECT_FALSE(Parse({L"-configuration", L"one", L"-configuration", L"two"}));
-    ASSERT_EQ(1u, loads.size());
-    EXPECT_EQ(W(L"one"), loads[0]);
-    EXPECT_EQ(kUsage, Bound());
-    EXPECT_EQ(Strings{L"Illegal: \"configuration\""}, Errors());
-}
-
-TEST_F(ParserHarness, ComplaintsComeAfterTheTokenErrorsInMapOrder)
-{
-    // value map first (configuration), then flags in wcscmp order ("?" < "help" < "uninstall").
-    Parse({L"--installall", L"--uninstall", L"-configuration", L"a", L"-configuration", L"b", L"-zz", L"-?"});
-    EXPECT_EQ((Strings{L"Unknown: \"zz\"", L"Illegal: \"configuration\"", L"Illegal: \"?\"",
-                       L"Illegal: \"?\"", L"Illegal: \"?\"", L"Illegal: \"uninstall\""}),
-              Errors());
 }
 
 TEST_F(ParserHarness, LaterRegistrationReplacesAnEntry)

@@ -1,11 +1,5 @@
 #include "Output.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QMessageBox>
-#include <QTimer>
-#include <QTranslator>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -67,56 +61,6 @@ TEST_F(OutputTable, ConsoleErrorsGoToStandardErrorOnlyAndUnknownCodesAreEmpty)
               "You must have write permissions for the destination directory:\n%1\n"
               "\n",
               testing::internal::GetCapturedStderr());
-}
-
-// Answers every QObject text with a German one, so that the dialog and the console can differ.
-class GermanTranslator : public QTranslator
-{
-public:
-    QString translate(const char* context, const char* source, const char*, int) const override
-    {
-        if (QByteArray(context) != "QObject")
-            return QString();
-        if (QByteArray(source) == "Curatool")
-            return QStringLiteral("Curatool (de)");
-        if (QByteArray(source).startsWith("You must have"))
-            return QStringLiteral("Keine Schreibrechte für:\n%1");
-        return QString();
-    }
-};
-
-TEST_F(OutputTable, DialogShowsTheTranslationWhileStandardErrorStaysEnglish)
-{
-    GermanTranslator german;
-    QCoreApplication::installTranslator(&german);
-
-    QString title, text;
-    bool sawBox = false;
-    QTimer closer;
-    QObject::connect(&closer, &QTimer::timeout, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            sawBox = true;
-            title = box->windowTitle();
-            text = box->text();
-            EXPECT_EQ(QMessageBox::Ok, box->standardButtons());
-            box->button(QMessageBox::Ok)->click();
-        }
-    });
-    closer.start(20);
-
-    // The offscreen platform's own chatter is not ours to check.
-    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-    testing::internal::CaptureStderr();
-    Output::Error(1, "/srv/g", true);
-    const std::string err = testing::internal::GetCapturedStderr();
-    qInstallMessageHandler(previous);
-    closer.stop();
-    QCoreApplication::removeTranslator(&german);
-
-    EXPECT_TRUE(sawBox);
-    EXPECT_EQ(QStringLiteral("Curatool (de)"), title);
-    EXPECT_EQ(QStringLiteral("Keine Schreibrechte für:\n/srv/g"), text);
-    EXPECT_EQ("You must have write permissions for the destination directory:\n/srv/g\n", err);
 }
 
 }  // namespace
