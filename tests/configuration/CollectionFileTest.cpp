@@ -161,19 +161,3 @@ TEST(CollectionFile, EntryNamesThatClimbOutStayInside)
     EXPECT_TRUE(UnpackedFolders().empty());
 }
 
-TEST(CollectionFile, BundledSampleLoadsInBothForms)
-{
-    const std::string sample = std::string(CURATOOL_SOURCE_DIR) + "/samples/collection";
-    CConfiguration directory;
-    ASSERT_TRUE(directory.OpenCollectionDirectory(W(sample)));
-    CConfiguration packed;
-    ASSERT_TRUE(packed.OpenCollectionFile(W(Pack(sample, "Sample.gallerycollection"))));
-    for (const CConfiguration* configuration : {&directory, &packed}) {
-        EXPECT_EQ("ZOLTA Sample Collection", U(configuration->GetApplication()->GetTitle()));
-        EXPECT_EQ(U(configuration->GetGallery()->GetGUID()), U(configuration->GetMetaData()->Identifier()));
-        EXPECT_EQ(3u, configuration->GetGallery()->GetCategories().size());
-        for (const CZoltaFilePath& file : configuration->GetFileList()->GetFiles())
-            EXPECT_TRUE(file.Exists()) << U(file.GetPath());
-    }
-    EXPECT_EQ(6u, directory.GetFileList()->GetFiles().size());
-}
