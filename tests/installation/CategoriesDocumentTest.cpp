@@ -223,10 +223,6 @@ TEST(SourceKinds, UrlTestAndEncoding)
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"/srv/data"));
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"a b://x"));
     EXPECT_EQ("sub/my%20file%C3%A9(1).zip", U(CGalleryInstallation::EncodeUrlName(L"sub\\my file\u00e9(1).zip")));
-    EXPECT_EQ("Gallery Data Files", U(CGalleryInstallation::DefaultSource(3)));
-    EXPECT_TRUE(U(CGalleryInstallation::DefaultSource(2)).find("/software/ZPC") != std::string::npos);
-    EXPECT_TRUE(U(CGalleryInstallation::DefaultSource(1)).rfind("/Gallery Data Files") != std::string::npos);
-    EXPECT_EQ(U(CGalleryInstallation::DefaultSource(2)), U(CGalleryInstallation::DefaultSource(0)));
 }
 
 TEST_F(CategoriesFixture, NeedsAnInstallFolderAndMakesAMissingOne)

@@ -114,20 +114,3 @@ TEST_F(HttpRunFixture, AnUnreachableSourceFailsOpenUnlessACopyIsKept)
                                           CAtlString(url.c_str()), true)));
 }
 
-TEST_F(HttpRunFixture, DownloadOnlyKeepsPackagesAndStringsAndTouchesNoManifest)
-{
-    LocalHttpServer server(source);
-    ASSERT_TRUE(server.IsRunning());
-    const std::string target = MakeScratchDir("copy");
-    installation->SetDownloadOnly(CZoltaDirectoryPath(target.c_str()));
-    installation->SetObserver(&recorder);
-    ASSERT_EQ(S_OK, installation->Open(CZoltaDirectoryPath(target.c_str()), CAtlString(server.Url().c_str()), true));
-    installation->Category(0)->SetAction(1);
-    ASSERT_EQ(S_OK, installation->Run());
-    EXPECT_EQ(ReadFile(source + "/" + kDogName), ReadFile(target + "/" + kDogName));
-    EXPECT_EQ(ReadFile(source + "/cow.zip"), ReadFile(target + "/cow.zip"));
-    EXPECT_EQ(ReadFile(source + "/i18n/pets_fr.xml"), ReadFile(target + "/i18n/pets_fr.xml"));
-    EXPECT_FALSE(Exists(target + "/imsmanifest.xml"));
-    EXPECT_FALSE(Exists(target + "/dog.png"));
-    EXPECT_TRUE(recorder.OfStage(eGalleryInstallationProgressFailed).empty());
-}
