@@ -219,17 +219,6 @@ TEST_F(ScriptedServerTest, BadStatusesRemoveTheFileAndBrokenRepliesLeaveItEmpty)
     EXPECT_EQ(requested, Requests());
 }
 
-TEST_F(ScriptedServerTest, BodiesByChunksOrUpToTheCloseArriveWhole)
-{
-    const std::string local = ScratchFile("framing", "reply.bin");
-    RecordingConnection connection;
-    ASSERT_EQ(S_OK, Fetch(Url("/chunked"), local, connection));
-    EXPECT_EQ("hello, world", curatool::test::ReadFile(local));
-    ASSERT_EQ(S_OK, Fetch(Url("/until-close"), local, connection));
-    EXPECT_EQ("no length, ends with the connection", curatool::test::ReadFile(local));
-    EXPECT_EQ(0, connection.progress.back().second);  // no length given
-}
-
 // What the disk takes is bounded by the announced length, or without one by the free space; a body
 // cut short fails, and what it left is removed.
 TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)

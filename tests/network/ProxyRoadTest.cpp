@@ -96,21 +96,6 @@ TEST_F(ProxyRoadTest, WithoutCredentialsTheDialogIsAskedAndItsAnswerKept)
     EXPECT_EQ(1u, shown.size());
 }
 
-TEST_F(ProxyRoadTest, NoCredentialsWithoutADialogAreAbortedAndWrongOnesRefused)
-{
-    ProxyHandler none;
-    PointAtProxy(none);
-    EXPECT_EQ(E_ABORT, Fetch(none));
-    EXPECT_FALSE(curatool::test::Exists(m_local));
-
-    // This proxy answers wrong credentials with 401, not 407: a plain failed status.
-    ProxyHandler wrong;
-    PointAtProxy(wrong);
-    wrong.SetCredentials(CAtlString(L"user"), CAtlString(L"nope"));
-    EXPECT_EQ(E_FAIL, Fetch(wrong));
-    EXPECT_FALSE(curatool::test::Exists(m_local));
-}
-
 namespace {
 
 // Hands out the right credentials once, counting the calls.
