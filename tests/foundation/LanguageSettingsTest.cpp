@@ -100,17 +100,6 @@ TEST(LanguageOfLocale, OnlyEnglishPortugueseChineseAndHindiKeepTheirRegion)
         EXPECT_EQ(language, LanguageOfLocaleName(locale).toStdString()) << locale;
 }
 
-TEST_F(LanguageSettingsTest, SystemLanguageFollowsTheProcessLocale)
-{
-    WithLocale("fr_CA.UTF-8");
-    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "fr" && GetUILanguage(false) == "fr"), testing::ExitedWithCode(0),
-                "");
-    WithLocale("pt_BR.UTF-8");
-    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "pt_BR"), testing::ExitedWithCode(0), "");
-    WithLocale("C");
-    EXPECT_EXIT(ExitWith(GetSystemLanguage() == "en_CA"), testing::ExitedWithCode(0), "");
-}
-
 TEST_F(LanguageSettingsTest, AmericanEnglishBecomesCanadianOnlyThroughTheLanguageCode)
 {
     WithLocale("en_US.UTF-8");
