@@ -59,21 +59,6 @@ CGalleryOrganization* NewOrganization(const wchar_t* identifier)
 
 // ---- Creation ----
 
-TEST(GalleryNodes, CreationRefusesNullOrOccupiedTargets)
-{
-    EXPECT_EQ(CGalleryActivity::Create(nullptr), E_INVALIDARG);
-    EXPECT_EQ(CGalleryFolder::Create(nullptr), E_INVALIDARG);
-    EXPECT_EQ(CGalleryOrganization::Create(nullptr), E_INVALIDARG);
-    EXPECT_EQ(CGalleryMetadata::Create(nullptr), E_INVALIDARG);
-    EXPECT_EQ(CGalleryManifest::Create(nullptr), E_INVALIDARG);
-    CGalleryActivity* activity = NewActivity(L"a");
-    CGalleryActivity* kept = activity;
-    EXPECT_EQ(CGalleryActivity::Create(&activity), E_INVALIDARG);
-    EXPECT_EQ(activity, kept);
-    CGalleryActivity::Destroy(activity);
-    EXPECT_EQ(activity, nullptr);
-}
-
 // ---- Lists and back references ----
 
 TEST(GalleryLists, AddFindRemoveAndBounds)
@@ -141,32 +126,6 @@ TEST(GalleryLists, DeeplyNestedTreesAreFreedWithoutRecursion)
 }
 
 // ---- Metadata ----
-
-TEST(GalleryMetadataRecord, CopyFromDuplicatesEveryField)
-{
-    CGalleryMetadata* source = nullptr;
-    CGalleryMetadata* target = nullptr;
-    ASSERT_EQ(CGalleryMetadata::Create(&source), S_OK);
-    ASSERT_EQ(CGalleryMetadata::Create(&target), S_OK);
-    source->SetIdentifier(L"id");
-    source->SetVersion(L"1.0");
-    source->SetSortKey(L"key");
-    source->SetFormat(L"image/png");
-    source->SetOriginalId(L"orig");
-    source->SetShowInLanguages(L"en;fr");
-    source->SetHideInLanguages(L"de");
-    source->m_creationTime = 1234;
-    source->m_titles->Add(L"en", L"Title");
-    source->m_keywords->Add(L"en", L"word");
-    source->m_minimumVersions->Add(L"firefox", L"3");
-    source->m_maximumVersions->Add(L"firefox", L"9");
-    target->m_titles->Add(L"fr", L"old");
-    const std::string expected = manifest_test::DumpMetadata(*source);
-    ASSERT_EQ(target->CopyFrom(*source), S_OK);
-    CGalleryMetadata::Destroy(source);
-    EXPECT_EQ(manifest_test::DumpMetadata(*target), expected);
-    CGalleryMetadata::Destroy(target);
-}
 
 // ---- Ordering ----
 
