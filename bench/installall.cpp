@@ -7,6 +7,8 @@
 //   bench_installall [pairs] [packages...]      default: 5 pairs at 250, 500 and 1000 packages
 //   bench_installall --make DIR PACKAGES        only writes DIR/collection and DIR/source (to profile)
 // CURATOOL_BENCH_BINARY names another curatool to measure (an earlier build, say).
+#include "Pairs.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -152,8 +154,9 @@ void MakeSource(const fs::path& source, const fs::path& staging, int packages)
     fs::remove_all(staging);
 }
 
-// Runs a program to its end with its output thrown away; the wall-clock seconds, or exits.
-double Run(const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
+// Runs a program to its end with its output (and with `quiet` its complaints) thrown away; the
+// wall-clock seconds, or exits.
+double Run(const std::vector<std::string>& arguments, const std::vector<std::string>& environment, bool quiet = false)
 {
     std::vector<char*> argv;
     for (const std::string& argument : arguments)
@@ -166,6 +169,8 @@ double Run(const std::vector<std::string>& arguments, const std::vector<std::str
             putenv(const_cast<char*>(variable.c_str()));
         const int null = open("/dev/null", O_WRONLY);
         dup2(null, STDOUT_FILENO);
+        if (quiet)
+            dup2(null, STDERR_FILENO);
         execvp(argv[0], argv.data());
         _exit(127);
     }
@@ -188,10 +193,19 @@ std::size_t CountFiles(const fs::path& folder, const std::string& extension)
     return count;
 }
 
+// What a run wrote stays until all pairs of a size are done: on some file systems (ext4 without a
+// journal) the inodes of files deleted in the last half minute are passed over when new ones are
+// made, and a side that runs just after the other's output was deleted would pay for it.
+fs::path Output(const fs::path& root, const char* side)
+{
+    static int count = 0;
+    return root / "outputs" / (side + std::to_string(++count));
+}
+
 // Installs into a new gallery in a new world: its own HOME, settings, temporary folder and root.
 double Install(const fs::path& root, const fs::path& collection, const fs::path& source, int packages)
 {
-    const fs::path world = root / "world";
+    const fs::path world = Output(root, "world");
     for (const char* folder : {"home", "config", "tmp", "root"})
         fs::create_directories(world / folder);
     const fs::path gallery = world / "gallery";
@@ -206,28 +220,21 @@ double Install(const fs::path& root, const fs::path& collection, const fs::path&
         std::fprintf(stderr, "the gallery lacks files\n");
         std::exit(4);
     }
-    fs::remove_all(world);
+    std::fprintf(stderr, "  %d packages: install %.2f s\n", packages, seconds);
     return seconds;
 }
 
 double Unzip(const fs::path& root, const fs::path& source, int packages)
 {
-    const fs::path floor = root / "floor";
+    const fs::path floor = Output(root, "floor");
     fs::create_directories(floor);
-    const double seconds = Run({"unzip", "-qq", "-o", (source / "*.zip").string(), "-d", floor.string()}, {});
+    // Quiet: unzip tells the count of archives it went through even with -qq.
+    const double seconds = Run({"unzip", "-qq", "-o", (source / "*.zip").string(), "-d", floor.string()}, {}, true);
     if (CountFiles(floor, ".png") != std::size_t(packages) * kFilesPerPackage) {
         std::fprintf(stderr, "unzip left files out\n");
         std::exit(4);
     }
-    fs::remove_all(floor);
     return seconds;
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const std::size_t n = values.size();
-    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
 }
 
 }  // namespace
@@ -257,32 +264,24 @@ int main(int argc, char** argv)
     for (const int packages : sizes) {
         const fs::path source = root / ("source" + std::to_string(packages));
         MakeSource(source, root / "staging", packages);
-        std::vector<double> installs, unzips, ratios;
-        for (int pair = 0; pair < pairs; ++pair) {
-            double install, unzip;
-            if (pair % 2 == 0) {
-                install = Install(root, collection, source, packages);
-                unzip = Unzip(root, source, packages);
-            } else {
-                unzip = Unzip(root, source, packages);
-                install = Install(root, collection, source, packages);
-            }
-            installs.push_back(install);
-            unzips.push_back(unzip);
-            ratios.push_back(install / unzip);
-            std::fprintf(stderr, "  %d packages, pair %d: install %.2f s, unzip %.2f s, ratio %.2f\n", packages,
-                         pair + 1, install, unzip, install / unzip);
-        }
-        char a[64], b[64], c[64];
-        std::snprintf(a, sizeof a, "%.2f (%.2f-%.2f)", Median(installs), *std::min_element(installs.begin(), installs.end()),
-                      *std::max_element(installs.begin(), installs.end()));
-        std::snprintf(b, sizeof b, "%.2f (%.2f-%.2f)", Median(unzips), *std::min_element(unzips.begin(), unzips.end()),
-                      *std::max_element(unzips.begin(), unzips.end()));
-        std::snprintf(c, sizeof c, "%.2f (%.2f-%.2f)", Median(ratios), *std::min_element(ratios.begin(), ratios.end()),
-                      *std::max_element(ratios.begin(), ratios.end()));
-        std::printf("%8d  %-28s  %-28s  %-22s  %.2f\n", packages, a, b, c, Median(installs) * 1000 / packages);
+        int pair = 0;
+        const bench::PairResult result = bench::RunPairs(
+            pairs, [&] { return Install(root, collection, source, packages); },
+            [&] {
+                const double seconds = Unzip(root, source, packages);
+                std::fprintf(stderr, "  %d packages, pair %d: unzip %.2f s\n", packages, ++pair, seconds);
+                return seconds;
+            });
+        const auto text = [](const bench::Spread& spread) {
+            char line[64];
+            std::snprintf(line, sizeof line, "%.2f (%.2f-%.2f)", spread.median, spread.min, spread.max);
+            return std::string(line);
+        };
+        std::printf("%8d  %-28s  %-28s  %-22s  %.2f\n", packages, text(result.first).c_str(), text(result.second).c_str(),
+                    text(result.ratio).c_str(), result.first.median * 1000 / packages);
         std::fflush(stdout);
         fs::remove_all(source);
+        fs::remove_all(root / "outputs");
     }
     std::printf("%d interleaved pairs per size; the spread is the range of the pairs.\n", pairs);
     fs::remove_all(root);
