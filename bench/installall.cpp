@@ -151,7 +151,6 @@ void MakeSource(const fs::path& source, const fs::path& staging, int packages)
         document += "</files>\n</category>\n";
     }
     WriteFile(source / "gallery_categories.xml", document + "</categories>\n</gallery>\n");
-    fs::remove_all(staging);
 }
 
 // Runs a program to its end with its output (and with `quiet` its complaints) thrown away; the
@@ -193,9 +192,10 @@ std::size_t CountFiles(const fs::path& folder, const std::string& extension)
     return count;
 }
 
-// What a run wrote stays until all pairs of a size are done: on some file systems (ext4 without a
-// journal) the inodes of files deleted in the last half minute are passed over when new ones are
-// made, and a side that runs just after the other's output was deleted would pay for it.
+// What a run wrote stays until the end of the benchmark, like the sources and their staging:
+// on some file systems (ext4 without a journal) the inodes of files deleted in the last half
+// minute are passed over one by one when new ones are made, and a side that runs just after
+// thousands of files were deleted would pay for it.
 fs::path Output(const fs::path& root, const char* side)
 {
     static int count = 0;
@@ -245,6 +245,7 @@ int main(int argc, char** argv)
         const fs::path folder = fs::absolute(argv[2]);
         MakeCollection(folder / "collection");
         MakeSource(folder / "source", folder / "staging", std::max(kCategories, std::atoi(argv[3])));
+        fs::remove_all(folder / "staging");
         return 0;
     }
     const int pairs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
@@ -261,9 +262,15 @@ int main(int argc, char** argv)
 
     std::printf("%8s  %-28s  %-28s  %-22s  %s\n", "packages", "install s (median, min-max)", "unzip s (median, min-max)",
                 "ratio (median, min-max)", "install ms/package");
+    // Every source first, and nothing deleted until the end (see Output).
+    std::vector<fs::path> sources;
     for (const int packages : sizes) {
-        const fs::path source = root / ("source" + std::to_string(packages));
-        MakeSource(source, root / "staging", packages);
+        sources.push_back(root / ("source" + std::to_string(packages)));
+        MakeSource(sources.back(), root / ("staging" + std::to_string(packages)), packages);
+    }
+    for (std::size_t index = 0; index < sizes.size(); ++index) {
+        const int packages = sizes[index];
+        const fs::path& source = sources[index];
         int pair = 0;
         const bench::PairResult result = bench::RunPairs(
             pairs, [&] { return Install(root, collection, source, packages); },
@@ -280,8 +287,6 @@ int main(int argc, char** argv)
         std::printf("%8d  %-28s  %-28s  %-22s  %.2f\n", packages, text(result.first).c_str(), text(result.second).c_str(),
                     text(result.ratio).c_str(), result.first.median * 1000 / packages);
         std::fflush(stdout);
-        fs::remove_all(source);
-        fs::remove_all(root / "outputs");
     }
     std::printf("%d interleaved pairs per size; the spread is the range of the pairs.\n", pairs);
     fs::remove_all(root);

@@ -126,6 +126,32 @@ bool ReplaceFileFrom(const CZoltaFilePath& target, const CZoltaFilePath& source)
     return ReplaceFileWith(target, [&](std::FILE* file) { return CopyInto(source, file); });
 }
 
+bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& source)
+{
+    if (target.IsEmpty() || source.IsEmpty())
+        return false;
+    const QByteArray from = ToFileSystemEncoding(source.GetPath());
+    const CZoltaFilePath temporary = ReplacementFileFor(target);
+    const QByteArray beside = ToFileSystemEncoding(temporary.GetPath());
+    struct stat status {};
+    if (::lstat(from.constData(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        std::rename(from.constData(), beside.constData()) != 0)
+        return ReplaceFileFrom(target, source);
+    ::utimensat(AT_FDCWD, beside.constData(), nullptr, 0);
+    const int descriptor = ::open(beside.constData(), O_RDONLY | O_CLOEXEC);
+    bool synced = descriptor >= 0 && ::fsync(descriptor) == 0;
+    if (descriptor >= 0)
+        synced = ::close(descriptor) == 0 && synced;
+    if (!synced || std::rename(beside.constData(), ToFileSystemEncoding(target.GetPath()).constData()) != 0) {
+        const int error = errno;
+        temporary.Remove();
+        errno = error;
+        return false;
+    }
+    SyncFolder(target.GetFolder());
+    return true;
+}
+
 bool MoveOrCopyFile(const CZoltaFilePath& source, const CZoltaFilePath& target, bool move)
 {
     if (source.IsEmpty() || target.IsEmpty())

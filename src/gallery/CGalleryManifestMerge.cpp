@@ -358,7 +358,8 @@ HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManife
         return result;
     }
     // The record first: a run killed from here on is completed by the journal, which knows it.
-    if (!ReplaceFileFrom(record, CZoltaFilePath(CAtlString(other->GetPath())))) {
+    const CZoltaFilePath document(CAtlString(other->GetPath()));
+    if (!(move ? ReplaceFileByMove(record, document) : ReplaceFileFrom(record, document))) {
         Tell(reason, CAtlString(L"could not write ") + record.GetPath() + L" (" +
                          CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
         RemoveStaged(staged);
