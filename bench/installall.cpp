@@ -1,8 +1,9 @@
 // `curatool --installall` from a local source of many small packages, measured from outside as a
 // new user would see it, against Info-ZIP's unzip extracting the same archives one after another
 // into one folder. Each package is a manifest and 10 files of 20 kB; the packages are spread over
-// 10 categories. Both sides run in turn (the order swaps every pair), and for each source size the
-// median and the spread of the pairs are printed, with the ratio install / unzip.
+// 10 categories. Both sides run in turn (the order swaps every pair), each on a synced disk, and
+// for each source size the median and the spread of the pairs are printed, with the ratio
+// install / unzip.
 //
 //   bench_installall [pairs] [packages...]      default: 5 pairs at 250, 500 and 1000 packages
 //   bench_installall --make DIR PACKAGES        only writes DIR/collection and DIR/source (to profile)
@@ -161,6 +162,10 @@ double Run(const std::vector<std::string>& arguments, const std::vector<std::str
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    // Each side starts on a disk with nothing left to write: what the other side (or the making
+    // of the sources) left in the page cache would otherwise be written back during this run,
+    // and only the side that syncs its files would wait for it.
+    ::sync();
     const auto start = std::chrono::steady_clock::now();
     const pid_t child = fork();
     if (child == 0) {
