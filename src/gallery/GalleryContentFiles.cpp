@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -80,8 +81,12 @@ std::optional<bool> StaysInsideByName(const fs::path& inner, const fs::path& out
             continue;
         walked /= *innerPart;
         struct stat status {};
-        if (::lstat(walked.c_str(), &status) != 0)
-            return true;  // nothing below a missing name can be a link yet
+        if (::lstat(walked.c_str(), &status) != 0) {
+            // Below a missing name no link stands yet; any other failure is the resolving check's.
+            if (errno == ENOENT)
+                return true;
+            return std::nullopt;
+        }
         if (S_ISLNK(status.st_mode))
             return std::nullopt;
     }
