@@ -1,12 +1,13 @@
 // Download throughput over loopback: FetchUrl against curl, both fetching the same files from the
-// same python http.server in this run, and the peak memory of the fetching process, which must not
-// follow the file's size.
+// same python http.server in this run, in 5 interleaved pairs per size (median and spread), and
+// the peak memory of the fetching process, which must not follow the file's size.
 //
 //     bench_download [megabytes...]      (default: 50 200)
 
 #include "FetchUrl.h"
 
 #include "CZoltaFilePath.h"
+#include "Pairs.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -28,7 +29,7 @@
 
 namespace {
 
-constexpr int kRounds = 3;
+constexpr int kPairs = 5;
 
 // Kilobytes of the process's resident peak so far.
 long PeakResidentKb()
@@ -99,18 +100,16 @@ double Seconds(const QElapsedTimer& clock)
     return static_cast<double>(clock.nsecsElapsed()) / 1e9;
 }
 
-// Best of a few rounds: the least disturbed by whatever else the machine does.
-double BestOf(const std::function<bool()>& fetch)
+// One timed fetch; the program ends if it fails.
+double Timed(const std::function<bool()>& fetch)
 {
-    double best = 1e9;
-    for (int round = 0; round < kRounds; ++round) {
-        QElapsedTimer clock;
-        clock.start();
-        if (!fetch())
-            return -1;
-        best = std::min(best, Seconds(clock));
+    QElapsedTimer clock;
+    clock.start();
+    if (!fetch()) {
+        std::fprintf(stderr, "a fetch failed\n");
+        std::exit(1);
     }
-    return best;
+    return Seconds(clock);
 }
 
 }  // namespace
@@ -145,38 +144,48 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    std::printf("%-8s %12s %12s %8s %14s %14s\n", "size", "FetchUrl", "curl", "ratio", "peak RSS", "RSS after");
+    std::printf("%-8s %12s %12s %18s %14s %14s\n", "size", "FetchUrl", "curl", "ratio", "peak RSS", "RSS after");
     int result = 0;
     const long baseline = ResidentKb();
     for (qint64 megabytes : sizes) {
         const QString url = QStringLiteral("http://127.0.0.1:%1/%2.bin").arg(port).arg(megabytes);
         const QString target = fetched.filePath(QStringLiteral("out.bin"));
-        const double ours = BestOf([&] {
-            const bool good = SUCCEEDED(FetchUrl(CAtlString(url), CZoltaFilePath(target), nullptr)) &&
-                              QFile(target).size() == megabytes * 1024 * 1024;
-            QFile::remove(target);
-            return good;
-        });
-        const double theirs = BestOf([&] {
-            const int code = QProcess::execute(QStringLiteral("curl"),
-                                               {QStringLiteral("-s"), QStringLiteral("-o"), target, url});
-            const bool good = code == 0 && QFile(target).size() == megabytes * 1024 * 1024;
-            QFile::remove(target);
-            return good;
-        });
+        const auto ours = [&] {
+            return Timed([&] {
+                const bool good = SUCCEEDED(FetchUrl(CAtlString(url), CZoltaFilePath(target), nullptr)) &&
+                                  QFile(target).size() == megabytes * 1024 * 1024;
+                QFile::remove(target);
+                return good;
+            });
+        };
+        const auto theirs = [&] {
+            return Timed([&] {
+                const int code = QProcess::execute(QStringLiteral("curl"),
+                                                   {QStringLiteral("-s"), QStringLiteral("-o"), target, url});
+                const bool good = code == 0 && QFile(target).size() == megabytes * 1024 * 1024;
+                QFile::remove(target);
+                return good;
+            });
+        };
+        const bench::PairResult pair = bench::RunPairs(kPairs, ours, theirs);
         // Fast is worth nothing if the bytes are wrong: one more fetch, compared whole, untimed.
         const bool same = SUCCEEDED(FetchUrl(CAtlString(url), CZoltaFilePath(target), nullptr)) &&
                           Sha256(target) == Sha256(served.filePath(QStringLiteral("%1.bin").arg(megabytes)));
         QFile::remove(target);
-        if (ours < 0 || theirs < 0 || !same) {
+        if (!same) {
             std::fprintf(stderr, "a fetch of %lld MB failed\n", static_cast<long long>(megabytes));
             result = 1;
             continue;
         }
         const double mb = static_cast<double>(megabytes);
-        std::printf("%5lld MB %8.0f MB/s %7.0f MB/s %7.0f%% %11ld kB %11ld kB\n", static_cast<long long>(megabytes),
-                    mb / ours, mb / theirs, 100.0 * theirs / ours, PeakResidentKb(), ResidentKb());
+        std::printf("%5lld MB %8.0f MB/s %7.0f MB/s %7.0f%% (%.0f-%.0f%%) %11ld kB %11ld kB\n",
+                    static_cast<long long>(megabytes), mb / pair.first.median, mb / pair.second.median,
+                    100.0 / pair.ratio.median, 100.0 / pair.ratio.max, 100.0 / pair.ratio.min, PeakResidentKb(),
+                    ResidentKb());
     }
+    std::printf("throughput of the median times, speed ratio FetchUrl / curl as median (min-max) of %d interleaved "
+                "pairs\n",
+                kPairs);
     std::printf("resident before the first fetch: %ld kB\n", baseline);
 
     server.kill();

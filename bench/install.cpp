@@ -1,12 +1,15 @@
 // Installing a generated local source of 1,000 packages (over 200 MB zipped) into an empty gallery,
 // against the floor of extracting the same packages with Info-ZIP's unzip into one folder, in the
-// same run. Prints both times and the ratio (install / unzip).
+// same run, in interleaved pairs (5 unless the first argument asks for more). Prints the median and
+// the spread of both times and of the ratio (install / unzip).
 #include "CGalleryCategory.h"
 #include "CGalleryInstallation.h"
+#include "Pairs.h"
 #include "ZipHelpers.h"
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -150,21 +153,20 @@ int main(int argc, char** argv)
     fs::remove_all(root / "staging");
     std::printf("source: %d packages, %.1f MB\n", kCategories * kPackagesPerCategory, FolderBytes(source) / 1e6);
 
-    const int rounds = 3;
-    double floorBest = 1e9;
-    double installBest = 1e9;
-    for (int round = 0; round < rounds; ++round) {
-        const double floor = UnzipFloor(source, root / "floor");
-        const double install = Install(source, root / "gallery");
-        std::printf("round %d: unzip %.2f s, install %.2f s (%.1f MB installed)\n", round + 1, floor, install,
-                    FolderBytes(root / "gallery") / 1e6);
-        floorBest = std::min(floorBest, floor);
-        installBest = std::min(installBest, install);
-        fs::remove_all(root / "floor");
-        fs::remove_all(root / "gallery");
-    }
-    std::printf("best: unzip %.2f s, install %.2f s, ratio install/unzip %.2f\n", floorBest, installBest,
-                installBest / floorBest);
+    const int pairs = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
+    const bench::PairResult result = bench::RunPairs(
+        pairs,
+        [&] {
+            const double seconds = Install(source, root / "gallery");
+            fs::remove_all(root / "gallery");
+            return seconds;
+        },
+        [&] {
+            const double seconds = UnzipFloor(source, root / "floor");
+            fs::remove_all(root / "floor");
+            return seconds;
+        });
+    bench::PrintPairs("install into an empty gallery against unzip into one folder", "install", "unzip", result, pairs);
     fs::remove_all(root);
     return 0;
 }

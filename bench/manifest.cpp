@@ -1,5 +1,6 @@
-// Scaling of manifest reading and merging. Each case runs at size N and 2N and prints the ratio
-// of the times: about 2 means linear, about 4 would mean quadratic.
+// Scaling of manifest reading and merging. Each case runs at size N and 2N in interleaved pairs
+// and prints the median and the spread of the ratio of the times: about 2 means linear, about 4
+// would mean quadratic.   bench_manifest [scale] [pairs]
 //   open:         parse an imsmanifest.xml whose activities all sit in one category, so that
 //                 every resource is matched against a long waiting list
 //   merge-known:  merge one package into a gallery that already holds all its objects, so that
@@ -13,6 +14,7 @@
 #include "CGalleryMergeIndex.h"
 #include "CGalleryMetadata.h"
 #include "CGalleryOrganization.h"
+#include "Pairs.h"
 
 #include <QString>
 
@@ -23,6 +25,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -101,20 +104,14 @@ double Seconds(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Best of a few runs: the least disturbed one.
-double Best(int runs, const std::function<double()>& once)
-{
-    double best = 1e100;
-    for (int i = 0; i < runs; ++i)
-        best = std::min(best, once());
-    return best;
-}
+using Measure = std::function<double()>;
 
-double TimeOpen(const fs::path& root, int activities)
+// Each Time... sets its case up and gives back one measurement of it, to be repeated.
+Measure TimeOpen(const fs::path& root, int activities)
 {
     const fs::path folder = root / ("open-" + std::to_string(activities));
     WritePackage(folder, "urn:bench:open", "big", activities, false);
-    return Best(3, [&] {
+    return [folder] {
         CGalleryManifest manifest;
         const auto start = Clock::now();
         const HRESULT result = CGalleryManifestIO::Open(manifest, W(folder.string()).GetString(), nullptr, false);
@@ -122,14 +119,14 @@ double TimeOpen(const fs::path& root, int activities)
         if (result != S_OK)
             std::fprintf(stderr, "open failed: 0x%x\n", static_cast<unsigned>(result));
         return elapsed;
-    });
+    };
 }
 
-double TimeMergeKnown(const fs::path& root, int activities)
+Measure TimeMergeKnown(const fs::path& root, int activities)
 {
     const fs::path package = root / ("known-" + std::to_string(activities));
     WritePackage(package, "urn:bench:known", "known", activities, true);
-    return Best(5, [&] {
+    return [root, package] {
         const fs::path gallery = root / "known-gallery";
         fs::remove_all(gallery);
         fs::create_directories(gallery);
@@ -147,19 +144,19 @@ double TimeMergeKnown(const fs::path& root, int activities)
             std::fprintf(stderr, "merge failed: 0x%x\n", static_cast<unsigned>(result));
         CGalleryManifestIO::Close(installed);
         return elapsed;
-    });
+    };
 }
 
-double TimeFind(int count)
+Measure TimeFind(int count)
 {
-    CGalleryManifest manifest;
-    CGalleryOrganization* organization = AddOrganization(manifest);
+    auto manifest = std::make_shared<CGalleryManifest>();
+    CGalleryOrganization* organization = AddOrganization(*manifest);
     std::vector<std::wstring> identifiers;
     for (int i = 0; i < count; ++i) {
         identifiers.push_back(Wide("urn:bench:category:" + std::to_string(i)));
         organization->AddItem(NewCategory("urn:bench:category:" + std::to_string(i)));
     }
-    return Best(5, [&] {
+    return [manifest, organization, identifiers] {
         CGalleryMergeIndex index;
         std::size_t found = 0;
         const auto start = Clock::now();
@@ -169,10 +166,10 @@ double TimeFind(int count)
         if (found != identifiers.size())
             std::fprintf(stderr, "find missed %zu\n", identifiers.size() - found);
         return elapsed;
-    });
+    };
 }
 
-double TimeMergeMany(const fs::path& root, int packages)
+Measure TimeMergeMany(const fs::path& root, int packages)
 {
     std::vector<fs::path> folders;
     for (int i = 0; i < packages; ++i) {
@@ -180,7 +177,7 @@ double TimeMergeMany(const fs::path& root, int packages)
         if (!fs::exists(folders.back() / "imsmanifest.xml"))
             WritePackage(folders.back(), "urn:bench:package:" + std::to_string(i), "cat" + std::to_string(i), 3, true);
     }
-    return Best(3, [&] {
+    return [root, folders] {
         const fs::path gallery = root / "many-gallery";
         fs::remove_all(gallery);
         fs::create_directories(gallery);
@@ -199,13 +196,16 @@ double TimeMergeMany(const fs::path& root, int packages)
         }
         CGalleryManifestIO::Close(installed);
         return merging;
-    });
+    };
 }
 
-void Report(const char* name, int n, double small, double large)
+// The case at 2N and at N in interleaved pairs; the ratio is 2N / N.
+void Report(const char* name, int n, int pairs, const Measure& small, const Measure& large)
 {
-    std::printf("%-12s N=%-6d %9.4f s   2N=%-6d %9.4f s   ratio %.2f\n", name, n, small, 2 * n, large,
-                large / small);
+    const bench::PairResult result = bench::RunPairs(pairs, large, small);
+    std::printf("%-12s N=%-6d %s   2N=%-6d %s   ratio %.2f (%.2f-%.2f)\n", name, n,
+                bench::Format(result.second, 1.0, "s", 4).c_str(), 2 * n, bench::Format(result.first, 1.0, "s", 4).c_str(),
+                result.ratio.median, result.ratio.min, result.ratio.max);
 }
 
 }  // namespace
@@ -213,6 +213,7 @@ void Report(const char* name, int n, double small, double large)
 int main(int argc, char** argv)
 {
     const int scale = argc > 1 ? std::max(1, std::atoi(argv[1])) : 1;
+    const int pairs = argc > 2 ? std::max(5, std::atoi(argv[2])) : 5;
     // A memory-backed folder when there is one: disk write-back would drown the merge timings.
     std::string base = fs::is_directory("/dev/shm") && access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
     std::string patternText = base + "/bench_manifest.XXXXXX";
@@ -225,13 +226,14 @@ int main(int argc, char** argv)
     const fs::path root(pattern.data());
 
     const int openN = 20000 * scale;
-    Report("open", openN, TimeOpen(root, openN), TimeOpen(root, 2 * openN));
+    std::printf("median (min-max) of %d interleaved pairs\n", pairs);
+    Report("open", openN, pairs, TimeOpen(root, openN), TimeOpen(root, 2 * openN));
     const int knownN = 5000 * scale;
-    Report("merge-known", knownN, TimeMergeKnown(root, knownN), TimeMergeKnown(root, 2 * knownN));
+    Report("merge-known", knownN, pairs, TimeMergeKnown(root, knownN), TimeMergeKnown(root, 2 * knownN));
     const int findN = 100000 * scale;
-    Report("find", findN, TimeFind(findN), TimeFind(2 * findN));
+    Report("find", findN, pairs, TimeFind(findN), TimeFind(2 * findN));
     const int manyN = 500 * scale;
-    Report("merge-many", manyN, TimeMergeMany(root, manyN), TimeMergeMany(root, 2 * manyN));
+    Report("merge-many", manyN, pairs, TimeMergeMany(root, manyN), TimeMergeMany(root, 2 * manyN));
 
     std::error_code error;
     fs::remove_all(root, error);

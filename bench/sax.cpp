@@ -1,6 +1,8 @@
 // Reading speed of the gallery SAX parser on a large generated imsmanifest.xml, against a DOM
-// parse of the same bytes by pugixml in the same run. Prints the ratio (DOM time / SAX time):
-// 1.0 or more means the SAX reader is at least as fast.
+// parse of the same bytes by pugixml, in interleaved pairs (5 unless the first argument asks for
+// more). Prints the median and the spread of the ratio (DOM time / SAX time): 1.0 or more means
+// the SAX reader is at least as fast.
+#include "Pairs.h"
 #include "ZOLTASaxParser.h"
 
 #include <benchmark/benchmark.h>
@@ -164,71 +166,26 @@ double DomInPlaceSeconds()
 }
 #endif
 
-template <class Measure>
-double Best(Measure measure, int rounds)
-{
-    double best = measure();
-    for (int i = 1; i < rounds; ++i)
-        best = std::min(best, measure());
-    return best;
-}
-
-void BM_SaxParseBuffer(benchmark::State& state)
-{
-    for (auto _ : state)
-        state.SetIterationTime(SaxSeconds());
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * Manifest().size());
-}
-BENCHMARK(BM_SaxParseBuffer)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
-
-#ifdef CURATOOL_HAVE_PUGIXML
-void BM_PugixmlDom(benchmark::State& state)
-{
-    for (auto _ : state)
-        state.SetIterationTime(DomSeconds());
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * Manifest().size());
-}
-BENCHMARK(BM_PugixmlDom)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
-
-void BM_PugixmlDomInPlace(benchmark::State& state)
-{
-    for (auto _ : state)
-        state.SetIterationTime(DomInPlaceSeconds());
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * Manifest().size());
-}
-BENCHMARK(BM_PugixmlDomInPlace)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
-#endif
-
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
+    const int pairs = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
     const std::size_t size = Manifest().size();
     std::printf("manifest: %.1f MB\n", size / (1024.0 * 1024.0));
-    benchmark::RunSpecifiedBenchmarks();
-
-    // The comparison itself: best of several alternating rounds, so both see the same machine.
-    constexpr int kRounds = 3;
-    double sax = 1e9;
 #ifdef CURATOOL_HAVE_PUGIXML
-    double dom = 1e9;
-    double domInPlace = 1e9;
-    for (int i = 0; i < kRounds; ++i) {
-        sax = std::min(sax, SaxSeconds());
-        dom = std::min(dom, DomSeconds());
-        domInPlace = std::min(domInPlace, DomInPlaceSeconds());
-    }
-    std::printf("SAX parse:           %8.1f ms  (%6.0f MB/s)\n", sax * 1e3, size / sax / 1048576.0);
-    std::printf("pugixml DOM:         %8.1f ms  (%6.0f MB/s)\n", dom * 1e3, size / dom / 1048576.0);
-    std::printf("pugixml DOM inplace: %8.1f ms  (%6.0f MB/s)\n", domInPlace * 1e3,
-                size / domInPlace / 1048576.0);
-    std::printf("ratio (pugixml DOM / SAX): %.2f\n", dom / sax);
-    std::printf("ratio (pugixml DOM in place / SAX): %.2f\n", domInPlace / sax);
-    return dom / sax >= 1.0 ? 0 : 1;
+    // Each comparison in interleaved pairs, so that both sides see the same machine.
+    const bench::PairResult dom = bench::RunPairs(pairs, DomSeconds, SaxSeconds);
+    const bench::PairResult inPlace = bench::RunPairs(pairs, DomInPlaceSeconds, SaxSeconds);
+    bench::PrintPairs("pugixml DOM against SAX", "pugixml DOM", "SAX", dom, pairs);
+    bench::PrintPairs("pugixml DOM in place against SAX", "pugixml in place", "SAX", inPlace, pairs);
+    std::printf("SAX: %.0f MB/s (median)\n", size / dom.second.median / 1048576.0);
+    return dom.ratio.median >= 1.0 ? 0 : 1;
 #else
-    sax = Best(SaxSeconds, kRounds);
-    std::printf("SAX parse: %.1f ms; pugixml not found, no ratio\n", sax * 1e3);
+    std::vector<double> times;
+    for (int i = 0; i < pairs; ++i)
+        times.push_back(SaxSeconds());
+    std::printf("SAX parse: %s; pugixml not found, no ratio\n", bench::Format(bench::SpreadOf(times), 1e3, "ms", 1).c_str());
     return 0;
 #endif
 }

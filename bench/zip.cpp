@@ -1,18 +1,21 @@
 // Extraction and packing through the zip helpers, against Info-ZIP's unzip and zip on the same
 // data in the same run. The data: 1,000 files, 200 MB, a mix of gallery-like text and random
-// bytes. Prints the time ratios (ours / theirs) at the end.
+// bytes. Each comparison runs in interleaved pairs (5 unless the first argument asks for more) and
+// prints the median and the spread of the time ratios (ours / theirs).
 #include "ZipHelpers.h"
 
-#include <benchmark/benchmark.h>
+#include "Pairs.h"
 
 #include <QString>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <functional>
 #include <string>
 #include <unistd.h>
 
@@ -100,112 +103,62 @@ void Fresh(const fs::path& path)
     fs::create_directories(path);
 }
 
-void BM_ExtractOwn(benchmark::State& state)
+double Seconds(const std::function<bool()>& work)
 {
-    const fs::path archive = SharedArchive();
+    const auto start = std::chrono::steady_clock::now();
+    if (!work()) {
+        std::fprintf(stderr, "a side failed\n");
+        std::exit(2);
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double ExtractOwn()
+{
     const fs::path target = WorkRoot() / "extract-own";
-    for (auto _ : state) {
-        state.PauseTiming();
-        Fresh(target);
-        state.ResumeTiming();
-        if (!ZipExtractAll(FilePath(archive), FolderPath(target)))
-            state.SkipWithError("extraction failed");
-    }
-    state.SetBytesProcessed(int64_t(state.iterations()) * kFiles * int64_t(kFileSize));
+    Fresh(target);
+    return Seconds([&] { return ZipExtractAll(FilePath(SharedArchive()), FolderPath(target)); });
 }
 
-void BM_ExtractUnzip(benchmark::State& state)
+double ExtractUnzip()
 {
-    const fs::path archive = SharedArchive();
     const fs::path target = WorkRoot() / "extract-unzip";
-    const std::string command = "unzip -q -o '" + archive.string() + "' -d '" + target.string() + "'";
-    for (auto _ : state) {
-        state.PauseTiming();
-        Fresh(target);
-        state.ResumeTiming();
-        if (std::system(command.c_str()) != 0)
-            state.SkipWithError("unzip failed");
-    }
-    state.SetBytesProcessed(int64_t(state.iterations()) * kFiles * int64_t(kFileSize));
+    Fresh(target);
+    const std::string command = "unzip -q -o '" + SharedArchive().string() + "' -d '" + target.string() + "'";
+    return Seconds([&] { return std::system(command.c_str()) == 0; });
 }
 
-void BM_PackOwn(benchmark::State& state)
+double PackOwn()
 {
-    const fs::path source = SourceFolder();
     const fs::path archive = WorkRoot() / "pack-own.zip";
-    for (auto _ : state) {
-        state.PauseTiming();
-        fs::remove(archive);
-        state.ResumeTiming();
-        if (!ZipAddDirectory(FolderPath(source), FilePath(archive)))
-            state.SkipWithError("packing failed");
-    }
-    state.counters["archive_MB"] = double(fs::file_size(archive)) / 1e6;
+    fs::remove(archive);
+    return Seconds([&] { return ZipAddDirectory(FolderPath(SourceFolder()), FilePath(archive)); });
 }
 
-void BM_PackZip(benchmark::State& state)
+double PackZip()
 {
-    const fs::path source = SourceFolder();
     const fs::path archive = WorkRoot() / "pack-zip.zip";
+    fs::remove(archive);
     // zip's default level is 6, the same as zlib's default that the helper uses.
-    const std::string command = "cd '" + source.string() + "' && zip -q -r -6 '" + archive.string() + "' .";
-    for (auto _ : state) {
-        state.PauseTiming();
-        fs::remove(archive);
-        state.ResumeTiming();
-        if (std::system(command.c_str()) != 0)
-            state.SkipWithError("zip failed");
-    }
-    state.counters["archive_MB"] = double(fs::file_size(archive)) / 1e6;
+    const std::string command = "cd '" + SourceFolder().string() + "' && zip -q -r -6 '" + archive.string() + "' .";
+    return Seconds([&] { return std::system(command.c_str()) == 0; });
 }
-
-BENCHMARK(BM_ExtractOwn)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
-BENCHMARK(BM_ExtractUnzip)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
-BENCHMARK(BM_PackOwn)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
-BENCHMARK(BM_PackZip)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
-
-// Keeps each benchmark's real time per iteration so the ratios can be printed at the end.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs)
-            m_times[run.benchmark_name()] = run.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void PrintRatio(const char* label, const std::string& ours, const std::string& theirs, double target) const
-    {
-        const auto a = m_times.find(ours);
-        const auto b = m_times.find(theirs);
-        if (a == m_times.end() || b == m_times.end() || b->second <= 0)
-            return;
-        const double ratio = a->second / b->second;
-        std::printf("%-40s %.3f (target <= %.1f) %s\n", label, ratio, target, ratio <= target ? "ok" : "SLOWER");
-    }
-
-private:
-    std::map<std::string, double> m_times;
-};
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
     if (std::system("command -v zip >/dev/null && command -v unzip >/dev/null") != 0) {
         std::fprintf(stderr, "zip and unzip are needed for the comparison\n");
         return 1;
     }
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    std::printf("\n");
-    reporter.PrintRatio("extract 200 MB / unzip -q -o", "BM_ExtractOwn/iterations:3/real_time",
-                        "BM_ExtractUnzip/iterations:3/real_time", 1.0);
-    reporter.PrintRatio("pack folder / zip -q -r -6", "BM_PackOwn/iterations:3/real_time",
-                        "BM_PackZip/iterations:3/real_time", 1.2);
+    const int pairs = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
+    SharedArchive();  // made before the clock runs
+    const bench::PairResult extract = bench::RunPairs(pairs, ExtractOwn, ExtractUnzip);
+    const bench::PairResult pack = bench::RunPairs(pairs, PackOwn, PackZip);
+    bench::PrintPairs("extract 200 MB against unzip -q -o (target <= 1.0)", "ours", "unzip", extract, pairs);
+    bench::PrintPairs("pack the folder against zip -q -r -6 (target <= 1.2)", "ours", "zip", pack, pairs);
     std::error_code error;
     fs::remove_all(WorkRoot(), error);
-    benchmark::Shutdown();
     return 0;
 }

@@ -20,6 +20,9 @@ bool StatPath(const CAtlString& path, struct stat& info)
 
 QString Normalised(const QString& path)
 {
+    // The working folder is asked only when a name needs it.
+    if (path.startsWith(QLatin1Char('/')))
+        return QDir::cleanPath(path);
     return QDir::cleanPath(QDir::current().absoluteFilePath(path));
 }
 

@@ -6,7 +6,9 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -38,6 +40,52 @@ bool CopyInto(const CZoltaFilePath& source, std::FILE* target)
     return copied;
 }
 
+// Copies into a file made anew at `target`: whatever stood there goes first, and the open
+// refuses to follow a link that appears in the meantime.
+bool CopyIntoNewFile(const QByteArray& source, const QByteArray& target)
+{
+    const int input = ::open(source.constData(), O_RDONLY | O_CLOEXEC);
+    if (input < 0)
+        return false;
+    if (::unlink(target.constData()) != 0 && errno != ENOENT) {
+        ::close(input);
+        return false;
+    }
+    const int output = ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (output < 0) {
+        ::close(input);
+        return false;
+    }
+    char buffer[64 * 1024];
+    bool copied = true;
+    for (;;) {
+        const ssize_t got = ::read(input, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            copied = got == 0;
+            break;
+        }
+        for (ssize_t written = 0; copied && written < got;) {
+            const ssize_t put = ::write(output, buffer + written, static_cast<size_t>(got - written));
+            if (put < 0 && errno == EINTR)
+                continue;
+            copied = put > 0;
+            written += put > 0 ? put : 0;
+        }
+        if (!copied)
+            break;
+    }
+    const int error = errno;
+    ::close(input);
+    copied = ::close(output) == 0 && copied;
+    if (!copied) {
+        ::unlink(target.constData());
+        errno = error;
+    }
+    return copied;
+}
+
 }  // namespace
 
 CZoltaFilePath ReplacementFileFor(const CZoltaFilePath& target)
@@ -57,7 +105,9 @@ bool ReplaceFileWith(const CZoltaFilePath& target, const std::function<bool(std:
     written = std::fflush(file) == 0 && written;
     written = ::fsync(::fileno(file)) == 0 && written;
     written = std::fclose(file) == 0 && written;
-    if (!written || !temporary.MoveOnto(target)) {
+    // Synced above: the rename is all that is left.
+    if (!written || std::rename(ToFileSystemEncoding(temporary.GetPath()).constData(),
+                                ToFileSystemEncoding(target.GetPath()).constData()) != 0) {
         const int error = errno;  // the caller may tell why (a full disk)
         temporary.Remove();
         errno = error;
@@ -74,6 +124,51 @@ bool ReplaceFileFrom(const CZoltaFilePath& target, const CZoltaFilePath& source)
     if (source.IsSameFile(target))
         return true;
     return ReplaceFileWith(target, [&](std::FILE* file) { return CopyInto(source, file); });
+}
+
+bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& source)
+{
+    if (target.IsEmpty() || source.IsEmpty())
+        return false;
+    const QByteArray from = ToFileSystemEncoding(source.GetPath());
+    const CZoltaFilePath temporary = ReplacementFileFor(target);
+    const QByteArray beside = ToFileSystemEncoding(temporary.GetPath());
+    struct stat status {};
+    if (::lstat(from.constData(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        std::rename(from.constData(), beside.constData()) != 0)
+        return ReplaceFileFrom(target, source);
+    ::utimensat(AT_FDCWD, beside.constData(), nullptr, 0);
+    const int descriptor = ::open(beside.constData(), O_RDONLY | O_CLOEXEC);
+    bool synced = descriptor >= 0 && ::fsync(descriptor) == 0;
+    if (descriptor >= 0)
+        synced = ::close(descriptor) == 0 && synced;
+    if (!synced || std::rename(beside.constData(), ToFileSystemEncoding(target.GetPath()).constData()) != 0) {
+        const int error = errno;
+        temporary.Remove();
+        errno = error;
+        return false;
+    }
+    SyncFolder(target.GetFolder());
+    return true;
+}
+
+bool MoveOrCopyFile(const CZoltaFilePath& source, const CZoltaFilePath& target, bool move)
+{
+    if (source.IsEmpty() || target.IsEmpty())
+        return false;
+    const QByteArray from = ToFileSystemEncoding(source.GetPath());
+    const QByteArray to = ToFileSystemEncoding(target.GetPath());
+    struct stat status {};
+    // Only a plain file moves: a link would carry its target's place along with it.
+    if (move && ::lstat(from.constData(), &status) == 0 && S_ISREG(status.st_mode)) {
+        if (std::rename(from.constData(), to.constData()) == 0) {
+            ::utimensat(AT_FDCWD, to.constData(), nullptr, 0);  // a copy's times: those of now
+            return true;
+        }
+        if (errno != EXDEV)
+            return false;
+    }
+    return CopyIntoNewFile(from, to);
 }
 
 void RemoveStaleReplacements(const CZoltaDirectoryPath& folder)

@@ -19,5 +19,16 @@ bool ReplaceFileWith(const CZoltaFilePath& target, const std::function<bool(std:
 // Replaces `target` with a copy of `source`.
 bool ReplaceFileFrom(const CZoltaFilePath& target, const CZoltaFilePath& source);
 
+// Replaces `target` with the file `source` itself when it is a plain file on the same file
+// system: renamed beside the target, given the times of now, synced and renamed onto it, and
+// gone from where it was. Otherwise like ReplaceFileFrom, and `source` stays.
+bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& source);
+
+// Puts the file `source` at `target`, replacing what stands there (a link is replaced, never
+// written through). With `move` the file is renamed there when both lie on one file system and
+// `source` is gone afterwards; otherwise, or across file systems, its bytes are copied into a new
+// file. Either way `target` ends up with the times of a file just written.
+bool MoveOrCopyFile(const CZoltaFilePath& source, const CZoltaFilePath& target, bool move);
+
 // Deletes what replacements cut short by a killed process left in `folder`.
 void RemoveStaleReplacements(const CZoltaDirectoryPath& folder);

@@ -15,11 +15,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-
 #include <string>
 #include <unordered_set>
 #include <vector>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -246,30 +246,51 @@ void Tell(CAtlString* reason, const CAtlString& text)
     }
 }
 
-// Checks every content file of the package and copies each beside its target, touching nothing
+// Whether a file or a folder stands at `path` (a link counts by what it leads to), in one call.
+bool StandsThere(const CZoltaFilePath& path)
+{
+    struct stat status {};
+    return ::stat(ToFileSystemEncoding(path.GetPath()).constData(), &status) == 0 &&
+           (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
+}
+
+// Checks every content file of the package and puts each beside its target, touching nothing
 // of the gallery: a package goes in whole or not at all. Only a file that a record lists is
-// ever replaced; a file of the user's that stands in the way stops the package.
+// ever replaced; a file of the user's that stands in the way stops the package. The files of a
+// temporary extraction are moved there (`move`), any others copied.
 HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectoryPath& from,
-                          const CZoltaDirectoryPath& to, OwnedFiles& owned, std::vector<StagedFile>& staged,
-                          CAtlString* reason)
+                          const CZoltaDirectoryPath& to, bool move, OwnedFiles& owned,
+                          std::vector<StagedFile>& staged, CAtlString* reason)
 {
     std::vector<StagedFile> files;
     std::unordered_set<std::wstring> seen;
+    // Each folder of the gallery is checked, and made, once per package: most packages name one.
+    std::unordered_set<std::wstring> safeFolders;
+    std::unordered_set<std::wstring> madeFolders;
     HRESULT result = S_OK;
     ForEachActivity(package, [&](CGalleryActivity& activity) {
         const wchar_t* href = activity.m_href;
-        if (!IsContentHrefSafe(href) || !IsPathInside(GetContentPath(to, href).GetFolder().GetPath(), to.GetPath())) {
+        StagedFile file{GetContentPath(from, href), GetContentPath(to, href), CZoltaFilePath()};
+        bool safe = IsContentHrefSafe(href);
+        if (safe) {
+            const CAtlString folder = file.target.GetFolder().GetPath();
+            if (safeFolders.count(folder.GetString()) == 0) {
+                safe = IsPathInside(folder, to.GetPath());
+                if (safe)
+                    safeFolders.insert(folder.GetString());
+            }
+        }
+        if (!safe) {
             Tell(reason, CAtlString(L"the package names a file outside its place: ") + CAtlString(href));
             result = E_FAIL;
             return false;
         }
-        StagedFile file{GetContentPath(from, href), GetContentPath(to, href), CZoltaFilePath()};
         if (!file.source.Exists()) {
             Tell(reason, CAtlString(L"the package lacks its file ") + CAtlString(href));
             result = E_FAIL;
             return false;
         }
-        if ((file.target.Exists() || file.target.IsFolder()) && !owned.Contains(file.target)) {
+        if (StandsThere(file.target) && !owned.Contains(file.target)) {
             Tell(reason, CAtlString(L"a file that is not part of the gallery is in the way: ") + file.target.GetPath());
             result = E_FAIL;
             return false;
@@ -287,7 +308,11 @@ HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectory
             break;
         }
         const CZoltaDirectoryPath folder = file.target.GetFolder();
-        if (!folder.Create() || !file.source.CopyTo(file.staged)) {
+        const bool made = madeFolders.count(folder.GetPath().GetString()) != 0 || folder.Create();
+        if (made) {
+            madeFolders.insert(folder.GetPath().GetString());
+        }
+        if (!made || !MoveOrCopyFile(file.source, file.staged, move)) {
             Tell(reason, CAtlString(L"could not write ") + file.target.GetPath() + L" (" +
                              CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
             result = E_FAIL;
@@ -323,23 +348,25 @@ HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManife
     const CZoltaDirectoryPath folder = GetFolder(manifest);
     OwnedFiles owned(manifest, record, folder);
     std::vector<StagedFile> staged;
-    HRESULT result = StageContentFiles(*other, GetFolder(*other), folder, owned, staged, reason);
+    // A temporary extraction is deleted after the merge: its files may move rather than be copied.
+    const CZoltaDirectoryPath from = GetFolder(*other);
+    const CZoltaDirectoryPath temporary = GetTempFolder();
+    const bool move = other->m_extracted && !from.IsEmpty() && from != temporary &&
+                      IsPathInside(from.GetPath(), temporary.GetPath());
+    HRESULT result = StageContentFiles(*other, from, folder, move, owned, staged, reason);
     if (FAILED(result)) {
         return result;
     }
     // The record first: a run killed from here on is completed by the journal, which knows it.
-    if (!ReplaceFileFrom(record, CZoltaFilePath(CAtlString(other->GetPath())))) {
+    const CZoltaFilePath document(CAtlString(other->GetPath()));
+    if (!(move ? ReplaceFileByMove(record, document) : ReplaceFileFrom(record, document))) {
         Tell(reason, CAtlString(L"could not write ") + record.GetPath() + L" (" +
                          CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
         RemoveStaged(staged);
         return E_FAIL;
     }
     for (const StagedFile& file : staged) {
-        std::error_code error;
-        const std::filesystem::path target(ToFileSystemEncoding(file.target.GetPath()).toStdString());
-        if (std::filesystem::is_symlink(std::filesystem::symlink_status(target, error))) {
-            std::filesystem::remove(target, error);  // a link at the target goes, not what it points at
-        }
+        // A link at the target is replaced by the rename itself, never followed.
         if (std::rename(ToFileSystemEncoding(file.staged.GetPath()).constData(),
                         ToFileSystemEncoding(file.target.GetPath()).constData()) != 0) {
             result = E_FAIL;

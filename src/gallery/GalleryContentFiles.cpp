@@ -7,10 +7,14 @@
 
 #include <QByteArray>
 
+#include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -47,6 +51,48 @@ bool StaysInside(const fs::path& inner, const fs::path& outer)
     return true;
 }
 
+// The answer of StaysInside found from the names alone, when they settle it: both absolute,
+// neither with a "." or ".." component, `inner` below `outer` by its components, and no link
+// among the components between them (one lstat each, up to the first that does not exist).
+// Anything else is left to the resolving check, which gives the same answer in every case this
+// one takes: what lies above `outer` is the same for both, links or not.
+std::optional<bool> StaysInsideByName(const fs::path& inner, const fs::path& outer)
+{
+    if (!inner.is_absolute() || !outer.is_absolute())
+        return std::nullopt;
+    for (const fs::path& path : {inner, outer})
+        for (const fs::path& part : path)
+            if (part == "." || part == "..")
+                return std::nullopt;
+    auto outerPart = outer.begin();
+    auto innerPart = inner.begin();
+    for (; outerPart != outer.end(); ++outerPart) {
+        if (outerPart->empty())
+            continue;  // trailing separator
+        while (innerPart != inner.end() && innerPart->empty())
+            ++innerPart;
+        if (innerPart == inner.end() || *innerPart != *outerPart)
+            return std::nullopt;
+        ++innerPart;
+    }
+    fs::path walked = outer;
+    for (; innerPart != inner.end(); ++innerPart) {
+        if (innerPart->empty())
+            continue;
+        walked /= *innerPart;
+        struct stat status {};
+        if (::lstat(walked.c_str(), &status) != 0) {
+            // Below a missing name no link stands yet; any other failure is the resolving check's.
+            if (errno == ENOENT)
+                return true;
+            return std::nullopt;
+        }
+        if (S_ISLNK(status.st_mode))
+            return std::nullopt;
+    }
+    return true;
+}
+
 bool VisitFolder(CGalleryFolder& folder, const std::function<bool(CGalleryActivity&)>& visit)
 {
     for (std::uint32_t i = 0; i < folder.m_activities->GetCount(); ++i) {
@@ -66,7 +112,13 @@ bool VisitFolder(CGalleryFolder& folder, const std::function<bool(CGalleryActivi
 
 bool IsPathInside(const CAtlString& inner, const CAtlString& outer)
 {
-    return !inner.IsEmpty() && !outer.IsEmpty() && StaysInside(ToFsPath(inner), ToFsPath(outer));
+    if (inner.IsEmpty() || outer.IsEmpty())
+        return false;
+    const fs::path innerPath = ToFsPath(inner);
+    const fs::path outerPath = ToFsPath(outer);
+    if (const std::optional<bool> byName = StaysInsideByName(innerPath, outerPath))
+        return *byName;
+    return StaysInside(innerPath, outerPath);
 }
 
 bool IsContentHrefSafe(const wchar_t* href)

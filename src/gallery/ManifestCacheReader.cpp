@@ -53,6 +53,8 @@ public:
     }
 
     std::size_t ArenaUsed() const { return m_used; }
+    // Whether the walk ran out of arena (the building pass only).
+    bool Exhausted() const { return m_used > m_arenaSize; }
 
     struct Root
     {
@@ -393,6 +395,15 @@ void AskForLargePages(void* buffer, std::size_t size)
         ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }
 
+// Zeroed memory for the objects of an image, asked to be backed by large pages.
+char* NewArena(std::size_t size)
+{
+    char* arena = static_cast<char*>(std::calloc(1, size));
+    if (arena)
+        AskForLargePages(arena, size);
+    return arena;
+}
+
 // Reads `size` bytes into `buffer` in slices and computes the CRC from offset 68 on the way.
 HRESULT ReadWithCrc(std::FILE* file, std::uint8_t* buffer, std::size_t size, std::uint32_t& crc)
 {
@@ -429,22 +440,33 @@ HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t
         return E_FAIL;
     }
 
-    typename CManifestImageWalk<false>::Root ignored;
-    CManifestImageWalk<false> count(buffer, size, nullptr, 0);
-    HRESULT result = count.Walk(ignored);
-    if (FAILED(result)) {
-        std::free(buffer);
-        return result;
-    }
-    const std::size_t arenaSize = count.ArenaUsed();
-    char* arena = static_cast<char*>(std::calloc(1, arenaSize ? arenaSize : 1));
+    // One building pass, over an arena of a first guess that holds the objects of any file with
+    // texts in it (they take far less room than the file). A file that needs more is walked twice:
+    // first to count, then to build.
+    std::size_t arenaSize = size / 2 + 4096;
+    char* arena = NewArena(arenaSize);
     if (!arena) {
         std::free(buffer);
         return E_OUTOFMEMORY;
     }
     typename CManifestImageWalk<true>::Root root;
-    CManifestImageWalk<true> build(buffer, size, arena, arenaSize);
-    result = build.Walk(root);
+    HRESULT result = S_OK;
+    {
+        CManifestImageWalk<true> build(buffer, size, arena, arenaSize);
+        result = build.Walk(root);
+        if (FAILED(result) && build.Exhausted()) {
+            std::free(arena);
+            arena = nullptr;
+            typename CManifestImageWalk<false>::Root ignored;
+            CManifestImageWalk<false> count(buffer, size, nullptr, 0);
+            result = count.Walk(ignored);
+            if (SUCCEEDED(result)) {
+                arenaSize = count.ArenaUsed() ? count.ArenaUsed() : 1;
+                arena = NewArena(arenaSize);
+                result = arena ? CManifestImageWalk<true>(buffer, size, arena, arenaSize).Walk(root) : E_OUTOFMEMORY;
+            }
+        }
+    }
     if (FAILED(result)) {
         // Nothing in the arena owns memory of its own: both blocks go as they are.
         std::free(arena);
@@ -464,7 +486,7 @@ HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t
     LanguageStringBlock::Destroy(manifest.m_stringVersions);
     CGalleryOrganizationList::Destroy(manifest.m_organizations);
     manifest.m_imageBuffer->Adopt(buffer, size + kZeroTail);
-    manifest.m_imageBuffer->Adopt(arena, arenaSize ? arenaSize : 1);
+    manifest.m_imageBuffer->Adopt(arena, arenaSize);
     manifest.m_metadata = root.metadata;
     manifest.m_stringVersions = root.stringVersions;
     manifest.m_organizations = root.organizations;

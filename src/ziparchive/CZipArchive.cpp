@@ -130,6 +130,7 @@ void CZipArchive::ResetState()
     m_openIndex = -1;
     m_input.reset();
     m_inputSize = 0;
+    m_madeFolder.clear();
 }
 
 void CZipArchive::Close(bool afterException, bool updateTimeStamp)
@@ -583,7 +584,12 @@ bool CZipArchive::ExtractFile(int index, const std::string& directory, bool full
         ZipPlatform::SetFileModTime(target, header.GetTime());
         return true;
     }
-    ZipPlatform::ForceDirectory(CZipPathComponent(target).GetFilePath());
+    // The entries of one folder mostly come one after another: each folder is made once.
+    const std::string folder = CZipPathComponent(target).GetFilePath();
+    if (folder != m_madeFolder) {
+        ZipPlatform::ForceDirectory(folder);
+        m_madeFolder = folder;
+    }
     struct stat existing;
     // A link already standing there is replaced, never written through.
     if (::lstat(target.c_str(), &existing) == 0 && S_ISLNK(existing.st_mode))

@@ -121,6 +121,8 @@ private:
     uint64_t m_writePosition = 0;  // where the next entry (or the central directory) goes
     bool m_bDirty = false;
     std::string m_rootPath;
+    // The folder that the last extracted file went into, made already.
+    std::string m_madeFolder;
 
     // The entry open for reading.
     int m_openIndex = -1;

@@ -31,8 +31,9 @@ void CZipFile::Open(const std::string& path, OpenMode mode)
     m_fd = ::open(path.c_str(), flags, 0666);
     if (m_fd < 0)
         ThrowLastError();
+    // Only a read-only open can succeed on a folder; any other is refused with EISDIR already.
     struct stat info;
-    if (::fstat(m_fd, &info) == 0 && S_ISDIR(info.st_mode)) {
+    if (mode == modeRead && ::fstat(m_fd, &info) == 0 && S_ISDIR(info.st_mode)) {
         ::close(m_fd);
         m_fd = -1;
         CZipException::ThrowErrno(EISDIR, path);

@@ -74,6 +74,13 @@ time_t CZipFileHeader::GetTime() const
     time_t modified;
     if (FindUnixTime(modified))
         return modified;
+    // The files of an archive mostly share a few times, and each local conversion reads the
+    // zone anew: the last one is kept per thread.
+    thread_local uint32_t lastStamp = 0;
+    thread_local time_t lastTime = 0;
+    const uint32_t stamp = (uint32_t(m_uModDate) << 16) | m_uModTime;
+    if (stamp == lastStamp && stamp != 0)
+        return lastTime;
     struct tm parts = {};
     parts.tm_year = ((m_uModDate >> 9) & 0x7F) + 80;
     parts.tm_mon = ((m_uModDate >> 5) & 0x0F) - 1;
@@ -82,7 +89,9 @@ time_t CZipFileHeader::GetTime() const
     parts.tm_min = (m_uModTime >> 5) & 0x3F;
     parts.tm_sec = (m_uModTime & 0x1F) * 2;
     parts.tm_isdst = -1;
-    return mktime(&parts);
+    lastTime = mktime(&parts);
+    lastStamp = stamp;
+    return lastTime;
 }
 
 void CZipFileHeader::SetTime(time_t modified)
