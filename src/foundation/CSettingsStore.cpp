@@ -3,9 +3,11 @@
 #include "SystemLocation.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QSettings>
 
 #include <atomic>
@@ -39,11 +41,29 @@ std::unique_ptr<QSettings> OpenStore(bool userScope)
     return settings;
 }
 
+// A writer killed between creating the store's lock file and writing its process id into it leaves
+// a lock that nothing can prove stale, and every later write would wait 30 s on it. A lock whose
+// owner can't be read, and that is older than any writer takes to fill it in, is removed.
+void RemoveUnclaimedLock(const QString& storeFile)
+{
+    const QString lockName = storeFile + QStringLiteral(".lock");
+    const QFileInfo lockInfo(lockName);
+    if (!lockInfo.exists())
+        return;
+    qint64 pid = 0;
+    QString host;
+    QString application;
+    if (!QLockFile(lockName).getLockInfo(&pid, &host, &application) &&
+        lockInfo.lastModified().msecsTo(QDateTime::currentDateTime()) > 2000)
+        QFile::remove(lockName);
+}
+
 int WriteValue(bool userScope, const CAtlString& section, const CAtlString& key, const QVariant& value)
 {
     auto settings = OpenStore(userScope);
     if (!settings->isWritable())
         return CSettingsStore::eStatusNotFound;
+    RemoveUnclaimedLock(settings->fileName());
     settings->setValue(CSettingsStore::MapKey(ToQString(section), ToQString(key)), value);
     settings->sync();
     return settings->status() == QSettings::NoError ? CSettingsStore::eStatusOk : CSettingsStore::eStatusNotFound;

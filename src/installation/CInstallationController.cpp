@@ -14,6 +14,7 @@
 
 #include <tinyxml2.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <map>
 
@@ -67,6 +68,22 @@ bool CInstallationController::CheckFreeSpace(CAtlString& problem) const
     return !m_installation || m_installation->CheckFreeSpace(problem);
 }
 
+namespace {
+
+// The destination's write test ("test….tmp" holding at most "test"), left behind by a run killed
+// between its creation and its removal: the program's own, so the folder still counts as empty.
+bool IsLeftWriteProbe(const QFileInfo& entry)
+{
+    const QString name = entry.fileName();
+    if (!entry.isFile() || entry.isSymLink() || !name.startsWith(QLatin1String("test")) ||
+        !name.endsWith(QLatin1String(".tmp")) || entry.size() > 4)
+        return false;
+    QFile probe(entry.filePath());
+    return probe.open(QIODevice::ReadOnly) && QByteArrayLiteral("test").startsWith(probe.readAll());
+}
+
+}  // namespace
+
 bool CInstallationController::CheckDestination(const CZoltaDirectoryPath& destination, CAtlString& problem)
 {
     const QDir folder(destination.ToQString());
@@ -75,7 +92,8 @@ bool CInstallationController::CheckDestination(const CZoltaDirectoryPath& destin
     if (QFileInfo(folder.filePath(QStringLiteral("Uninstall"))).isDir() ||
         QFileInfo(folder.filePath(QStringLiteral("imsmanifest.xml"))).isFile())
         return true;
-    if (folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot).isEmpty())
+    const QFileInfoList entries = folder.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    if (std::all_of(entries.begin(), entries.end(), IsLeftWriteProbe))
         return true;
     problem = CAtlString(L"The destination folder is not empty and holds no gallery: ") + destination.GetPath() +
               L"\nChoose an empty folder, or the folder of an installed gallery.";

@@ -130,6 +130,22 @@ TEST_F(DataSafety, AFolderOfTheUsersFilesIsRefusedBeforeAnythingIsWritten)
     EXPECT_FALSE(IsRegistered());
 }
 
+// A run killed during its write test leaves the test file: the folder is still the program's to fill.
+// A file of the user's under a name of that kind is not mistaken for one.
+TEST_F(DataSafety, AWriteTestLeftByAKilledRunDoesNotMakeTheFolderForeign)
+{
+    fs::create_directories(m_gallery);
+    ASSERT_TRUE(WriteFile(m_gallery + "/test.tmp", "te"));
+    EXPECT_EQ(0, Install(m_source).exitCode);
+    EXPECT_TRUE(HasCategory(m_gallery, "animals"));
+
+    fs::remove_all(m_gallery);
+    fs::create_directories(m_gallery);
+    ASSERT_TRUE(WriteFile(m_gallery + "/test(7).tmp", "my notes"));
+    EXPECT_EQ(1, Install(m_source).exitCode);
+    EXPECT_EQ("my notes", ReadFile(m_gallery + "/test(7).tmp"));
+}
+
 TEST_F(DataSafety, TheUsersFilesInAGalleryOutliveUpdatesStringPackagesAndTheUninstall)
 {
     // The sample source carries string packages, so its install rebuilds the manifest.

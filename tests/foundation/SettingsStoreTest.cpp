@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QSettings>
 
 #include <algorithm>
@@ -209,6 +212,23 @@ TEST_F(SettingsStoreTest, WritabilityTestLeavesNoFileAndUnwritableSystemScopeFal
     EXPECT_EQ(2u, names.size());
     EXPECT_EQ(0, CSettingsStore::DeleteSection(kSystem, section));
     EXPECT_EQ(std::string::npos, ReadFile(UserStoreFile()).find("Fallen=through"));
+}
+
+// A writer killed before it filled in its lock leaves an empty one: the next write does not wait
+// the 30 s Qt gives such a lock.
+TEST_F(SettingsStoreTest, AnEmptyLockLeftByAKilledWriterDoesNotHoldTheNextWrite)
+{
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"Before", L"kill"));
+    const QString lock = QString::fromStdString(UserStoreFile()) + QStringLiteral(".lock");
+    QFile empty(lock);
+    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(empty.setFileTime(QDateTime::currentDateTime().addSecs(-10), QFileDevice::FileModificationTime));
+    empty.close();
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_EQ(0, CSettingsStore::WriteString(kUser, section, L"After", L"kill"));
+    EXPECT_LT(clock.elapsed(), 10000);
+    EXPECT_EQ("kill", U(CSettingsStore::ReadString(kUser, section, L"After", L"")));
 }
 
 }  // namespace
