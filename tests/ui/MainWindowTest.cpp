@@ -8,6 +8,7 @@
 #include "CInstallationController.h"
 #include "InstalledXmlWriter.h"
 #include "MainWindow.h"
+#include "ProxyAuth.h"
 #include "ProxyHandler.h"
 #include "TestEnvironment.h"
 
@@ -67,7 +68,10 @@ struct ModalAnswers
         if (auto* message = qobject_cast<QMessageBox*>(modal))
         {
             boxes.push_back(message->text());
-            message->done(box);
+            if (QAbstractButton* button = message->button(box))
+                button->click();
+            else
+                message->reject();
         }
         else if (auto* dialog = qobject_cast<QFileDialog*>(modal))
         {
@@ -81,13 +85,20 @@ struct ModalAnswers
                 QMetaObject::invokeMethod(dialog, "accept");
             }
         }
-        else if (auto* finish = modal->findChild<QPushButton*>(QStringLiteral("cancelButton")))
+        else if (auto* finish = modal->objectName() == QLatin1String("ProgressDialog")
+                                    ? modal->findChild<QPushButton*>(QStringLiteral("cancelButton"))
+                                    : nullptr)
         {
             if (finish->isVisible() && (finish->text() == QLatin1String("Finish") || cancelRun))
             {
                 cancelRun = false;
                 finish->click();
             }
+        }
+        else if (auto* dialog = qobject_cast<QDialog*>(modal))
+        {
+            others.push_back(dialog->objectName());
+            dialog->accept();
         }
     }
 };
@@ -108,6 +119,7 @@ struct MainWindowTest : ::testing::Test
         fs::copy(std::string(CURATOOL_SOURCE_DIR) + "/samples/source", source, fs::copy_options::recursive);
         ASSERT_TRUE(configuration->OpenCollectionDirectory(CAtlString(CURATOOL_SOURCE_DIR "/samples/collection")));
         configuration->SetInstallDirectory(CZoltaDirectoryPath(CAtlString(gallery.c_str())));
+        proxy.SetPrompt(&ProxyAuth::Prompt);
         controller = std::make_shared<CInstallationController>(configuration, &proxy);
         writer->SetConfiguration(configuration);
         controller->AddObserver(writer.get());
@@ -190,13 +202,29 @@ struct MainWindowTest : ::testing::Test
     // What is installed now, read afresh from the gallery folder.
     std::vector<bool> Installed()
     {
-        CInstallationController reader(configuration);
-        reader.SetSource(CAtlString(source.c_str()));
-        EXPECT_TRUE(reader.Open(nullptr));
         std::vector<bool> installed;
-        for (int index : {kAnimals, kMaps, kSounds})
-            installed.push_back(reader.GetInstallation()->Category(index)->IsInstalled());
+        EXPECT_TRUE(controller->Open(nullptr));
+        if (controller->GetInstallation())
+            for (int index : {kAnimals, kMaps, kSounds})
+                installed.push_back(controller->GetInstallation()->Category(index)->IsInstalled());
         return installed;
+    }
+
+    // Runs `action` inside the application's event loop, as the program does; the result is the
+    // code the window ends the application with (-1 when it never did).
+    int RunToExit(const std::function<void()>& action)
+    {
+        QTimer::singleShot(0, action);
+        QTimer::singleShot(20000, [] { QCoreApplication::exit(-1); });
+        return QCoreApplication::exec();
+    }
+
+    // The gallery as the authoring application finds it registered.
+    void Register()
+    {
+        ASSERT_TRUE(configuration->StoreConfiguration());
+        configuration->ComposeRepositoryEntry();
+        ASSERT_TRUE(configuration->Register());
     }
 
     std::string UpdateInfo() const { return ReadFile(gallery + "/Uninstall/updateinfo.xml"); }
@@ -265,4 +293,123 @@ TEST_F(MainWindowTest, ClicksAndTheSpaceKeyOnTheTrees)
     // The row of "No updates" has no flags: a click does nothing.
     Click(Find<QTreeWidget>("treeWidgetUpdates"), Find<QTreeWidget>("treeWidgetUpdates")->topLevelItem(0));
     EXPECT_EQ(QStringLiteral("No updates available at this time"), Find<QTreeWidget>("treeWidgetUpdates")->topLevelItem(0)->text(0));
+}
+
+TEST_F(MainWindowTest, NextInstallsTheChosenCategoriesAndEnds)
+{
+    ModalAnswers answers;
+    Show();
+    Click(Find<QTreeWidget>("treeWidgetCategories"), CategoryRow(kAnimals));
+    Click(Find<QTreeWidget>("treeWidgetCategories"), CategoryRow(kSounds));
+    EXPECT_EQ(0, RunToExit([this] { Next()->click(); }));
+
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(answers.boxes.empty()) << answers.boxes.front().toStdString();
+    EXPECT_EQ(std::vector<bool>({true, false, true}), Installed());
+    EXPECT_TRUE(Exists(gallery + "/imsmanifest.xml"));
+    const std::string info = UpdateInfo();
+    EXPECT_NE(std::string::npos, info.find(kGuids[kAnimals])) << info;
+    EXPECT_EQ(std::string::npos, info.find(kGuids[kMaps])) << info;
+    EXPECT_NE(std::string::npos, info.find(kGuids[kSounds])) << info;
+}
+
+TEST_F(MainWindowTest, AnUpdateAndARemovalInOneChange)
+{
+    Install({kAnimals, kMaps});
+    OfferAnimalsUpdate();
+    ModalAnswers answers;
+    Show();
+    EXPECT_FALSE(Find<QPushButton>("buttonBrowse")->isEnabled()) << "installed content can't move";
+    EXPECT_EQ(QStringLiteral("All Updates"), Find<QTreeWidget>("treeWidgetUpdates")->topLevelItem(0)->text(0));
+    EXPECT_FALSE(UpdateRow(kAnimals)->isHidden());
+    EXPECT_TRUE(UpdateRow(kMaps)->isHidden());
+
+    Click(Find<QTreeWidget>("treeWidgetUpdates"), UpdateRow(kAnimals));
+    Click(Find<QTreeWidget>("treeWidgetCategories"), CategoryRow(kMaps));
+    EXPECT_EQ(QStringList({"Categories to Update", "  - Animals", "", "Categories to Remove", "  - Maps", ""}),
+              Summary());
+    EXPECT_EQ(0, RunToExit([this] { Next()->click(); }));
+
+    EXPECT_TRUE(answers.boxes.empty()) << "Animals stays, so nothing more is asked";
+    EXPECT_EQ(std::vector<bool>({true, false, false}), Installed());
+    const std::string info = UpdateInfo();
+    EXPECT_NE(std::string::npos, info.find(kGuids[kAnimals])) << info;
+    EXPECT_EQ(std::string::npos, info.find(kGuids[kMaps])) << info;
+}
+
+struct RemovingEverything : MainWindowTest, ::testing::WithParamInterface<QMessageBox::StandardButton>
+{
+};
+
+TEST_P(RemovingEverything, AsksWhetherTheGalleryRecordsGoToo)
+{
+    const bool keep = GetParam() == QMessageBox::No;
+    Install({kMaps});
+    Register();
+    // As a later start finds it: from the stored copy of the collection.
+    ASSERT_TRUE(configuration->OpenInstalled(CAtlString(L"5a0f3c2e-8d41-4b6a-9c57-2e1d7b9f0a31")));
+    ASSERT_EQ(QString::fromStdString(gallery), configuration->GetInstallDirectory().ToQString());
+    ModalAnswers answers;
+    answers.box = GetParam();
+    Show();
+    Click(Find<QTreeWidget>("treeWidgetCategories"), CategoryRow(kMaps));
+    EXPECT_EQ(0, RunToExit([this] { Next()->click(); }));
+
+    ASSERT_EQ(1u, answers.boxes.size());
+    EXPECT_EQ(QStringLiteral("Do you also want to delete all the information about this Gallery?"),
+              answers.boxes.front());
+    EXPECT_EQ(std::vector<bool>({false, false, false}), Installed());
+    EXPECT_EQ(keep, !CConfiguration::InstalledGalleries().empty());
+    EXPECT_EQ(keep, configuration->GetConfigurationDirectory().GetFile(L"about.html").Exists());
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, RemovingEverything, ::testing::Values(QMessageBox::No, QMessageBox::Yes));
+
+TEST_F(MainWindowTest, ANewFolderKeepsTheCategoriesChosenToAdd)
+{
+    const std::string elsewhere = MakeScratchDir("elsewhere");
+    ModalAnswers answers;
+    answers.folder = QString::fromStdString(elsewhere);
+    Show();
+    Click(Find<QTreeWidget>("treeWidgetCategories"), CategoryRow(kSounds));
+    Find<QPushButton>("buttonBrowse")->click();
+
+    EXPECT_EQ(QString::fromStdString(elsewhere), Find<QLineEdit>("lineEditLocation")->text());
+    EXPECT_EQ(QString::fromStdString(elsewhere), controller->GetDestination().ToQString());
+    EXPECT_EQ(std::vector<int>({0, 0, 1}), std::vector<int>({Action(kAnimals), Action(kMaps), Action(kSounds)}));
+    EXPECT_EQ(Qt::Checked, CategoryRow(kSounds)->checkState(0));
+    EXPECT_EQ(QStringList({"Categories to Add", "  - Sounds", ""}), Summary());
+    EXPECT_TRUE(Next()->isEnabled());
+
+    // A folder dialog that is canceled changes nothing.
+    answers.folder.clear();
+    Find<QPushButton>("buttonBrowse")->click();
+    EXPECT_EQ(QString::fromStdString(elsewhere), controller->GetDestination().ToQString());
+    EXPECT_EQ(eGalleryCategoryActionInstall, Action(kSounds));
+}
+
+TEST_F(MainWindowTest, AFailedConnectionTestLeavesOnlyWhatIsInstalledToChange)
+{
+    Install({kAnimals});
+    OfferAnimalsUpdate();
+    ModalAnswers answers;
+    Show();
+    Click(Find<QTreeWidget>("treeWidgetCategories"), CategoryRow(kSounds));
+    Click(Find<QTreeWidget>("treeWidgetUpdates"), UpdateRow(kAnimals));
+    // The source turns out to be a server that no longer answers.
+    const CAtlString url(L"http://127.0.0.1:9/sample-collection");
+    controller->SetSource(url);
+    window->OnProxyOptions();
+
+    EXPECT_EQ(std::vector<QString>({QStringLiteral("ProxyAuth")}), answers.others);
+    EXPECT_TRUE(window->IsOffline());
+    ASSERT_EQ(1u, connectionFailures.size());
+    EXPECT_EQ(url.ToQString(), connectionFailures.front().first.ToQString());
+    EXPECT_EQ(std::vector<int>({0, 0, 0}), std::vector<int>({Action(kAnimals), Action(kMaps), Action(kSounds)}));
+    EXPECT_TRUE(Summary().isEmpty());
+    EXPECT_FALSE(Next()->isEnabled());
+    EXPECT_FALSE(CategoryRow(kSounds)->flags().testFlag(Qt::ItemIsEnabled));
+    EXPECT_TRUE(CategoryRow(kAnimals)->flags().testFlag(Qt::ItemIsEnabled));
+    EXPECT_TRUE(UpdateRow(kAnimals)->isHidden() || !UpdateRow(kAnimals)->flags().testFlag(Qt::ItemIsEnabled));
+    EXPECT_FALSE(Find<QTreeWidget>("treeWidgetCategories")->alternatingRowColors());
 }
