@@ -39,13 +39,6 @@ CAtlString UnreadableCategoriesDocument(const std::initializer_list<CAtlString>&
 
 }  // namespace
 
-int CWorkFlow::Normal(const CCmdLineContext& context, Configuration)
-{
-    // The windows of this mode are not part of the program yet.
-    PrintErrors(context.errors);
-    return eSuccess;
-}
-
 bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configuration& configuration, bool some,
                                CWorkFlowEnvironment& environment)
 {
