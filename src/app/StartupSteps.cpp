@@ -1,11 +1,15 @@
 #include "StartupSteps.h"
 
+#include "CApplicationFactory.h"
 #include "CConfiguration.h"
 #include "CZoltaDirectoryPath.h"
 #include "GalleryLibrary.h"
 #include "LanguageSettings.h"
+#include "UiResources.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QIcon>
+#include <QStyle>
 
 namespace StartupSteps {
 
@@ -23,6 +27,16 @@ QString ConfigurationCatalogueDirectory(const CConfiguration& configuration)
     directory.Append(CAtlString(L"Languages"));
     directory.Append(CAtlString(GetUILanguage(false)));
     return directory.ToQString();
+}
+
+void ApplyWindowLook(CApplicationFactory& factory)
+{
+    // "plastique" went with Qt 4; Fusion is the nearest of the styles Qt 6 brings.
+    if (!QApplication::setStyle(QStringLiteral("plastique")))
+        QApplication::setStyle(QStringLiteral("Fusion"));
+    factory.ApplyStyleSheet(qApp);
+    InitUiResources();
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/curatool.png")));
 }
 
 int InitializeGalleryLibrary()

@@ -8,7 +8,6 @@
 #include "StartupSteps.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QTimer>
 
 #include <cstdio>
@@ -27,11 +26,8 @@ int RunWithLock(CApplicationFactory& factory)
     Output::Initialize();
 
     // The window-based work flows are those that still want privileges.
-    if (factory.WantsElevation()) {
-        QApplication::setStyle(QStringLiteral("plastique"));
-        factory.ApplyStyleSheet(qApp);
-        QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/curatool.png")));
-    }
+    if (factory.WantsElevation())
+        StartupSteps::ApplyWindowLook(factory);
 
     const QByteArray programPath = QCoreApplication::applicationFilePath().toLocal8Bit();
     CInstanceSemaphore lock(programPath.constData(), kInstanceProjectId);

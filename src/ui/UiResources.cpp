@@ -1,0 +1,11 @@
+#include "UiResources.h"
+
+#include <QtGlobal>
+
+#include <mutex>
+
+void InitUiResources()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { Q_INIT_RESOURCE(curatool); });
+}

@@ -1,0 +1,186 @@
+// The progress dialogs over the real engine: the sample collection and a copy of its source,
+// installed into a gallery folder in the scratch home.
+
+#include "CConfiguration.h"
+#include "CGalleryCategory.h"
+#include "CGalleryInstallation.h"
+#include "CInstallationController.h"
+#include "ProgressDlg.h"
+#include "QtInstallationObserver.h"
+#include "ReadProgressDlg.h"
+#include "TestEnvironment.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QScreen>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace curatool::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+QString Label(const QWidget& window, const char* name)
+{
+    const QLabel* label = window.findChild<QLabel*>(name);
+    return label ? label->text() : QStringLiteral("<no label>");
+}
+
+struct Seen
+{
+    QString action;
+    QString item;
+    QString file;
+    int bar;
+    bool onGuiThread;
+};
+
+struct ProgressDialogs : ::testing::Test
+{
+    std::string source = MakeScratchDir("source");
+    std::string gallery = MakeScratchDir("gallery");
+    std::shared_ptr<CConfiguration> configuration = std::make_shared<CConfiguration>();
+    std::shared_ptr<CInstallationController> controller;
+
+    void SetUp() override
+    {
+        fs::copy(std::string(CURATOOL_SOURCE_DIR) + "/samples/source", source, fs::copy_options::recursive);
+        ASSERT_TRUE(configuration->OpenCollectionDirectory(CAtlString(CURATOOL_SOURCE_DIR "/samples/collection")));
+        configuration->SetInstallDirectory(CZoltaDirectoryPath(gallery.c_str()));
+        controller = std::make_shared<CInstallationController>(configuration);
+    }
+
+    bool Open(IGalleryInstallationObserver* observer)
+    {
+        return controller->OpenInstallation(CZoltaDirectoryPath(gallery.c_str()), CAtlString(source.c_str()), observer,
+                                            false);
+    }
+
+    void ChooseAll()
+    {
+        for (int i = 0; i < controller->GetInstallation()->CategoryCount(); ++i)
+            controller->GetInstallation()->Category(i)->SetAction(eGalleryCategoryActionInstall);
+    }
+};
+
+TEST_F(ProgressDialogs, ARunUpdatesTheWindowThroughTheQueuedSignalAndFinishCloses)
+{
+    ProgressDlg dialog(controller);
+    EXPECT_EQ(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint, dialog.windowFlags());
+    EXPECT_EQ(QSize(402, 160), dialog.minimumSize());
+    EXPECT_EQ(QSize(402, 160), dialog.maximumSize());
+    std::vector<Seen> seen;
+    // Connected after the dialog's own slot, so each entry shows what that slot has just set.
+    QObject::connect(static_cast<QtInstallationObserver*>(dialog.GetObserver()),
+                     &QtInstallationObserver::ProgressSignal, &dialog,
+                     [&] {
+                         seen.push_back({dialog.labelAction->text(), dialog.labelCurrentItem->text(),
+                                         dialog.labelCurrentFile->text(), dialog.progressBarTotal->value(),
+                                         QThread::currentThread() == dialog.thread()});
+                     },
+                     Qt::QueuedConnection);
+    dialog.show();
+    ASSERT_TRUE(Open(dialog.GetObserver()));
+    ChooseAll();
+    ASSERT_TRUE(controller->RunSelection(dialog.GetObserver()));
+    QCoreApplication::processEvents();
+
+    ASSERT_GE(seen.size(), 2u);
+    bool sawInstalling = false;
+    int bar = 0;
+    for (const Seen& s : seen)
+    {
+        EXPECT_TRUE(s.onGuiThread);
+        EXPECT_GE(s.bar, bar);
+        bar = s.bar;
+        EXPECT_FALSE(s.file.contains('/')) << s.file.toStdString();
+        if (s.action == "Installing...")
+        {
+            sawInstalling = true;
+            EXPECT_FALSE(s.item.isEmpty());
+        }
+    }
+    EXPECT_TRUE(sawInstalling);
+    EXPECT_GT(bar, 0);
+    EXPECT_TRUE(fs::exists(gallery + "/imsmanifest.xml"));
+
+    // Closing by the title bar does nothing, before and after the end.
+    QCloseEvent close;
+    QCoreApplication::sendEvent(&dialog, &close);
+    EXPECT_FALSE(close.isAccepted());
+    QTimer::singleShot(0, &dialog, [&] {
+        EXPECT_EQ("Finish", dialog.cancelButton->text());
+        EXPECT_EQ("The Gallery changes are complete.", dialog.labelAction->text());
+        EXPECT_TRUE(dialog.labelCurrentFile->text().isEmpty());
+        EXPECT_EQ(dialog.progressBarTotal->maximum(), dialog.progressBarTotal->value());
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        EXPECT_TRUE(dialog.isVisible());
+        QTest::mouseClick(dialog.cancelButton, Qt::LeftButton);
+    });
+    dialog.Finish();
+    EXPECT_EQ(QDialog::Accepted, dialog.result());
+    EXPECT_FALSE(dialog.isVisible());
+}
+
+TEST_F(ProgressDialogs, CancelStopsTheEngineOnceAndItsTextStands)
+{
+    ProgressDlg dialog(controller);
+    dialog.show();
+    ASSERT_TRUE(Open(dialog.GetObserver()));
+    ChooseAll();
+    QTest::mouseClick(dialog.cancelButton, Qt::LeftButton);
+    QTest::mouseClick(dialog.cancelButton, Qt::LeftButton);
+    EXPECT_TRUE(controller->GetInstallation()->IsCancelled());
+    EXPECT_EQ("Canceled...", dialog.labelAction->text());
+    ASSERT_TRUE(controller->RunSelection(dialog.GetObserver()));
+    QCoreApplication::processEvents();
+    EXPECT_EQ("Canceled...", dialog.labelAction->text());
+    EXPECT_FALSE(fs::exists(gallery + "/imsmanifest.xml"));
+    EXPECT_TRUE(dialog.isVisible());
+
+    QTimer::singleShot(0, &dialog, [&] {
+        EXPECT_EQ("The Gallery changes are complete.", dialog.labelAction->text());
+        dialog.cancelButton->click();
+    });
+    dialog.Finish();
+    EXPECT_FALSE(dialog.isVisible());
+}
+
+TEST_F(ProgressDialogs, TheReadingWindowStandsWhileTheGalleryIsRead)
+{
+    ReadProgressDlg dialog(configuration);
+    EXPECT_EQ(Qt::Dialog | Qt::FramelessWindowHint, dialog.windowFlags());
+    EXPECT_EQ("Gathering required information...", Label(dialog, "labelText"));
+    EXPECT_TRUE(Label(dialog, "labelAction").isEmpty());
+
+    std::vector<std::pair<QString, bool>> seen;
+    QObject::connect(static_cast<QtInstallationObserver*>(dialog.GetObserver()),
+                     &QtInstallationObserver::ProgressSignal, &dialog,
+                     [&] { seen.emplace_back(Label(dialog, "labelAction"), dialog.isVisible()); },
+                     Qt::QueuedConnection);
+    dialog.ShowCentred();
+    EXPECT_EQ(dialog.screen()->availableGeometry().center(), dialog.frameGeometry().center());
+    ASSERT_TRUE(Open(dialog.GetObserver()));
+    dialog.hide();
+    QCoreApplication::processEvents();
+
+    ASSERT_FALSE(seen.empty());
+    EXPECT_EQ("Reading...", seen.front().first);
+    EXPECT_TRUE(seen.front().second);
+    QCloseEvent close;
+    QCoreApplication::sendEvent(&dialog, &close);
+    EXPECT_FALSE(close.isAccepted());
+
+    // Removal has no text in this window.
+    dialog.ProgressSlot(eGalleryInstallationProgressUninstalling, CAtlString(), CAtlString(), 0, 0);
+    EXPECT_TRUE(Label(dialog, "labelAction").isEmpty());
+}
+
+}  // namespace
