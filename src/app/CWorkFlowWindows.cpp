@@ -12,7 +12,9 @@
 #include "MainWindow.h"
 #include "Output.h"
 #include "PathSelector.h"
+#include "ProgressDlg.h"
 #include "ProxyHandler.h"
+#include "ReadProgressDlg.h"
 #include "ZoltaAssert.h"
 
 #include <QCoreApplication>
@@ -32,9 +34,24 @@ QString Translate(const char* text)
 }
 
 // Reads the gallery's state with the reading window up; false when it can't be read.
-bool OpenWithReadDialog(CInstallationController& controller)
+bool OpenWithReadDialog(const CWorkFlowEnvironment& environment)
 {
-    return controller.Open(nullptr);
+    ReadProgressDlg dialog(environment.configuration);
+    dialog.ShowCentred();
+    const bool opened = environment.controller->Open(dialog.GetObserver());
+    dialog.hide();
+    return opened;
+}
+
+// Removes the environment's gallery with a progress window up.
+bool UninstallUnderProgress(const CWorkFlowEnvironment& environment, bool gui, QWidget* parent)
+{
+    ProgressDlg dialog(environment.controller, parent);
+    dialog.setModal(true);
+    dialog.show();
+    const bool removed = CWorkFlow::UninstallGallery(environment, dialog.GetObserver(), gui);
+    dialog.hide();
+    return removed;
 }
 
 }  // namespace
@@ -112,13 +129,9 @@ int CWorkFlow::RunMainWindow(CWorkFlowEnvironment& environment)
     }
 
     MainWindow window(environment.controller, environment.configuration, environment.proxy.get(), sourceAvailable);
-    window.SetConnectionFailureReport([](const CAtlString& url, const CAtlString& reason) {
-        Output::ErrorWithReason(Output::eCouldNotDownload, CAtlStringA(CLIProgress::EscapeControls(url).GetString()),
-                                CAtlStringA(CLIProgress::EscapeControls(reason).GetString()), true);
-    });
     controller.AddObserver(&window);
 
-    if (!OpenWithReadDialog(controller))
+    if (!OpenWithReadDialog(environment))
     {
         if (!controller.GetProblem().IsEmpty())
             PrintErr(CAtlStringA(controller.GetProblem().GetString()));
@@ -159,7 +172,7 @@ bool CWorkFlow::ChooseNewDestination(CWorkFlowEnvironment& environment, QWidget*
     if (!selector.Exec(parent, CAtlString(Translate("Select a folder for new gallery location"))))
         return false;
     environment.configuration->SetInstallDirectory(CZoltaDirectoryPath(selector.GetPath()));
-    OpenWithReadDialog(*environment.controller);
+    OpenWithReadDialog(environment);
     return true;
 }
 
@@ -168,7 +181,7 @@ bool CWorkFlow::UninstallWithDialog(const CCmdLineContext& context, Configuratio
 {
     PrintErrors(context.errors);
     const CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
-    return UninstallGallery(environment, nullptr, gui);
+    return UninstallUnderProgress(environment, gui, parent);
 }
 
 int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
@@ -191,7 +204,7 @@ int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
                     continue;
                 }
                 const CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
-                all = UninstallGallery(environment, nullptr, true) && all;
+                all = UninstallUnderProgress(environment, true, nullptr) && all;
             }
             // The stored collections go only when every gallery that used them has gone.
             if (all)

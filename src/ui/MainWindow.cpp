@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "CApplicationData.h"
+#include "CAtlStringA.h"
 #include "CConfiguration.h"
 #include "CContentChooserCheckBox.h"
 #include "CGalleryCategory.h"
@@ -8,8 +9,12 @@
 #include "CInstallationController.h"
 #include "CategoryActionSummary.h"
 #include "GalleryItemWrapper.h"
+#include "Output.h"
 #include "PathSelector.h"
+#include "ProgressDlg.h"
 #include "ProxyHandler.h"
+#include "ReadProgressDlg.h"
+#include "UiResources.h"
 #include "ZoltaAssert.h"
 #include "ui_MainWindow.h"
 
@@ -41,6 +46,9 @@ MainWindow::MainWindow(std::shared_ptr<CInstallationController> controller,
       m_proxyHandler(proxyHandler)
 {
     ZOLTA_ASSERT(m_controller != nullptr && m_configuration != nullptr);
+    InitUiResources();
+    m_readProgress = new ReadProgressDlg(m_configuration, this);
+    m_readProgress->setModal(true);
 
     m_ui->setupUi(this);
     // A local source needs no connection, so there is nothing to configure.
@@ -303,12 +311,17 @@ void MainWindow::OnOk()
         removeRecords = false;
 
     hide();
-    m_controller->RunSelection(nullptr);
+    ProgressDlg progress(m_controller, this);
+    progress.setModal(true);
+    progress.show();
+    m_controller->RunSelection(progress.GetObserver());
     if (removeRecords)
     {
         m_configuration->RemoveStoredFiles();
         m_configuration->Unregister();
     }
+    progress.Finish();
+    progress.hide();
     QCoreApplication::exit(0);
 }
 
@@ -319,7 +332,9 @@ void MainWindow::OnCancel()
 
 void MainWindow::Reopen()
 {
-    m_controller->Open(nullptr);
+    m_readProgress->ShowCentred();
+    m_controller->Open(m_readProgress->GetObserver());
+    m_readProgress->hide();
 }
 
 void MainWindow::OnBrowse()
@@ -361,8 +376,8 @@ void MainWindow::OnProxyOptions()
     {
         SetOnline(false);
         ClearAndRefresh();
-        if (m_connectionFailure)
-            m_connectionFailure(source, reason);
+        Output::ErrorWithReason(Output::eCouldNotDownload, CAtlStringA(source.ToQString().toUtf8().constData()),
+                                CAtlStringA(reason.ToQString().toUtf8().constData()), true);
         return;
     }
     SetOnline(true);
@@ -381,7 +396,9 @@ void MainWindow::SetOnline(bool online)
 
 void MainWindow::OnUpdate()
 {
-    m_controller->ApplyUpdatesOnly(nullptr);
+    m_readProgress->ShowCentred();
+    m_controller->ApplyUpdatesOnly(m_readProgress->GetObserver());
+    m_readProgress->hide();
     Reopen();
 }
 

@@ -9,7 +9,6 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -49,11 +48,6 @@ public:
     void OnRunFailed(CGalleryInstallation* installation) override;
 
     bool IsOffline() const { return m_offline; }
-
-    // How a failed connection test is told to the user: the address and why. The coded messages
-    // belong to the application, which sets this.
-    using ConnectionFailureReport = std::function<void(const CAtlString& url, const CAtlString& reason)>;
-    void SetConnectionFailureReport(ConnectionFailureReport report) { m_connectionFailure = std::move(report); }
 
 public slots:
     void OnOk();
@@ -95,5 +89,4 @@ private:
     std::vector<CAtlString> m_savedSelection;
     About* m_about = nullptr;
     ReadProgressDlg* m_readProgress = nullptr;
-    ConnectionFailureReport m_connectionFailure;
 };

@@ -8,6 +8,7 @@
 #include "CInstallationController.h"
 #include "InstalledXmlWriter.h"
 #include "MainWindow.h"
+#include "Output.h"
 #include "ProxyAuth.h"
 #include "ProxyHandler.h"
 #include "TestEnvironment.h"
@@ -112,10 +113,10 @@ struct MainWindowTest : ::testing::Test
     std::shared_ptr<InstalledXmlWriter> writer = std::make_shared<InstalledXmlWriter>();
     ProxyHandler proxy;
     std::unique_ptr<MainWindow> window;
-    std::vector<std::pair<CAtlString, CAtlString>> connectionFailures;
 
     void SetUp() override
     {
+        Output::Initialize();  // as start-up does: the texts of the coded messages
         fs::copy(std::string(CURATOOL_SOURCE_DIR) + "/samples/source", source, fs::copy_options::recursive);
         ASSERT_TRUE(configuration->OpenCollectionDirectory(CAtlString(CURATOOL_SOURCE_DIR "/samples/collection")));
         configuration->SetInstallDirectory(CZoltaDirectoryPath(CAtlString(gallery.c_str())));
@@ -130,8 +131,6 @@ struct MainWindowTest : ::testing::Test
     void Show(bool sourceAvailable = true)
     {
         window = std::make_unique<MainWindow>(controller, configuration, &proxy, sourceAvailable);
-        window->SetConnectionFailureReport(
-            [this](const CAtlString& url, const CAtlString& reason) { connectionFailures.emplace_back(url, reason); });
         controller->AddObserver(window.get());
         ASSERT_TRUE(controller->Open(nullptr));
         window->show();
@@ -403,8 +402,8 @@ TEST_F(MainWindowTest, AFailedConnectionTestLeavesOnlyWhatIsInstalledToChange)
 
     EXPECT_EQ(std::vector<QString>({QStringLiteral("ProxyAuth")}), answers.others);
     EXPECT_TRUE(window->IsOffline());
-    ASSERT_EQ(1u, connectionFailures.size());
-    EXPECT_EQ(url.ToQString(), connectionFailures.front().first.ToQString());
+    ASSERT_EQ(1u, answers.boxes.size());
+    EXPECT_TRUE(answers.boxes.front().startsWith("Could not download the file:\n" + url.ToQString())) << answers.boxes.front().toStdString();
     EXPECT_EQ(std::vector<int>({0, 0, 0}), std::vector<int>({Action(kAnimals), Action(kMaps), Action(kSounds)}));
     EXPECT_TRUE(Summary().isEmpty());
     EXPECT_FALSE(Next()->isEnabled());
@@ -412,4 +411,20 @@ TEST_F(MainWindowTest, AFailedConnectionTestLeavesOnlyWhatIsInstalledToChange)
     EXPECT_TRUE(CategoryRow(kAnimals)->flags().testFlag(Qt::ItemIsEnabled));
     EXPECT_TRUE(UpdateRow(kAnimals)->isHidden() || !UpdateRow(kAnimals)->flags().testFlag(Qt::ItemIsEnabled));
     EXPECT_FALSE(Find<QTreeWidget>("treeWidgetCategories")->alternatingRowColors());
+}
+
+TEST_F(MainWindowTest, ACancelDuringTheRunIsToldAndLeavesARecordOfWhatWasDone)
+{
+    ModalAnswers answers;
+    answers.cancelRun = true;
+    Show();
+    Click(Find<QTreeWidget>("treeWidgetCategories"), Find<QTreeWidget>("treeWidgetCategories")->topLevelItem(0));
+    EXPECT_EQ(0, RunToExit([this] { Next()->click(); }));
+
+    EXPECT_EQ(std::vector<QString>({QStringLiteral("The Gallery changes have been canceled.")}), answers.boxes);
+    const std::vector<bool> installed = Installed();
+    EXPECT_NE(std::vector<bool>({true, true, true}), installed);
+    const std::string info = UpdateInfo();
+    for (int index : {kAnimals, kMaps, kSounds})
+        EXPECT_EQ(installed[index], info.find(kGuids[index]) != std::string::npos) << kTitles[index] << info;
 }
