@@ -37,14 +37,16 @@ bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 20000)
     return condition();
 }
 
-class WindowE2E : public E2EGallery
+// The sample world with its source also served over loopback HTTP as the collection's default
+// source, and an X display of its own.
+class WindowE2E : public ServedGallery
 {
 protected:
     void SetUp() override
     {
         if (access(kXvfb, X_OK) != 0 || access(kXdotool, X_OK) != 0)
             GTEST_SKIP() << "Xvfb and xdotool are needed";
-        E2EGallery::SetUp();
+        ServedGallery::SetUp();
         // A display number that nobody holds.
         for (int number = 90; number < 190 && m_display.empty(); ++number)
             if (!Exists("/tmp/.X" + std::to_string(number) + "-lock") &&
@@ -118,6 +120,33 @@ protected:
         Xdotool({"key", "--delay", "50", key});
     }
 
+    // In the main window: everything chosen with one click on "All Categories", "Next >>" as the
+    // default button, and "Finish" once the change has been made in `gallery`.
+    void ChooseAllNextAndFinish(const std::string& gallery)
+    {
+        const std::string window = FindWindow(kMainWindowTitle);
+        ASSERT_FALSE(window.empty()) << Finished().err;
+        Xdotool({"mousemove", "--window", window, std::to_string(kRootRowX), std::to_string(kRootRowY), "click", "1"});
+        Press(window, "Return");
+
+        const std::string progress = FindWindow(kProgressTitle);
+        ASSERT_FALSE(progress.empty()) << Finished().err;
+        ASSERT_TRUE(WaitFor([&] { return Exists(gallery + "/Uninstall/updateinfo.xml"); }));
+        // The run is over: a press that comes before "Finish" only cancels what has already ended.
+        WaitFor([&] {
+            Press(progress, "Return");
+            return !m_program->IsRunning();
+        });
+    }
+
+    void ExpectInstalled(const std::string& gallery)
+    {
+        for (const SampleCategory& category : SampleCategories())
+            EXPECT_TRUE(HasCategory(gallery, category.alias)) << category.alias;
+        EXPECT_TRUE(Exists(gallery + "/imsmanifest.xml"));
+        EXPECT_TRUE(IsRegistered());
+    }
+
     std::string m_display;
     std::unique_ptr<BinaryProcess> m_xvfb;
     std::unique_ptr<BinaryProcess> m_program;
@@ -130,30 +159,35 @@ TEST_F(WindowE2E, ChooseAllNextAndFinishInstallsTheGallery)
     // A window-based run installs where the gallery's own folder is, unless the user browses.
     const std::string gallery = DefaultInstallDirectory();
     Start({"-configuration", m_collection, "-source", m_source});
-    const std::string window = FindWindow(kMainWindowTitle);
-    ASSERT_FALSE(window.empty()) << Finished().err;
-
-    // Everything chosen with one click on "All Categories", then "Next >>" as the default button.
-    Xdotool({"mousemove", "--window", window, std::to_string(kRootRowX), std::to_string(kRootRowY), "click", "1"});
-    Press(window, "Return");
-
-    // The change runs under the progress dialog; once the record of the run is written the
-    // dialog offers "Finish".
-    const std::string progress = FindWindow(kProgressTitle);
-    ASSERT_FALSE(progress.empty()) << Finished().err;
-    ASSERT_TRUE(WaitFor([&] { return Exists(gallery + "/Uninstall/updateinfo.xml"); }));
-    // The run is over: a press that comes before "Finish" only cancels what has already ended.
-    WaitFor([&] {
-        Press(progress, "Return");
-        return !m_program->IsRunning();
-    });
-
+    ChooseAllNextAndFinish(gallery);
     const RunResult r = Finished();
     EXPECT_EQ(0, r.exitCode) << r.err;
-    for (const SampleCategory& category : SampleCategories())
-        EXPECT_TRUE(HasCategory(gallery, category.alias)) << category.alias;
-    EXPECT_TRUE(Exists(gallery + "/imsmanifest.xml"));
-    EXPECT_TRUE(IsRegistered());
+    ExpectInstalled(gallery);
+}
+
+TEST_F(WindowE2E, OverHttpThroughAProxyThatAsksWhoWeAre)
+{
+    ServerProcess proxy;
+    if (!proxy.StartTinyproxy(QString::fromStdString(MakeScratchDir("tinyproxy")), "curator", "s3cret"))
+        GTEST_SKIP() << "tinyproxy is needed";
+    StoreProxy("127.0.0.1", proxy.Port());
+    const std::string gallery = DefaultInstallDirectory();
+    // No -source: the collection's server is checked, and the proxy asks for credentials.
+    Start({"-configuration", m_collection});
+    const std::string prompt = FindWindow("^Proxy Authentication Required$");
+    ASSERT_FALSE(prompt.empty()) << Finished().err;
+    Xdotool({"windowfocus", "--sync", prompt});
+    Xdotool({"type", "--delay", "20", "curator"});
+    Xdotool({"key", "Tab"});
+    Xdotool({"type", "--delay", "20", "s3cret"});
+    Xdotool({"key", "Return"});
+
+    ChooseAllNextAndFinish(gallery);
+    const RunResult r = Finished();
+    EXPECT_EQ(0, r.exitCode) << r.err;
+    EXPECT_EQ("Checking connection to: " + m_url + "\nCheck succeeded.\n", r.out);
+    ExpectInstalled(gallery);
+    EXPECT_EQ("127.0.0.1", StoredProxyValue("HttpProxyHost"));
 }
 
 TEST_F(WindowE2E, UninstallAllRemovesEveryRegisteredGallery)
