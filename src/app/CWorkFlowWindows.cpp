@@ -131,14 +131,19 @@ int CWorkFlow::RunMainWindow(CWorkFlowEnvironment& environment)
     MainWindow window(environment.controller, environment.configuration, environment.proxy.get(), sourceAvailable);
     controller.AddObserver(&window);
 
-    if (!OpenWithReadDialog(environment))
+    // The engine reads a gallery only where it can keep its lock, so a folder that can't be
+    // written is settled first; a new one chosen there is read on the way.
+    if (!PathSelector::IsWritableDirectory(controller.GetDestination().GetPath()))
+    {
+        if (!EnsureWritableDestination(environment))
+            return eFailure;
+    }
+    else if (!OpenWithReadDialog(environment))
     {
         if (!controller.GetProblem().IsEmpty())
             PrintErr(CAtlStringA(controller.GetProblem().GetString()));
         return eFailure;
     }
-    if (!EnsureWritableDestination(environment))
-        return eFailure;
 
     const int result = window.exec();
     configuration.Register();
@@ -152,7 +157,10 @@ bool CWorkFlow::EnsureWritableDestination(CWorkFlowEnvironment& environment)
     if (PathSelector::IsWritableDirectory(destination))
         return true;
     const CAtlStringA shown(destination.ToQString().toUtf8().constData());
-    if (!controller.NoneInstalled())
+    // Before the first read the folder itself tells whether a gallery is there.
+    const bool installed = controller.GetInstallation() ? !controller.NoneInstalled()
+                                                        : CInstallationController::HoldsInstalledGallery(controller.GetDestination());
+    if (installed)
     {
         // An installation can't be moved.
         QMessageBox::critical(nullptr, Title(), Output::GetTranslated(Output::eNoWritePermission, shown));

@@ -81,9 +81,10 @@ struct ModalAnswers
                 dialog->reject();
             else
             {
-                dialog->setDirectory(folder);
-                dialog->selectFile(folder);
-                QMetaObject::invokeMethod(dialog, "accept");
+                // Typed as the name, whatever the dialog started from; the accept comes after
+                // this slot, since it may open a box of its own.
+                dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(folder);
+                QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
             }
         }
         else if (auto* finish = modal->objectName() == QLatin1String("ProgressDialog")
