@@ -41,6 +41,8 @@ IGalleryInstallationObserver* ReadProgressDlg::GetObserver() const
 
 void ReadProgressDlg::ShowCentred()
 {
+    // As large as the collection's panel and text want, not the form's bare minimum.
+    adjustSize();
     QScreen* screen = this->screen();
     if (screen)
     {

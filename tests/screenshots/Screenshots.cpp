@@ -1,0 +1,197 @@
+// Renders the program's dialogs into PNG files, each as the user meets it, over the sample
+// collection and a copy of the sample source; scripts/screenshots.sh runs it in a scratch home.
+//
+//   curatool_screenshots <output folder> <samples folder>
+
+#include "About.h"
+#include "CApplicationFactory.h"
+#include "CConfiguration.h"
+#include "CGalleryCategory.h"
+#include "CGalleryInstallation.h"
+#include "CInstallationController.h"
+#include "CPasswordDialog.h"
+#include "CProgramIdentity.h"
+#include "GalleryChooser.h"
+#include "Output.h"
+#include "ProgressDlg.h"
+#include "ProxyAuth.h"
+#include "QtInstallationObserver.h"
+#include "ReadProgressDlg.h"
+#include "StartupSteps.h"
+#include "WaitForCDDlg.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTimer>
+
+#include <cstdio>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+QString g_output;
+int g_written = 0;
+
+void Save(QWidget& window, const char* name)
+{
+    window.show();
+    QCoreApplication::processEvents();
+    const QString path = g_output + "/" + name + ".png";
+    if (window.grab().save(path))
+    {
+        std::printf("%s\n", path.toLocal8Bit().constData());
+        ++g_written;
+    }
+    else
+        std::fprintf(stderr, "could not write %s\n", path.toLocal8Bit().constData());
+}
+
+// Grabs the window once, at the first event of `stage` that has reached it.
+void SaveAt(QtInstallationObserver* observer, QWidget& window, eGalleryInstallationProgress stage, const char* name)
+{
+    auto done = std::make_shared<bool>(false);
+    QObject::connect(observer, &QtInstallationObserver::ProgressSignal, &window,
+                     [&window, stage, name, done](eGalleryInstallationProgress seen) {
+                         if (*done || seen != stage)
+                             return;
+                         *done = true;
+                         Save(window, name);
+                     },
+                     Qt::QueuedConnection);
+}
+
+// A second collection beside the sample, so that the chooser has a list to show; it brings no
+// logo, so its panel shows the program's own picture.
+QString SecondCollection(const QString& samples, const QString& scratch)
+{
+    const QString folder = scratch + "/primer-collection";
+    fs::copy((samples + "/collection").toStdString(), folder.toStdString(), fs::copy_options::recursive);
+    for (const char* name : {"configuration.xml", "metadata.xml", "about.html"})
+    {
+        QFile file(folder + "/" + name);
+        file.open(QIODevice::ReadOnly);
+        QString text = QString::fromUtf8(file.readAll());
+        file.close();
+        text.replace("5a0f3c2e-8d41-4b6a-9c57-2e1d7b9f0a31", "9b3e61d4-0f7a-4c2b-8e15-6d2a9c4f7b10");
+        text.replace("ZOLTA Sample Collection", "ZOLTA Primer Collection");
+        text.replace("<Logo Value=\"logo.png\"/>", "");
+        file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        file.write(text.toUtf8());
+    }
+    return folder;
+}
+
+void Register(const QString& folder)
+{
+    CConfiguration configuration;
+    if (configuration.OpenCollectionDirectory(CAtlString(folder)) && configuration.StoreConfiguration())
+    {
+        configuration.ComposeRepositoryEntry();
+        configuration.Register();
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3)
+    {
+        std::fprintf(stderr, "usage: %s <output folder> <samples folder>\n", argv[0]);
+        return 2;
+    }
+    CApplicationFactory factory;
+    QApplication application(argc, argv);
+    CProgramIdentity::Apply();
+    g_output = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
+    const QString samples = QDir(QString::fromLocal8Bit(argv[2])).absolutePath();
+    QDir().mkpath(g_output);
+    const QString scratch = QDir::tempPath() + "/curatool-screenshots";
+    QDir(scratch).removeRecursively();
+    QDir().mkpath(scratch);
+
+    // As a window-based start with -configuration: the collection's style sheet joins the program's.
+    if (!factory.LoadConfigurationPath(CAtlString(samples + "/collection")))
+    {
+        std::fprintf(stderr, "could not load the sample collection\n");
+        return 1;
+    }
+    StartupSteps::ApplyWindowLook(factory);
+    Output::Initialize();
+    const std::shared_ptr<CConfiguration> configuration = factory.Configuration();
+    const QString gallery = scratch + "/gallery";
+    const QString source = scratch + "/source";
+    fs::copy((samples + "/source").toStdString(), source.toStdString(), fs::copy_options::recursive);
+    configuration->SetInstallDirectory(CZoltaDirectoryPath(gallery));
+    auto controller = std::make_shared<CInstallationController>(configuration);
+
+    {
+        ReadProgressDlg reading(configuration);
+        SaveAt(static_cast<QtInstallationObserver*>(reading.GetObserver()), reading,
+               eGalleryInstallationProgressReading, "reading");
+        reading.ShowCentred();
+        controller->OpenInstallation(CZoltaDirectoryPath(gallery), CAtlString(source), reading.GetObserver(), false);
+        QCoreApplication::processEvents();
+        reading.hide();
+    }
+    {
+        ProgressDlg progress(controller);
+        SaveAt(static_cast<QtInstallationObserver*>(progress.GetObserver()), progress,
+               eGalleryInstallationProgressInstalling, "progress");
+        progress.setModal(true);
+        progress.show();
+        if (CGalleryInstallation* installation = controller->GetInstallation())
+            for (int i = 0; i < installation->CategoryCount(); ++i)
+                installation->Category(i)->SetAction(eGalleryCategoryActionInstall);
+        controller->RunSelection(progress.GetObserver());
+        QCoreApplication::processEvents();
+        QTimer::singleShot(0, &progress, [&progress] {
+            Save(progress, "progress-finished");
+            progress.cancelButton->click();
+        });
+        progress.Finish();
+    }
+    {
+        About about(configuration);
+        about.adjustSize();
+        Save(about, "about");
+    }
+    const QString primer = SecondCollection(samples, scratch);
+    {
+        auto withoutLogo = std::make_shared<CConfiguration>();
+        withoutLogo->OpenCollectionDirectory(CAtlString(primer));
+        About about(withoutLogo);
+        about.adjustSize();
+        Save(about, "about-built-in-picture");
+    }
+    {
+        WaitForCDDlg wait(configuration, CAtlString(L"/media/cdrom"));
+        wait.show();
+        wait.adjustSize();
+        Save(wait, "waitforcd");
+    }
+    {
+        Register(samples + "/collection");
+        Register(primer);
+        GalleryChooser chooser(std::make_shared<CConfiguration>(), {});
+        chooser.listWidget->setCurrentRow(0);
+        Save(chooser, "chooser");
+    }
+    {
+        QString user = QStringLiteral("teacher");
+        QString password;
+        CPasswordDialog login(nullptr, user, password, false);
+        Save(login, "password");
+    }
+    {
+        ProxyAuth proxy;
+        proxy.SetHost(QStringLiteral("proxy.school.example"));
+        proxy.SetPort(3128);
+        Save(proxy, "proxy-credentials");
+    }
+    QDir(scratch).removeRecursively();
+    return g_written == 9 ? 0 : 1;
+}
