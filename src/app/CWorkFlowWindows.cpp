@@ -9,12 +9,14 @@
 #include "CInstallationController.h"
 #include "CLIProgress.h"
 #include "FileAssociations.h"
+#include "GalleryChooser.h"
 #include "MainWindow.h"
 #include "Output.h"
 #include "PathSelector.h"
 #include "ProgressDlg.h"
 #include "ProxyHandler.h"
 #include "ReadProgressDlg.h"
+#include "WaitForCDDlg.h"
 #include "ZoltaAssert.h"
 
 #include <QCoreApplication>
@@ -80,7 +82,15 @@ int CWorkFlow::Normal(const CCmdLineContext& context, Configuration configuratio
         }
     }
     if (!configuration->IsLoaded())
-        return eFailure;
+    {
+        GalleryChooser chooser(configuration,
+                               [&context](std::shared_ptr<CConfiguration> chosen, bool gui, QWidget* parent) {
+                                   return UninstallWithDialog(context, std::move(chosen), gui, parent);
+                               });
+        chooser.setModal(true);
+        if (chooser.exec() == GalleryChooser::eCanceled)
+            return eSuccess;
+    }
     return RunMainWindow(environment);
 }
 
@@ -236,10 +246,15 @@ int CWorkFlow::WaitForCD(const CCmdLineContext& context, Configuration configura
         return eFailure;
     }
     CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
-    const CZoltaDirectoryPath found =
+    CZoltaDirectoryPath found =
         CInstallationController::LocateGalleryData(CZoltaDirectoryPath(context.source), environment.controller->GetGalleryFolder());
     if (found.IsEmpty())
-        return eSuccess;
+    {
+        WaitForCDDlg wait(configuration, context.source);
+        if (wait.Exec() != QDialog::Accepted)
+            return eSuccess;
+        found = wait.GetFound();
+    }
 
     // From here on the disc's data folder is the source.
     CCmdLineContext onDisc = context;

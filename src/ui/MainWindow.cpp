@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "About.h"
 #include "CApplicationData.h"
 #include "CAtlStringA.h"
 #include "CConfiguration.h"
@@ -90,6 +91,10 @@ MainWindow::MainWindow(std::shared_ptr<CInstallationController> controller,
     }
     for (QLabel* label : {m_ui->labelCategories, m_ui->labelUpdates, m_ui->labelActions})
         label->setPalette(palette);
+
+    m_about = new About(m_configuration, this);
+    if (!m_about->HasContent())
+        Button(QDialogButtonBox::Help)->hide();
 
     if (!sourceAvailable)
         SetOnline(false);
@@ -404,4 +409,12 @@ void MainWindow::OnUpdate()
 
 void MainWindow::OnAbout()
 {
+    if (!m_about->HasContent())
+        return;
+    m_about->setModal(true);
+    m_about->show();
+    m_about->adjustSize();
+    m_about->setFixedSize(m_about->size());
+    m_about->exec();
+    m_about->hide();
 }
