@@ -219,3 +219,38 @@ TEST_F(WindowE2E, WaitForCDWithoutSourceSaysInvalidArgument)
     Press(box, "Return");
     EXPECT_EQ((Outcome{1, "", ""}), OutcomeOf(Finished()));
 }
+
+TEST_F(WindowE2E, ABareStartOffersTheKnownGalleries)
+{
+    const RunResult install =
+        Curatool({"--installsome", "-configuration", m_collection, "-source", m_source, "-c", "maps"});
+    ASSERT_EQ(0, install.exitCode) << install.err;
+
+    Start({"-source", m_source});
+    const std::string chooser = FindWindow("^Select a Gallery$");
+    ASSERT_FALSE(chooser.empty()) << Finished().err;
+    // The list has the focus and its first row is current: the space key selects it.
+    Press(chooser, "space");
+    Press(chooser, "Return");
+    // The chosen gallery comes up in the main window; Escape leaves it without a change.
+    const std::string window = FindWindow(kMainWindowTitle);
+    ASSERT_FALSE(window.empty()) << Finished().err;
+    Press(window, "Escape");
+    EXPECT_EQ(0, Finished().exitCode);
+    EXPECT_TRUE(HasCategory(DefaultInstallDirectory(), "maps"));
+    EXPECT_TRUE(LacksCategory(DefaultInstallDirectory(), "animals"));
+}
+
+TEST_F(WindowE2E, WaitForCDGoesOnWhenTheDiscArrives)
+{
+    const std::string disc = m_base + "/cdrom";
+    fs::create_directories(disc);
+    Start({"--waitforcd", "-configuration", m_collection, "-source", disc});
+    const std::string wait = FindWindow("^ZOLTA Curatool$");
+    ASSERT_FALSE(wait.empty()) << Finished().err;
+    // The disc is inserted: its data is found by the dialog's next look.
+    fs::copy(m_source, disc, fs::copy_options::recursive);
+    ChooseAllNextAndFinish(DefaultInstallDirectory());
+    EXPECT_EQ(0, Finished().exitCode);
+    ExpectInstalled(DefaultInstallDirectory());
+}
