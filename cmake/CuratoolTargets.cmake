@@ -19,16 +19,21 @@ function(curatool_library name)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
 
-# One GoogleTest executable per test folder, each test run as its own CTest case.
+# One GoogleTest executable per test folder, each test run as its own CTest case. WIDGETS gives
+# it a QApplication (and QtWidgets); the others run on a QCoreApplication.
 function(curatool_test folder)
-  cmake_parse_arguments(ARG "" "" "DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "WIDGETS" "" "DEPS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
   if(NOT sources)
     return()
   endif()
   set(target test_${folder})
   add_executable(${target} ${sources})
-  target_link_libraries(${target} PRIVATE test_support ${ARG_DEPS})
+  if(ARG_WIDGETS)
+    target_link_libraries(${target} PRIVATE test_main_widgets ${ARG_DEPS})
+  else()
+    target_link_libraries(${target} PRIVATE test_main ${ARG_DEPS})
+  endif()
   target_compile_definitions(${target} PRIVATE
       CURATOOL_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
       CURATOOL_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}/${folder}/data")

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what Curatool needs to build, test and benchmark on Debian 12. Safe to run again:
+# Installs what Curatool needs to build, test, package and benchmark on Debian 12. Safe to run again:
 # apt-get is called only when a package is missing.
 set -euo pipefail
 
@@ -11,6 +11,7 @@ packages=(
   zip unzip libarchive-tools p7zip-full python3 tinyproxy curl
   clang libclang-rt-14-dev
   xvfb xauth xdotool x11-utils ccache
+  dpkg-dev lintian
 )
 
 missing=()

@@ -47,6 +47,8 @@ public:
     void OnConfigurationLoaded(const CConfiguration* configuration);
 
     void InstallTranslator(QCoreApplication* application);
+    // Collects the files the desktop hands over as open events into the context's openedFiles.
+    void InstallEventHook(QCoreApplication* application);
     void ApplyStyleSheet(QApplication* application);
 
     // Calls the chosen work flow and returns its exit code.
@@ -67,8 +69,8 @@ private:
 
     QString m_styleSheet;
     QTranslator m_translator;
-    // The desktop's "open this file" event would be caught here; on Linux it never comes, so
-    // openedFiles stays empty and no event hook is installed.
+    // The desktop's "open this file" events reach openedFiles through a filter on the
+    // application (InstallEventHook); Linux desktops pass files on the command line instead.
     bool m_elevation = true;
     bool m_actionChosen = false;
     bool m_errorActionChosen = false;

@@ -11,6 +11,7 @@
 #include <vector>
 
 class CInstallationController;
+class CSelfUpdate;
 class CConfiguration;
 class CAtlStringA;
 class QWidget;
@@ -83,6 +84,11 @@ public:
     // The argument hand-over kept in the settings store for one restart. Loading removes it.
     static bool StoreArguments(const QStringList& arguments);
     static bool LoadArguments(QStringList& arguments);
+    // Asks whether to fetch a newer published version; on yes downloads and starts its installer
+    // and leaves the event loop. True when the program is on its way out for the update
+    // (CWorkFlowSelfUpdate.cpp). The second form checks with the given update object.
+    static bool CheckSelfUpdate(const CWorkFlowEnvironment& environment);
+    static bool CheckSelfUpdate(const CWorkFlowEnvironment& environment, CSelfUpdate& update);
 
 private:
     // The steps the two unattended installs share, up to the engine's run. `some` selects the

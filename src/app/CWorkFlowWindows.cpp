@@ -62,6 +62,9 @@ int CWorkFlow::Normal(const CCmdLineContext& context, Configuration configuratio
 {
     PrintErrors(context.errors);
     CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
+    // When this started an update, the program is already on its way out.
+    if (CheckSelfUpdate(environment))
+        return eSuccess;
 
     if (!configuration->IsLoaded())
     {

@@ -64,6 +64,7 @@ int main(int argc, char** argv)
         CApplicationFactory factory;
         auto application = std::make_unique<QApplication>(argc, argv);
         QApplication::setQuitOnLastWindowClosed(false);
+        factory.InstallEventHook(application.get());
         CProgramIdentity::Apply();
 
         factory.ParseCommandLine(argc, argv);

@@ -4,6 +4,7 @@
 #include "CGalleryI18N.h"
 #include "CGalleryManifest.h"
 #include "CGalleryManifestIO.h"
+#include "PackagePrefetcher.h"
 #include "ZipHelpers.h"
 
 #include <algorithm>
@@ -54,6 +55,45 @@ public:
 
 private:
     CGalleryManifest* m_manifest = nullptr;
+};
+
+// The packages of this run coming ahead of the install loop over several connections, if any.
+// Run sets it for the length of the loop, which runs on the same thread.
+thread_local PackagePrefetcher* t_ahead = nullptr;
+
+// Several connections at once over a URL, unless the user settings ask for one; null then.
+std::unique_ptr<PackagePrefetcher> FetchAhead(std::vector<PackagePrefetcher::Package> packages,
+                                              IProxyObserver* proxyObserver, const volatile bool* cancel)
+{
+    if (packages.empty())
+        return nullptr;
+    const int connections = PackagePrefetcher::ConfiguredConnections();
+    if (connections <= 1)
+        return nullptr;
+    return std::make_unique<PackagePrefetcher>(std::move(packages), connections, proxyObserver, cancel);
+}
+
+PackagePrefetcher::Package ToFetch(const CAtlString& name, const CAtlString& source, const CZoltaDirectoryPath& folder)
+{
+    return {name, source + L"/" + CGalleryInstallation::EncodeUrlName(name), folder.GetFile(name)};
+}
+
+class ScopedAhead
+{
+public:
+    explicit ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead) : m_ahead(std::move(ahead))
+    {
+        t_ahead = m_ahead.get();
+    }
+    ~ScopedAhead() { Reset(); }
+    void Reset()
+    {
+        t_ahead = nullptr;
+        m_ahead.reset();
+    }
+
+private:
+    std::unique_ptr<PackagePrefetcher> m_ahead;
 };
 
 }  // namespace
@@ -228,7 +268,20 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
         HRESULT hr = S_OK;
         if (!usePrefetch)
         {
-            hr = Locate(name, &category, overall, path, temporary);
+            if (t_ahead && t_ahead->IsNext(name))
+            {
+                // Fetched ahead, or still on its way: its events come now, as its own fetch would send them.
+                Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
+                CAtlString reason;
+                hr = t_ahead->Take(name, path, reason,
+                                   [this](unsigned int got, unsigned int size) { m_observer.ReadProgress(got, size); });
+                if (FAILED(hr))
+                    NoteFailureReason(reason + L" (" + m_source + L"/" + EncodeUrlName(name) + L")");
+                Report(eGalleryInstallationProgressDownloading, &category, name, 100, overall);
+                temporary = SUCCEEDED(hr);
+            }
+            else
+                hr = Locate(name, &category, overall, path, temporary);
             if (isUrl)
             {
                 ++done;
@@ -274,6 +327,17 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
                                                const std::map<CAtlString, CZoltaFilePath>& fetched)
 {
     std::vector<std::shared_ptr<CGalleryI18N>> catalogues;
+    std::vector<PackagePrefetcher::Package> toFetch;
+    for (const auto& category : m_categories)
+    {
+        const int action = category->GetAction();
+        if (!usePrefetch && IsUrl(m_source) &&
+            (action == eGalleryCategoryActionInstall || action == eGalleryCategoryActionUpdate))
+            for (const CAtlString& name : ListLanguagePackages(*category, action == eGalleryCategoryActionUpdate))
+                toFetch.push_back(ToFetch(name, m_source, m_downloadDirectory));
+    }
+    const std::unique_ptr<PackagePrefetcher> ahead =
+        FetchAhead(std::move(toFetch), m_observer.GetProxyObserver(), &m_cancel);
     for (const auto& category : m_categories)
     {
         const int action = category->GetAction();
@@ -296,10 +360,16 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
                     // No progress for string packages: fetch quietly.
                     if (IsHostileName(name))
                         continue;
-                    path = m_downloadDirectory.GetFile(name);
-                    path.GetFolder().Create();
-                    hr = FetchUrl(m_source + L"/" + EncodeUrlName(name), path, m_observer.GetProxyObserver(),
-                                  nullptr);
+                    CAtlString reason;
+                    if (ahead && ahead->IsNext(name))
+                        hr = ahead->Take(name, path, reason, {});
+                    else
+                    {
+                        path = m_downloadDirectory.GetFile(name);
+                        path.GetFolder().Create();
+                        hr = FetchUrl(m_source + L"/" + EncodeUrlName(name), path, m_observer.GetProxyObserver(),
+                                      nullptr);
+                    }
                     temporary = SUCCEEDED(hr) && !m_downloadOnly;
                 }
                 else
@@ -488,6 +558,12 @@ HRESULT CGalleryInstallation::Run()
         Prefetch(total, done, fetched);
         usePrefetch = true;
     }
+    std::vector<PackagePrefetcher::Package> packages;
+    for (const auto& category : m_categories)
+        if (isUrl && !usePrefetch && IsInstallAction(category->GetAction()))
+            for (const CAtlString& name : FilesToInstall(*category))
+                packages.push_back(ToFetch(name, m_source, m_downloadDirectory));
+    ScopedAhead ahead(FetchAhead(std::move(packages), m_observer.GetProxyObserver(), &m_cancel));
 
     bool anyFailed = false;
     bool anySucceeded = false;
@@ -509,6 +585,7 @@ HRESULT CGalleryInstallation::Run()
         else if (IsInstallAction(action))
             InstallCategory(*category, isUrl, total, done, usePrefetch, fetched, anyFailed, anySucceeded);
     }
+    ahead.Reset();
 
     if (m_removeAllRecords && !m_cancel && !m_downloadOnly)
         RemoveUnlistedRecords(anySucceeded);

@@ -5,6 +5,8 @@
 
 #include <QUrl>
 
+#include <cstdio>
+
 namespace {
 
 // The observer's callbacks, with the byte count sent on to a separate progress observer when
@@ -29,7 +31,7 @@ private:
 }  // namespace
 
 HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
-                 IByteProgressObserver* progress, CAtlString* reason)
+                 IByteProgressObserver* progress, CAtlString* reason, const FetchControl* control)
 {
     FetchConnection connection(progress);
     if (proxyObserver) {
@@ -40,10 +42,22 @@ HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyO
                         &IProxyObserver::ReadProgress);
     }
     QtDownloader downloader;
+    if (control) {
+        downloader.SetAbortCheck(control->aborted);
+        downloader.SetConsoleLines(control->consoleLines);
+    }
     const HRESULT hr = downloader.Download(url, localFile, &connection);
     if (reason)
         *reason = CAtlString(downloader.GetFailureReason());
     return hr;
+}
+
+void PrintConsoleLines(const QByteArray& lines)
+{
+    if (lines.isEmpty())
+        return;
+    std::fputs(lines.constData(), stdout);
+    std::fflush(stdout);
 }
 
 CZoltaFilePath FetchToTempFile(const CAtlString& url, IProxyObserver* proxyObserver)

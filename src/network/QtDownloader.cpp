@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QStorageInfo>
+#include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
@@ -143,6 +144,10 @@ HRESULT QtDownloader::Download(const CAtlString& url, const CZoltaFilePath& loca
     QFile file(localFile.ToQString());
 
     for (;;) {
+        if (Aborted()) {
+            m_failureReason = QStringLiteral("Cancelled");
+            return E_ABORT;
+        }
         if (file.exists())
             file.remove();
         m_finished = false;
@@ -180,6 +185,13 @@ HRESULT QtDownloader::Download(const CAtlString& url, const CZoltaFilePath& loca
             m_http = nullptr;
         }
 
+        if (m_aborted) {
+            // Nothing of a stopped transfer stays.
+            file.close();
+            file.remove();
+            m_failureReason = QStringLiteral("Cancelled");
+            return E_ABORT;
+        }
         if (m_status == kProxyAuthenticationRequired) {
             file.close();
             if (m_connection->Authenticate(m_connection->host, m_connection->port, user, password))
@@ -224,7 +236,19 @@ HRESULT QtDownloader::Download(const CAtlString& url, const CZoltaFilePath& loca
 void QtDownloader::Wait()
 {
     QtEventLoopWorkaround pump;
-    pump.PumpWhileIdleAllows([this] { return m_finished || TooSlow(); }, m_timeLeft);
+    // Wakes the wait often enough that a stop from outside takes effect at once.
+    QTimer abortPoll;
+    if (m_abortCheck) {
+        connect(&abortPoll, &QTimer::timeout, this, &QtDownloader::DummySlot);
+        abortPoll.start(kAbortPollMs);
+    }
+    pump.PumpWhileIdleAllows([this] { return m_finished || TooSlow() || Aborted(); }, m_timeLeft);
+}
+
+bool QtDownloader::Aborted()
+{
+    m_aborted = m_abortCheck && m_abortCheck();
+    return m_aborted;
 }
 
 bool QtDownloader::TooSlow()
@@ -247,8 +271,12 @@ void QtDownloader::OnRequestFinished(int id, bool error)
         if (m_requestError.isEmpty())
             m_requestError = QStringLiteral("The request failed");
         const QByteArray line = m_http->ErrorString().toLocal8Bit() + '\n';
-        std::fputs(line.constData(), stdout);
-        std::fflush(stdout);
+        if (m_consoleLines) {
+            m_consoleLines->append(line);
+        } else {
+            std::fputs(line.constData(), stdout);
+            std::fflush(stdout);
+        }
     }
     if (id == m_requestId)
         m_finished = true;

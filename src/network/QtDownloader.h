@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <deque>
+#include <functional>
 #include <utility>
 
 class QFile;
@@ -27,7 +28,8 @@ class QUrl;
 // than 1,024 bytes arrive in any 60 seconds (a trickle that is never quite idle). A body stops at
 // its Content-Length; one without a length stops when the disk's free space falls below a margin.
 // A transfer cut short fails, and what it left is removed. A 407 asks the connection for
-// credentials and goes round again for as long as it hands out new ones.
+// credentials and goes round again for as long as it hands out new ones. A fetch running beside
+// others can be stopped from outside at once, and can keep its console lines for later.
 class QtDownloader : public QObject
 {
     Q_OBJECT
@@ -57,6 +59,13 @@ public:
 
     void SetLimits(const Limits& limits) { m_limits = limits; }
 
+    // Asked every few milliseconds while the fetch waits: true stops it at once, its file removed,
+    // with 0x80004004.
+    static constexpr int kAbortPollMs = 20;
+    void SetAbortCheck(std::function<bool()> aborted) { m_abortCheck = std::move(aborted); }
+    // The lines the fetch would print on standard output go here instead, when given.
+    void SetConsoleLines(QByteArray* lines) { m_consoleLines = lines; }
+
 public slots:
     void OnRequestFinished(int id, bool error);
     void OnResponseHeaderReceived(int status);
@@ -74,6 +83,7 @@ private:
     // Empty while the body may go on; else why it may not.
     QString CheckSpace(const QString& localFile, qint64 bodyBytes, qint64 contentLength) const;
     HRESULT Fail(QFile& file, HRESULT result, const QString& reason);
+    bool Aborted();
 
     ConnectionInfoBase* m_connection = nullptr;
     HttpGetRequest* m_http = nullptr;
@@ -85,6 +95,9 @@ private:
     QString m_failureReason;
     QString m_requestError;
     bool m_tooSlow = false;
+    std::function<bool()> m_abortCheck;
+    bool m_aborted = false;
+    QByteArray* m_consoleLines = nullptr;
     QElapsedTimer m_clock;
     std::deque<std::pair<qint64, qint64>> m_received;  // (ms since the request, body bytes) samples
 };

@@ -2,6 +2,7 @@
 #include "CConfiguration.h"
 #include "CWorkFlow.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QApplication>
 #include <QDir>
@@ -14,10 +15,7 @@
 
 namespace {
 
-CAtlString S(const wchar_t* text)
-{
-    return CAtlString(text);
-}
+using curatool::test::W;
 
 std::string UsageText()
 {
@@ -75,12 +73,12 @@ TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
            "-destination", "d", "-c", "a1", "-c", "a2", "-c", "a1", "x", "-remote", "--allowdownload", "\\verbose",
            "-authorized", "-overrideproxy"});
     const CCmdLineContext& c = factory.Context();
-    EXPECT_EQ(S(L"de"), c.locale);
-    EXPECT_EQ(S(L"p:1"), c.proxy);
-    EXPECT_EQ(S(L"u"), c.username);
-    EXPECT_EQ(S(L"pw"), c.password);
+    EXPECT_EQ(W(L"de"), c.locale);
+    EXPECT_EQ(W(L"p:1"), c.proxy);
+    EXPECT_EQ(W(L"u"), c.username);
+    EXPECT_EQ(W(L"pw"), c.password);
     EXPECT_EQ(QStringLiteral("/media/Disc Ü"), c.source.ToQString());
-    EXPECT_EQ(S(L"d"), c.destination);
+    EXPECT_EQ(W(L"d"), c.destination);
     EXPECT_EQ(3u, c.categoryAliases.size());
     EXPECT_EQ(1u, c.defaultParams.size());
     EXPECT_TRUE(c.remote && c.allowDownload && c.verbose && c.authorized && c.overrideProxy);
@@ -110,24 +108,6 @@ TEST_F(Factory, CommandLineActionsDropPrivilegesWindowBasedOnesKeepThem)
     }
 }
 
-TEST_F(Factory, UsageTextTokensAreNotOptions)
-{
-    Parse({"--dowloadall", "--dowloadsome", "-INSTALLALL"});
-    EXPECT_EQ((Strings{L"Unknown: \"dowloadall\"", L"Unknown: \"dowloadsome\"", L"Unknown: \"INSTALLALL\""}),
-              Errors());
-    EXPECT_TRUE(factory.WantsElevation()) << "nothing chose an action: still the window-based run";
-}
-
-TEST_F(Factory, ComplaintsFollowTheOrderOfTheNameMaps)
-{
-    Parse({"--uninstall", "--register", "--installall", "-guid", "a", "-guid", "b", "-configuration", "c",
-           "--waitforcd"});
-    EXPECT_EQ((Strings{L"Illegal: \"configuration\"", L"Illegal: \"guid\"", L"Illegal: \"installall\"",
-                       L"Illegal: \"register\"", L"Illegal: \"waitforcd\""}),
-              Errors());
-    EXPECT_FALSE(factory.WantsElevation()) << "the usage text is a console run";
-}
-
 TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
 {
     const std::string dir = curatool::test::MakeScratchDir("factory-cwd");
@@ -138,7 +118,7 @@ TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
 
     EXPECT_EQ(QString::fromStdString(dir) + "/no-such-collection", factory.Context().configurationPath.ToQString());
     EXPECT_TRUE(factory.Context().errors.empty()) << "a failed load records no message";
-    EXPECT_FALSE(factory.LoadConfigurationPath(S(L"/no/such/place")));
+    EXPECT_FALSE(factory.LoadConfigurationPath(W(L"/no/such/place")));
 }
 
 TEST_F(Factory, LoadedCollectionAddsItsStyleSheetToTheDefault)

@@ -1,7 +1,4 @@
-#include "CGalleryCategory.h"
 #include "CLIProgress.h"
-
-#include <tinyxml2.h>
 
 #include <gtest/gtest.h>
 
@@ -80,22 +77,6 @@ TEST(CLIProgress, EachFailureIsOneLineOnStandardErrorWithItsReasonAndIsCounted)
     progress.Progress(eGalleryInstallationProgressFailed, nullptr, L"b.zip", 100, 20);  // no reason of its own
     EXPECT_EQ("Failed: a\\x1B.zip: HTTP status 404\nFailed: b.zip\n", testing::internal::GetCapturedStderr());
     EXPECT_EQ(2, progress.GetFailedCount());
-}
-
-TEST(CLIProgress, ARealCategoryIsNamedByItsTitle)
-{
-    tinyxml2::XMLDocument document;
-    ASSERT_EQ(tinyxml2::XML_SUCCESS,
-              document.Parse("<c id=\"animals\" version=\"1.0\"><title><t language=\"en\">Animals</t></title>"
-                             "<files/></c>"));
-    CGalleryCategory category;
-    ASSERT_GE(category.Read(*document.RootElement(), CGalleryInstalledRecords()), 0);
-
-    CLIProgress progress;
-    progress.SetVerbose(true);
-    testing::internal::CaptureStdout();
-    progress.Progress(eGalleryInstallationProgressInstalling, &category, L"animals/lion.gallery", 100, 12);
-    EXPECT_EQ("Installing:  \t[12%] (Animals) animals/lion.gallery\n", testing::internal::GetCapturedStdout());
 }
 
 }  // namespace

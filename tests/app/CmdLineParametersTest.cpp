@@ -1,14 +1,12 @@
 #include "CCmdLineContext.h"
 #include "CmdLineParameters.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-CAtlString S(const wchar_t* text)
-{
-    return CAtlString(text);
-}
+using curatool::test::W;
 
 CWorkFlowFunction Returning(int code)
 {
@@ -31,16 +29,16 @@ TEST(CmdLineParameters, ValuesAreStoredUnchangedFlagsIgnoreThemAndNoneComplains)
     CMultiValueParameter multiParam(&values);
     CFlagParameter flagParam(&flag);
 
-    EXPECT_TRUE(stringParam.Process(S(L"proxy"), S(L"host:8080")));
-    EXPECT_TRUE(pathParam.Process(S(L"source"), S(L"/media/disc one/../x")));
-    EXPECT_TRUE(stringParam.Process(S(L"proxy"), S(L"other:1")));  // the last one stands
+    EXPECT_TRUE(stringParam.Process(W(L"proxy"), W(L"host:8080")));
+    EXPECT_TRUE(pathParam.Process(W(L"source"), W(L"/media/disc one/../x")));
+    EXPECT_TRUE(stringParam.Process(W(L"proxy"), W(L"other:1")));  // the last one stands
     for (const wchar_t* v : {L"b", L"a", L"b", L""})
-        EXPECT_TRUE(multiParam.Process(S(L"c"), S(v)));  // in order, duplicates kept
-    EXPECT_TRUE(flagParam.Process(S(L"verbose"), S(L"no")));
+        EXPECT_TRUE(multiParam.Process(W(L"c"), W(v)));  // in order, duplicates kept
+    EXPECT_TRUE(flagParam.Process(W(L"verbose"), W(L"no")));
 
-    EXPECT_EQ(S(L"other:1"), text);
-    EXPECT_EQ(S(L"/media/disc one/../x"), path);
-    EXPECT_EQ((std::vector<CAtlString>{S(L"b"), S(L"a"), S(L"b"), S(L"")}), values);
+    EXPECT_EQ(W(L"other:1"), text);
+    EXPECT_EQ(W(L"/media/disc one/../x"), path);
+    EXPECT_EQ((std::vector<CAtlString>{W(L"b"), W(L"a"), W(L"b"), W(L"")}), values);
     EXPECT_TRUE(flag);
     for (const ICmdLineParam* param : {static_cast<ICmdLineParam*>(&stringParam), static_cast<ICmdLineParam*>(&pathParam),
                                        static_cast<ICmdLineParam*>(&multiParam), static_cast<ICmdLineParam*>(&flagParam)})
@@ -59,13 +57,13 @@ TEST_F(ActionFixture, ElevatingActionRaisesTheFlagAgainAndARefusedOneChangesNoth
     elevation = false;
     CActionParameter justUpdated(&actionChosen, &elevation, true, &runner, Returning(5));
     CActionParameter install(&actionChosen, &elevation, false, &runner, Returning(11));
-    EXPECT_TRUE(justUpdated.Process(S(L"justupdated"), S(L"")));
+    EXPECT_TRUE(justUpdated.Process(W(L"justupdated"), W(L"")));
     EXPECT_TRUE(elevation);
     EXPECT_TRUE(justUpdated.GetError().IsEmpty());
 
-    EXPECT_TRUE(install.Process(S(L"installall"), S(L"")));
+    EXPECT_TRUE(install.Process(W(L"installall"), W(L"")));
     EXPECT_TRUE(elevation) << "a refused action must not change the elevation";
-    EXPECT_EQ(S(L"Illegal: \"installall\""), install.GetError());
+    EXPECT_EQ(W(L"Illegal: \"installall\""), install.GetError());
     EXPECT_EQ(5, Call(runner));
 }
 
@@ -73,8 +71,8 @@ TEST_F(ActionFixture, NonExclusiveActionAlwaysRebinds)
 {
     CActionParameter first(&actionChosen, &elevation, true, &runner, Returning(1));
     CActionParameter usage(&actionChosen, &elevation, false, &runner, Returning(666), false);
-    first.Process(S(L"waitforcd"), S(L""));
-    usage.Process(S(L"x"), S(L""));
+    first.Process(W(L"waitforcd"), W(L""));
+    usage.Process(W(L"x"), W(L""));
     EXPECT_EQ(666, Call(runner));
     EXPECT_FALSE(elevation);
     EXPECT_TRUE(usage.GetError().IsEmpty());
@@ -86,54 +84,46 @@ TEST(CmdLineParameters, ValueActionRunsOnceAndSharesItsUseWithItsPartner)
     std::vector<CAtlString> loaded;
     auto load = [&](const CAtlString& value) {
         loaded.push_back(value);
-        return value == S(L"good");
+        return value == W(L"good");
     };
     CValueActionParameter configuration(load, &used);
     CValueActionParameter guid(load, &used);
 
-    EXPECT_FALSE(guid.Process(S(L"guid"), S(L"bad"))) << "the action's result is passed on";
+    EXPECT_FALSE(guid.Process(W(L"guid"), W(L"bad"))) << "the action's result is passed on";
     EXPECT_TRUE(used);
     EXPECT_TRUE(guid.GetError().IsEmpty()) << "a failed load records no message";
 
-    EXPECT_TRUE(configuration.Process(S(L"configuration"), S(L"good")));
-    EXPECT_TRUE(guid.Process(S(L"guid"), S(L"good")));
+    EXPECT_TRUE(configuration.Process(W(L"configuration"), W(L"good")));
+    EXPECT_TRUE(guid.Process(W(L"guid"), W(L"good")));
     ASSERT_EQ(1u, loaded.size()) << "only the first use runs the action";
-    EXPECT_EQ(S(L"bad"), loaded[0]);
-    EXPECT_EQ(S(L"Illegal: \"configuration\""), configuration.GetError());
-    EXPECT_EQ(S(L"Illegal: \"guid\""), guid.GetError());
+    EXPECT_EQ(W(L"bad"), loaded[0]);
+    EXPECT_EQ(W(L"Illegal: \"configuration\""), configuration.GetError());
+    EXPECT_EQ(W(L"Illegal: \"guid\""), guid.GetError());
 }
 
 TEST(CmdLineParameters, ValueActionWithoutActionRefuses)
 {
     bool used = false;
     CValueActionParameter empty(CValueActionParameter::Action(), &used);
-    EXPECT_FALSE(empty.Process(S(L"guid"), S(L"x")));
+    EXPECT_FALSE(empty.Process(W(L"guid"), W(L"x")));
     EXPECT_FALSE(used);
 }
 
-struct ErrorFixture : testing::Test
+TEST(CmdLineParameters, ErrorParameterRewritesEachReservedNameIntoItsMessage)
 {
-    bool ownChosen = false;
-    bool elevation = true;
+    bool chosen = false, elevation = true;
     std::vector<CAtlString> errors;
     CWorkFlowFunction runner = Returning(0);
-    CErrorParameter error{&ownChosen, &elevation, &runner, Returning(666), &errors};
-};
-
-TEST_F(ErrorFixture, RewritesEachReservedNameIntoItsMessage)
-{
-    error.Process(S(CmdLineReserved::ParamNoValue), S(L"destination"));
-    error.Process(S(CmdLineReserved::UnknownParam), S(L"foo"));
-    error.Process(S(CmdLineReserved::DefaultParam), S(L"stray"));
-    error.Process(S(CmdLineReserved::GenericError), S(L"Illegal: \"guid\""));
-    error.Process(S(CmdLineReserved::UnknownParam), S(L""));
-
-    ASSERT_EQ(5u, errors.size());
-    EXPECT_EQ(S(L"Missing value: \"destination\""), errors[0]);
-    EXPECT_EQ(S(L"Unknown: \"foo\""), errors[1]);
-    EXPECT_EQ(S(L"Ignored: \"stray\""), errors[2]);
-    EXPECT_EQ(S(L"Illegal: \"guid\""), errors[3]);
-    EXPECT_EQ(S(L"Unknown: \"\""), errors[4]);
+    CErrorParameter error(&chosen, &elevation, &runner, Returning(666), &errors);
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+        {CmdLineReserved::ParamNoValue, L"destination"}, {CmdLineReserved::UnknownParam, L"foo"},
+        {CmdLineReserved::DefaultParam, L"stray"}, {CmdLineReserved::GenericError, L"Illegal: \"guid\""},
+        {CmdLineReserved::UnknownParam, L""}};
+    for (const auto& [name, value] : cases)
+        error.Process(W(name), W(value));
+    EXPECT_EQ((std::vector<CAtlString>{W(L"Missing value: \"destination\""), W(L"Unknown: \"foo\""),
+                                       W(L"Ignored: \"stray\""), W(L"Illegal: \"guid\""), W(L"Unknown: \"\"")}),
+              errors);
     EXPECT_TRUE(error.GetError().IsEmpty());
 }
 

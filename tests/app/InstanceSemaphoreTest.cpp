@@ -28,21 +28,6 @@ TEST(InstanceSemaphore, OneHolderPerPathAtATime)
     EXPECT_TRUE(elsewhere.IsLocked()) << "another program file is another lock";
 }
 
-TEST(InstanceSemaphore, ReleasedLockCanBeTakenAgain)
-{
-    const std::string path = LockFile();
-    {
-        CInstanceSemaphore first(path.c_str(), 0x71);
-        ASSERT_TRUE(first.IsLocked());
-    }
-    CInstanceSemaphore again(path.c_str(), 0x71);
-    EXPECT_TRUE(again.IsLocked());
-    again.Release();
-    EXPECT_FALSE(again.IsLocked());
-    CInstanceSemaphore third(path.c_str(), 0x71);
-    EXPECT_TRUE(third.IsLocked());
-}
-
 TEST(InstanceSemaphore, MissingProgramFileGivesNoLock)
 {
     CInstanceSemaphore lock("/no/such/program/anywhere", 0x71);

@@ -67,15 +67,15 @@ TEST(CollectionFile, ZippedCollectionLoadsFromAFolderThatDiesWithTheConfiguratio
     std::string unpacked;
     {
         CConfiguration configuration;
-        ASSERT_TRUE(configuration.OpenCollectionFile(Wide(archive)));
+        ASSERT_TRUE(configuration.OpenCollectionFile(W(archive)));
         EXPECT_FALSE(configuration.IsStored());
-        EXPECT_EQ(fs::path(archive).parent_path().string(), Narrow(configuration.GetCollectionLocation()));
-        EXPECT_EQ("Zipped", Narrow(configuration.GetGallery()->GetName()));
+        EXPECT_EQ(fs::path(archive).parent_path().string(), U(configuration.GetCollectionLocation()));
+        EXPECT_EQ("Zipped", U(configuration.GetGallery()->GetName()));
         EXPECT_EQ(2u, configuration.GetGallery()->GetCategories().size());
-        unpacked = Narrow(configuration.GetDirectory().GetPath());
+        unpacked = U(configuration.GetDirectory().GetPath());
         EXPECT_EQ((std::vector<std::string>{unpacked}), UnpackedFolders());
         EXPECT_EQ(0u, unpacked.rfind(std::getenv("TMPDIR"), 0));
-        EXPECT_EQ("<p>about</p>", ReadFile(Narrow(configuration.ResolvePath(configuration.GetApplication()->GetAbout()))));
+        EXPECT_EQ("<p>about</p>", ReadFile(U(configuration.ResolvePath(configuration.GetApplication()->GetAbout()))));
 
         ASSERT_TRUE(configuration.StoreConfiguration());
         EXPECT_EQ("catalogue", ReadFile(ConfigurationsFolder() + "/Zip Org/Zipped/Languages/de/CuratoolId.qm"));
@@ -90,13 +90,13 @@ TEST(CollectionFile, OpeningAnotherCollectionDropsThePreviousOne)
     CollectionFiles outer = CompleteCollection("Org", "Outer", "guid-outer");
     outer.others["inner/Inner.gallerycollection"] = ReadFile(GoodArchive("Inner.gallerycollection", "Inner"));
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(Pack(WriteCollection("outer", outer), "Outer.gallerycollection"))));
-    const std::string first = Narrow(configuration.GetDirectory().GetPath());
-    ASSERT_TRUE(configuration.OpenCollectionFile(Wide(first + "/inner/Inner.gallerycollection")));
+    ASSERT_TRUE(configuration.OpenCollectionFile(W(Pack(WriteCollection("outer", outer), "Outer.gallerycollection"))));
+    const std::string first = U(configuration.GetDirectory().GetPath());
+    ASSERT_TRUE(configuration.OpenCollectionFile(W(first + "/inner/Inner.gallerycollection")));
     // The first folder went before the second was made, so its name may well be taken again.
-    EXPECT_EQ((std::vector<std::string>{Narrow(configuration.GetDirectory().GetPath())}), UnpackedFolders());
-    EXPECT_TRUE(first == Narrow(configuration.GetDirectory().GetPath()) || !Exists(first));
-    EXPECT_EQ("Inner", Narrow(configuration.GetGallery()->GetName()));
+    EXPECT_EQ((std::vector<std::string>{U(configuration.GetDirectory().GetPath())}), UnpackedFolders());
+    EXPECT_TRUE(first == U(configuration.GetDirectory().GetPath()) || !Exists(first));
+    EXPECT_EQ("Inner", U(configuration.GetGallery()->GetName()));
     configuration.Reset();
     EXPECT_TRUE(UnpackedFolders().empty());
     EXPECT_FALSE(configuration.IsLoaded());
@@ -125,12 +125,12 @@ TEST(CollectionFile, BadArchivesAndOtherExtensionsFailAndLeaveNoTemporaryFolder)
     for (const auto& [name, content] : archives) {
         WriteFile(folder + "/" + name, content);
         CConfiguration configuration;
-        EXPECT_FALSE(configuration.OpenCollectionFile(Wide(folder + "/" + name))) << name;
+        EXPECT_FALSE(configuration.OpenCollectionFile(W(folder + "/" + name))) << name;
         EXPECT_FALSE(configuration.IsLoaded()) << name;
         EXPECT_TRUE(UnpackedFolders().empty()) << name;
     }
     CConfiguration configuration;
-    EXPECT_FALSE(configuration.OpenCollectionFile(Wide(folder + "/absent.gallerycollection")));
+    EXPECT_FALSE(configuration.OpenCollectionFile(W(folder + "/absent.gallerycollection")));
 }
 
 TEST(CollectionFile, EntryNamesThatClimbOutStayInside)
@@ -154,7 +154,7 @@ TEST(CollectionFile, EntryNamesThatClimbOutStayInside)
 
     {
         CConfiguration configuration;
-        configuration.OpenCollectionFile(Wide(archive));
+        configuration.OpenCollectionFile(W(archive));
     }
     EXPECT_FALSE(AnywhereBelow(ScratchRoot(), "escaped-entry.txt"));
     EXPECT_FALSE(Exists("/tmp/escaped-absolute-entry.txt"));
@@ -165,15 +165,15 @@ TEST(CollectionFile, BundledSampleLoadsInBothForms)
 {
     const std::string sample = std::string(CURATOOL_SOURCE_DIR) + "/samples/collection";
     CConfiguration directory;
-    ASSERT_TRUE(directory.OpenCollectionDirectory(Wide(sample)));
+    ASSERT_TRUE(directory.OpenCollectionDirectory(W(sample)));
     CConfiguration packed;
-    ASSERT_TRUE(packed.OpenCollectionFile(Wide(Pack(sample, "Sample.gallerycollection"))));
+    ASSERT_TRUE(packed.OpenCollectionFile(W(Pack(sample, "Sample.gallerycollection"))));
     for (const CConfiguration* configuration : {&directory, &packed}) {
-        EXPECT_EQ("ZOLTA Sample Collection", Narrow(configuration->GetApplication()->GetTitle()));
-        EXPECT_EQ(Narrow(configuration->GetGallery()->GetGUID()), Narrow(configuration->GetMetaData()->Identifier()));
+        EXPECT_EQ("ZOLTA Sample Collection", U(configuration->GetApplication()->GetTitle()));
+        EXPECT_EQ(U(configuration->GetGallery()->GetGUID()), U(configuration->GetMetaData()->Identifier()));
         EXPECT_EQ(3u, configuration->GetGallery()->GetCategories().size());
         for (const CZoltaFilePath& file : configuration->GetFileList()->GetFiles())
-            EXPECT_TRUE(file.Exists()) << Narrow(file.GetPath());
+            EXPECT_TRUE(file.Exists()) << U(file.GetPath());
     }
     EXPECT_EQ(6u, directory.GetFileList()->GetFiles().size());
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CAtlString.h"
+#include "TestText.h"
 
 #include <QString>
 
@@ -8,16 +8,6 @@
 #include <string>
 
 namespace curatool::test {
-
-inline CAtlString Wide(const std::string& text)
-{
-    return CAtlString(QString::fromStdString(text));
-}
-
-inline std::string Narrow(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
 
 // The texts of one collection directory: configuration.xml, metadata.xml and any other file.
 struct CollectionFiles

@@ -29,14 +29,14 @@ std::string CollectionWith(const std::string& configuration)
 bool Loads(const std::string& configuration)
 {
     CConfiguration loaded;
-    return loaded.OpenCollectionDirectory(Wide(CollectionWith(configuration)));
+    return loaded.OpenCollectionDirectory(W(CollectionWith(configuration)));
 }
 
 std::vector<std::string> Relative(const std::vector<CZoltaFilePath>& files, const std::string& base)
 {
     std::vector<std::string> names;
     for (const CZoltaFilePath& file : files)
-        names.push_back(Narrow(file.GetPath()).substr(base.size() + 1));
+        names.push_back(U(file.GetPath()).substr(base.size() + 1));
     return names;
 }
 
@@ -50,33 +50,33 @@ TEST(ConfigurationRead, CompleteCollectionFillsEveryRecord)
     const CConfiguration* seen = nullptr;
     configuration.SetLoadedCallback([&](CConfiguration const* loaded) { ++callbacks; seen = loaded; });
 
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(folder)));
     EXPECT_TRUE(configuration.IsLoaded());
     EXPECT_EQ(1, callbacks);
     EXPECT_EQ(&configuration, seen);
     EXPECT_FALSE(configuration.IsStored());
 
     const auto application = configuration.GetApplication();
-    EXPECT_EQ("Sample Setup", Narrow(application->GetTitle()));
-    EXPECT_EQ("texts/about.html", Narrow(application->GetAbout()));
-    EXPECT_EQ("texts/splash.html", Narrow(application->GetSplashText()));
+    EXPECT_EQ("Sample Setup", U(application->GetTitle()));
+    EXPECT_EQ("texts/about.html", U(application->GetAbout()));
+    EXPECT_EQ("texts/splash.html", U(application->GetSplashText()));
     EXPECT_EQ(12, application->GetTextOffsetX());
     EXPECT_EQ(-7, application->GetTextOffsetY());
     EXPECT_TRUE(application->GetShowText());
     EXPECT_TRUE(application->GetPathOverride().IsEmpty());
-    EXPECT_EQ(folder + "/style.qss", Narrow(configuration.GetStyleSheetPath()));
-    EXPECT_EQ("ZOLTA Technologies Inc.", Narrow(configuration.GetOrganization()->GetName()));
-    EXPECT_EQ("images/logo.png", Narrow(configuration.GetOrganization()->GetLogo()));
+    EXPECT_EQ(folder + "/style.qss", U(configuration.GetStyleSheetPath()));
+    EXPECT_EQ("ZOLTA Technologies Inc.", U(configuration.GetOrganization()->GetName()));
+    EXPECT_EQ("images/logo.png", U(configuration.GetOrganization()->GetLogo()));
 
     const auto gallery = configuration.GetGallery();
-    EXPECT_EQ("guid-1", Narrow(gallery->GetGUID()));
-    EXPECT_EQ("http://example.invalid/data", Narrow(gallery->GetDefaultSource()));
-    EXPECT_EQ("Sample", Narrow(gallery->GetName()));
+    EXPECT_EQ("guid-1", U(gallery->GetGUID()));
+    EXPECT_EQ("http://example.invalid/data", U(gallery->GetDefaultSource()));
+    EXPECT_EQ("Sample", U(gallery->GetName()));
     ASSERT_EQ(2u, gallery->GetCategories().size());
-    EXPECT_EQ("guid-animals", Narrow(gallery->GetCategories().begin()->second));
-    EXPECT_EQ("Sample", Narrow(configuration.GetMetaData()->Title(Wide("en"))));
-    EXPECT_EQ("1.0.0.0", Narrow(configuration.GetDocumentVersion().ToString()));
-    EXPECT_EQ(folder, Narrow(configuration.GetDirectory().GetPath()));
+    EXPECT_EQ("guid-animals", U(gallery->GetCategories().begin()->second));
+    EXPECT_EQ("Sample", U(configuration.GetMetaData()->Title(W("en"))));
+    EXPECT_EQ("1.0.0.0", U(configuration.GetDocumentVersion().ToString()));
+    EXPECT_EQ(folder, U(configuration.GetDirectory().GetPath()));
 
     // The file list follows the reading order, directories apart.
     const auto files = configuration.GetFileList();
@@ -84,7 +84,7 @@ TEST(ConfigurationRead, CompleteCollectionFillsEveryRecord)
                                         "extra/readme.txt", "images/logo.png", "metadata.xml"}),
               Relative(files->GetFiles(), folder));
     ASSERT_EQ(1u, files->GetDirectories().size());
-    EXPECT_EQ(folder + "/Languages", Narrow(files->GetDirectories()[0].GetPath()));
+    EXPECT_EQ(folder + "/Languages", U(files->GetDirectories()[0].GetPath()));
 }
 
 TEST(ConfigurationRead, FailedLoadKeepsWhatWasReadButIsNotLoaded)
@@ -94,19 +94,19 @@ TEST(ConfigurationRead, FailedLoadKeepsWhatWasReadButIsNotLoaded)
     CConfiguration configuration;
     int callbacks = 0;
     configuration.SetLoadedCallback([&](CConfiguration const*) { ++callbacks; });
-    EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(WriteCollection("nometa", files))));
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(W(WriteCollection("nometa", files))));
     EXPECT_FALSE(configuration.IsLoaded());
     EXPECT_EQ(0, callbacks);
-    EXPECT_EQ("NoMeta", Narrow(configuration.GetGallery()->GetName()));
-    EXPECT_EQ("Org", Narrow(configuration.GetOrganization()->GetName()));
-    EXPECT_EQ("NoMeta Setup", Narrow(configuration.GetApplication()->GetTitle()));
+    EXPECT_EQ("NoMeta", U(configuration.GetGallery()->GetName()));
+    EXPECT_EQ("Org", U(configuration.GetOrganization()->GetName()));
+    EXPECT_EQ("NoMeta Setup", U(configuration.GetApplication()->GetTitle()));
 
     // A missing required element fails the load, but the ones read before it stay.
     CConfiguration partial;
     EXPECT_FALSE(partial.OpenCollectionDirectory(
-        Wide(CollectionWith(ConfigurationDocument("", MinimalApplication, "", MinimalGallery())))));
-    EXPECT_EQ("Gal", Narrow(partial.GetGallery()->GetName()));
-    EXPECT_EQ("T", Narrow(partial.GetApplication()->GetTitle()));
+        W(CollectionWith(ConfigurationDocument("", MinimalApplication, "", MinimalGallery())))));
+    EXPECT_EQ("Gal", U(partial.GetGallery()->GetName()));
+    EXPECT_EQ("T", U(partial.GetApplication()->GetTitle()));
 }
 
 TEST(ConfigurationRead, WhichDocumentsLoad)
@@ -143,23 +143,23 @@ TEST(ConfigurationRead, WhichDocumentsLoad)
         EXPECT_EQ(loads, Loads(text)) << text;
 
     CConfiguration configuration;
-    EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(MakeScratchDir("empty"))));
-    EXPECT_FALSE(configuration.OpenCollectionDirectory(Wide(MakeScratchDir("gone") + "/absent")));
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(W(MakeScratchDir("empty"))));
+    EXPECT_FALSE(configuration.OpenCollectionDirectory(W(MakeScratchDir("gone") + "/absent")));
     EXPECT_FALSE(configuration.OpenCollectionDirectory(CAtlString()));
 }
 
 TEST(ConfigurationRead, CategoriesNeedBothIdsAndALaterShortIdWins)
 {
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
         "", MinimalApplication, MinimalOrganization,
         MinimalGallery("<Category ShortID=\"a\" GUID=\"first\"/><Category ShortID=\"b\"/>"
                        "<Category GUID=\"orphan\"/><Category ShortID=\"\" GUID=\"x\"/>"
                        "<Category ShortID=\"a\" GUID=\"second\"/>"))))));
     const auto& categories = configuration.GetGallery()->GetCategories();
     ASSERT_EQ(1u, categories.size());
-    EXPECT_EQ("a", Narrow(categories.begin()->first));
-    EXPECT_EQ("second", Narrow(categories.begin()->second));
+    EXPECT_EQ("a", U(categories.begin()->first));
+    EXPECT_EQ("second", U(categories.begin()->second));
 }
 
 TEST(ConfigurationRead, ShowTextIsTrueOnlyForExactlyTrue)
@@ -167,7 +167,7 @@ TEST(ConfigurationRead, ShowTextIsTrueOnlyForExactlyTrue)
     for (const auto& [value, expected] : std::vector<std::pair<std::string, bool>>{
              {"true", true}, {"TRUE", false}, {"True", false}, {"1", false}, {"", false}}) {
         CConfiguration configuration;
-        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
             "", "<SplashScreen ShowText=\"" + value + "\"/>", MinimalOrganization, MinimalGallery())))));
         EXPECT_EQ(expected, configuration.GetApplication()->GetShowText()) << value;
     }
@@ -179,15 +179,15 @@ TEST(ConfigurationRead, MissingOptionalElementsLeaveFieldsAsTheyWere)
         "", "<Title Value=\"First\"/><SplashScreen TextOffset_X=\"5\" ShowText=\"true\"/>", MinimalOrganization,
         MinimalGallery()));
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(folder)));
     // The directory road does not reset: a second document only changes what it names.
     WriteFile(folder + "/configuration.xml",
               ConfigurationDocument("", "<PathOverride Value=\"Elsewhere\"/>", MinimalOrganization, MinimalGallery()));
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(folder)));
-    EXPECT_EQ("First", Narrow(configuration.GetApplication()->GetTitle()));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(folder)));
+    EXPECT_EQ("First", U(configuration.GetApplication()->GetTitle()));
     EXPECT_EQ(5, configuration.GetApplication()->GetTextOffsetX());
     EXPECT_TRUE(configuration.GetApplication()->GetShowText());
-    EXPECT_EQ("Elsewhere", Narrow(configuration.GetApplication()->GetPathOverride()));
+    EXPECT_EQ("Elsewhere", U(configuration.GetApplication()->GetPathOverride()));
 }
 
 TEST(ConfigurationLocation, ConfigurationDirectoryCleansNamesInstallDirectoryKeepsThem)
@@ -197,32 +197,32 @@ TEST(ConfigurationLocation, ConfigurationDirectoryCleansNamesInstallDirectoryKee
                                            {"A/B", "G&lt;a&gt;l:&quot;|?*\\", "/AB/Gal"},
                                            {"Org", "Gal", "/Org/Gal"}}) {
         CConfiguration configuration;
-        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
             "", MinimalApplication, c.organization.empty() ? "<Logo Value=\"\"/>" : "<Name Value=\"" + c.organization + "\"/>",
             "<Gallery GUID=\"g\" Name=\"" + c.gallery + "\"/>")))));
-        EXPECT_EQ(ConfigurationsFolder() + c.expected, Narrow(configuration.GetConfigurationDirectory().GetPath()));
+        EXPECT_EQ(ConfigurationsFolder() + c.expected, U(configuration.GetConfigurationDirectory().GetPath()));
     }
 
     // The default install directory keeps the names as they are and honours a path override.
     const std::string shared = std::string(std::getenv("CURATOOL_ROOT")) + "/usr/local/share/ZOLTA Scrivent Galleries";
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(
         ConfigurationDocument("", MinimalApplication, "<Name Value=\"A/B\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
-    EXPECT_EQ(shared + "/A/B/Gal", Narrow(configuration.DefaultInstallDirectory().GetPath()));
+    EXPECT_EQ(shared + "/A/B/Gal", U(configuration.DefaultInstallDirectory().GetPath()));
 
     CConfiguration overridden;
-    ASSERT_TRUE(overridden.OpenCollectionDirectory(Wide(CollectionWith(ConfigurationDocument(
+    ASSERT_TRUE(overridden.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
         "", "<PathOverride Value=\"Shared/Place\"/>", "<Name Value=\"Org\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
-    EXPECT_EQ(shared + "/Shared/Place", Narrow(overridden.DefaultInstallDirectory().GetPath()));
+    EXPECT_EQ(shared + "/Shared/Place", U(overridden.DefaultInstallDirectory().GetPath()));
 }
 
 TEST(ConfigurationWrite, WrittenFormReadsBackWithBareFileNames)
 {
     const std::string source = WriteCollection("write-source", CompleteCollection("Org", "Written", "guid-w"));
     CConfiguration original;
-    ASSERT_TRUE(original.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(original.OpenCollectionDirectory(W(source)));
     const std::string target = MakeScratchDir("write-target");
-    ASSERT_TRUE(original.WriteConfigurationXml(Wide(target + "/configuration.xml")));
+    ASSERT_TRUE(original.WriteConfigurationXml(W(target + "/configuration.xml")));
 
     const std::string written = ReadFile(target + "/configuration.xml");
     EXPECT_EQ(0u, written.find("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>"));
@@ -233,33 +233,33 @@ TEST(ConfigurationWrite, WrittenFormReadsBackWithBareFileNames)
 
     WriteFile(target + "/metadata.xml", MetaDataDocument("guid-w", "Written"));
     CConfiguration copy;
-    ASSERT_TRUE(copy.OpenCollectionDirectory(Wide(target)));
-    EXPECT_EQ("Written Setup", Narrow(copy.GetApplication()->GetTitle()));
-    EXPECT_EQ("about.html", Narrow(copy.GetApplication()->GetAbout()));
-    EXPECT_EQ("splash.html", Narrow(copy.GetApplication()->GetSplashText()));
-    EXPECT_EQ("style.qss", Narrow(copy.GetApplication()->GetStyleSheet()));
-    EXPECT_EQ("logo.png", Narrow(copy.GetOrganization()->GetLogo()));
+    ASSERT_TRUE(copy.OpenCollectionDirectory(W(target)));
+    EXPECT_EQ("Written Setup", U(copy.GetApplication()->GetTitle()));
+    EXPECT_EQ("about.html", U(copy.GetApplication()->GetAbout()));
+    EXPECT_EQ("splash.html", U(copy.GetApplication()->GetSplashText()));
+    EXPECT_EQ("style.qss", U(copy.GetApplication()->GetStyleSheet()));
+    EXPECT_EQ("logo.png", U(copy.GetOrganization()->GetLogo()));
     EXPECT_EQ(12, copy.GetApplication()->GetTextOffsetX());
     EXPECT_EQ(-7, copy.GetApplication()->GetTextOffsetY());
     EXPECT_TRUE(copy.GetApplication()->GetShowText());
     EXPECT_EQ(original.GetGallery()->GetCategories(), copy.GetGallery()->GetCategories());
-    EXPECT_EQ("guid-w", Narrow(copy.GetGallery()->GetGUID()));
-    EXPECT_EQ("http://example.invalid/data", Narrow(copy.GetGallery()->GetDefaultSource()));
-    EXPECT_EQ("1.0.0.0", Narrow(copy.GetDocumentVersion().GetText()));
+    EXPECT_EQ("guid-w", U(copy.GetGallery()->GetGUID()));
+    EXPECT_EQ("http://example.invalid/data", U(copy.GetGallery()->GetDefaultSource()));
+    EXPECT_EQ("1.0.0.0", U(copy.GetDocumentVersion().GetText()));
     EXPECT_TRUE(copy.GetFileList()->GetDirectories().empty());
 }
 
 TEST(ConfigurationWrite, OptionalPartsAreLeftOutWhenEmpty)
 {
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(CollectionWith(
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(
         ConfigurationDocument("", "<SplashScreen ShowText=\"no\"/>", "<Logo Value=\"\"/>", MinimalGallery())))));
     const std::string target = MakeScratchDir("write-minimal") + "/configuration.xml";
-    ASSERT_TRUE(configuration.WriteConfigurationXml(Wide(target)));
+    ASSERT_TRUE(configuration.WriteConfigurationXml(W(target)));
     const std::string written = ReadFile(target);
     EXPECT_NE(std::string::npos, written.find("<Title"));
     EXPECT_NE(std::string::npos, written.find("<SplashScreen"));
     for (const char* absent : {"ShowText", "<About", "<StyleSheet", "<PathOverride", "<Name", "<Logo", "<Category"})
         EXPECT_EQ(std::string::npos, written.find(absent)) << absent;
-    EXPECT_FALSE(configuration.WriteConfigurationXml(Wide(MakeScratchDir("write-fail") + "/absent/configuration.xml")));
+    EXPECT_FALSE(configuration.WriteConfigurationXml(W(MakeScratchDir("write-fail") + "/absent/configuration.xml")));
 }

@@ -18,7 +18,7 @@ const char* const RepositorySection = "Software\\ZOLTA Technologies Inc.\\Galler
 
 std::string ReadSetting(const std::string& guid, const char* key)
 {
-    return Narrow(CSettingsStore::ReadString(false, Wide(RepositorySection + guid), Wide(key), CAtlString()));
+    return U(CSettingsStore::ReadString(false, W(RepositorySection + guid), W(key), CAtlString()));
 }
 
 // Every path below `folder`, relative to it.
@@ -38,12 +38,12 @@ TEST(ConfigurationStore, CopiesEveryListedFileAndDirectoryIntoTheConfigurationFo
 {
     const std::string source = WriteCollection("store", CompleteCollection("Store Org", "Store:Gallery?", "guid-store"));
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(source)));
     ASSERT_TRUE(configuration.StoreConfiguration());
     EXPECT_FALSE(configuration.IsStored());
 
     const std::string stored = ConfigurationsFolder() + "/Store Org/StoreGallery";
-    EXPECT_EQ(stored, Narrow(configuration.GetConfigurationDirectory().GetPath()));
+    EXPECT_EQ(stored, U(configuration.GetConfigurationDirectory().GetPath()));
     EXPECT_EQ((std::set<std::string>{"configuration.xml", "metadata.xml", "about.html", "splash.html", "style.qss",
                                      "logo.png", "readme.txt", "Languages", "Languages/de", "Languages/de/CuratoolId.qm",
                                      "Languages/fr", "Languages/fr/CuratoolId.qm"}),
@@ -65,7 +65,7 @@ TEST(ConfigurationStore, MissingFilesFailTheStoreButTheRestIsCopied)
     files.others.erase("Languages/de/CuratoolId.qm");
     files.others.erase("Languages/fr/CuratoolId.qm");
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(WriteCollection("partial", files))));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(WriteCollection("partial", files))));
     EXPECT_FALSE(configuration.StoreConfiguration());
     const std::string stored = ConfigurationsFolder() + "/Org/Partial";
     EXPECT_TRUE(Exists(stored + "/about.html"));
@@ -77,17 +77,17 @@ TEST(ConfigurationStore, StoringTheStoredCopyUnderAnotherSpellingKeepsItsFiles)
 {
     const std::string source = WriteCollection("respelt", CompleteCollection("Spelt", "Respelt", "guid-respelt"));
     CConfiguration original;
-    ASSERT_TRUE(original.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(original.OpenCollectionDirectory(W(source)));
     ASSERT_TRUE(original.StoreConfiguration());
     const std::string stored = ConfigurationsFolder() + "/Spelt/Respelt";
     const std::string about = ReadFile(stored + "/about.html");
     ASSERT_FALSE(about.empty());
 
     // The written form is what makes the flat stored copy readable with its references.
-    ASSERT_TRUE(original.WriteConfigurationXml(Wide(stored + "/configuration.xml")));
+    ASSERT_TRUE(original.WriteConfigurationXml(W(stored + "/configuration.xml")));
     CConfiguration respelt;
-    ASSERT_TRUE(respelt.OpenCollectionDirectory(Wide(ConfigurationsFolder() + "/Spelt/../Spelt/Respelt")));
-    EXPECT_EQ(about, ReadFile(Narrow(respelt.ResolvePath(respelt.GetApplication()->GetAbout()))));
+    ASSERT_TRUE(respelt.OpenCollectionDirectory(W(ConfigurationsFolder() + "/Spelt/../Spelt/Respelt")));
+    EXPECT_EQ(about, ReadFile(U(respelt.ResolvePath(respelt.GetApplication()->GetAbout()))));
     respelt.StoreConfiguration();
     EXPECT_EQ(about, ReadFile(stored + "/about.html"));
     EXPECT_EQ(ReadFile(source + "/metadata.xml"), ReadFile(stored + "/metadata.xml"));
@@ -100,7 +100,7 @@ TEST(ConfigurationStore, NothingToStoreWithoutSourceOrGalleryName)
 
     CollectionFiles files = CompleteCollection("Nameless Org", "", "guid-noname");
     CConfiguration unnamed;
-    ASSERT_TRUE(unnamed.OpenCollectionDirectory(Wide(WriteCollection("noname", files))));
+    ASSERT_TRUE(unnamed.OpenCollectionDirectory(W(WriteCollection("noname", files))));
     EXPECT_FALSE(unnamed.StoreConfiguration());
     EXPECT_FALSE(Exists(ConfigurationsFolder() + "/Nameless Org"));
 }
@@ -109,7 +109,7 @@ TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
 {
     const std::string source = WriteCollection("register", CompleteCollection("Reg Org", "Registered", "guid-reg"));
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(source)));
     EXPECT_FALSE(configuration.Register());
     EXPECT_FALSE(configuration.Unregister());
     EXPECT_TRUE(ReadSetting("guid-reg", "ImsManifestXml").empty());
@@ -119,8 +119,8 @@ TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
     EXPECT_FALSE(configuration.FindInstalled());
     EXPECT_TRUE(configuration.GetInstallDirectory().IsEmpty());
     const std::string install = MakeScratchDir("install");
-    configuration.SetInstallDirectory(CZoltaDirectoryPath(Wide(install)));
-    configuration.SetApplicationPath(Wide("/opt/curatool/curatool"));
+    configuration.SetInstallDirectory(CZoltaDirectoryPath(W(install)));
+    configuration.SetApplicationPath(W("/opt/curatool/curatool"));
     ASSERT_TRUE(configuration.StoreConfiguration());
     ASSERT_TRUE(configuration.Register());
 
@@ -129,29 +129,29 @@ TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
     EXPECT_EQ(stored + "/metadata.xml", ReadSetting("guid-reg", "MetadataXml"));
     EXPECT_EQ("/opt/curatool/curatool", ReadSetting("guid-reg", "AppPath"));
     EXPECT_EQ("-configuration \"" + stored + "\"", ReadSetting("guid-reg", "Args"));
-    EXPECT_EQ(1, CSettingsStore::ReadInt(false, Wide(RepositorySection + std::string("guid-reg")), Wide("Enabled"), -1));
+    EXPECT_EQ(1, CSettingsStore::ReadInt(false, W(RepositorySection + std::string("guid-reg")), W("Enabled"), -1));
 
     bool listed = false;
     for (const CGalleryRepositoryEntry& entry : CConfiguration::InstalledGalleries())
-        listed |= Narrow(entry.id) == "guid-reg";
+        listed |= U(entry.id) == "guid-reg";
     EXPECT_TRUE(listed);
 
     // Found again by its GUID: the install directory comes from the manifest path.
     CConfiguration again;
-    ASSERT_TRUE(again.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(again.OpenCollectionDirectory(W(source)));
     EXPECT_TRUE(again.FindInstalled());
-    EXPECT_EQ(install, Narrow(again.GetInstallDirectory().GetPath()));
+    EXPECT_EQ(install, U(again.GetInstallDirectory().GetPath()));
 
     // Opened as installed, the stored copy is reloaded and is its own configuration folder.
     CConfiguration reopened;
     int callbacks = 0;
     reopened.SetLoadedCallback([&](CConfiguration const*) { ++callbacks; });
-    ASSERT_TRUE(reopened.OpenInstalled(Wide("guid-reg")));
+    ASSERT_TRUE(reopened.OpenInstalled(W("guid-reg")));
     EXPECT_EQ(1, callbacks);
     EXPECT_TRUE(reopened.IsStored());
-    EXPECT_EQ(stored, Narrow(reopened.GetDirectory().GetPath()));
-    EXPECT_EQ(install, Narrow(reopened.GetInstallDirectory().GetPath()));
-    EXPECT_EQ("Registered", Narrow(reopened.GetGallery()->GetName()));
+    EXPECT_EQ(stored, U(reopened.GetDirectory().GetPath()));
+    EXPECT_EQ(install, U(reopened.GetInstallDirectory().GetPath()));
+    EXPECT_EQ("Registered", U(reopened.GetGallery()->GetName()));
     EXPECT_TRUE(reopened.StoreConfiguration());  // copies nothing onto itself
 
     ASSERT_TRUE(reopened.RemoveStoredFiles());
@@ -162,7 +162,7 @@ TEST(ConfigurationRegistry, RegisterNeedsAnIdThenWritesTheFiveValues)
     ASSERT_TRUE(reopened.Unregister());
     EXPECT_TRUE(ReadSetting("guid-reg", "ImsManifestXml").empty());
     CConfiguration gone;
-    EXPECT_FALSE(gone.OpenInstalled(Wide("guid-reg")));
+    EXPECT_FALSE(gone.OpenInstalled(W("guid-reg")));
     EXPECT_FALSE(gone.IsLoaded());
 }
 
@@ -170,28 +170,28 @@ TEST(ConfigurationRegistry, ComposeWithoutInstallDirectoryUsesTheDefault)
 {
     CConfiguration configuration;
     ASSERT_TRUE(configuration.OpenCollectionDirectory(
-        Wide(WriteCollection("compose", CompleteCollection("Comp", "Composed", "guid-compose")))));
+        W(WriteCollection("compose", CompleteCollection("Comp", "Composed", "guid-compose")))));
     ASSERT_TRUE(configuration.ComposeRepositoryEntry());
     const CGalleryRepositoryEntry& entry = configuration.GetRepositoryEntry();
-    EXPECT_EQ("guid-compose", Narrow(entry.id));
-    EXPECT_EQ("TeamContent", Narrow(entry.group));
-    EXPECT_EQ(Narrow(configuration.DefaultInstallDirectory().GetPath()) + "/imsmanifest.xml", Narrow(entry.manifestPath));
-    EXPECT_EQ(Narrow(configuration.DefaultInstallDirectory().GetPath()),
-              Narrow(configuration.GetInstallDirectory().GetPath()));
+    EXPECT_EQ("guid-compose", U(entry.id));
+    EXPECT_EQ("TeamContent", U(entry.group));
+    EXPECT_EQ(U(configuration.DefaultInstallDirectory().GetPath()) + "/imsmanifest.xml", U(entry.manifestPath));
+    EXPECT_EQ(U(configuration.DefaultInstallDirectory().GetPath()),
+              U(configuration.GetInstallDirectory().GetPath()));
 }
 
 TEST(ConfigurationRegistry, OpenInstalledNeedsManifestAndMetadataOrApplicationPath)
 {
-    const CAtlString section = Wide(std::string(RepositorySection) + "guid-half");
-    CSettingsStore::WriteString(false, section, Wide("MetadataXml"), Wide("/nowhere/metadata.xml"));
+    const CAtlString section = W(std::string(RepositorySection) + "guid-half");
+    CSettingsStore::WriteString(false, section, W("MetadataXml"), W("/nowhere/metadata.xml"));
     CConfiguration configuration;
-    EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-half")));
-    CSettingsStore::WriteString(false, section, Wide("ImsManifestXml"), Wide("/nowhere/imsmanifest.xml"));
+    EXPECT_FALSE(configuration.OpenInstalled(W("guid-half")));
+    CSettingsStore::WriteString(false, section, W("ImsManifestXml"), W("/nowhere/imsmanifest.xml"));
     // The entry reads, but the stored copy it points at does not exist.
-    EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-half")));
+    EXPECT_FALSE(configuration.OpenInstalled(W("guid-half")));
     EXPECT_TRUE(configuration.IsStored());
-    EXPECT_EQ("/nowhere", Narrow(configuration.GetInstallDirectory().GetPath()));
-    EXPECT_FALSE(configuration.OpenInstalled(Wide("guid-never-written")));
+    EXPECT_EQ("/nowhere", U(configuration.GetInstallDirectory().GetPath()));
+    EXPECT_FALSE(configuration.OpenInstalled(W("guid-never-written")));
 }
 
 TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDeleted)
@@ -214,7 +214,7 @@ TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDele
     const std::string source = WriteCollection("hostile", files);
 
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(source)));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(source)));
     EXPECT_EQ(2u, configuration.GetFileList()->GetFiles().size());
     EXPECT_TRUE(configuration.GetFileList()->GetDirectories().empty());
     EXPECT_TRUE(configuration.ResolvePath(configuration.GetOrganization()->GetLogo()).IsEmpty());
@@ -232,7 +232,7 @@ TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDele
     configuration.FindInstalled();
     ASSERT_TRUE(configuration.Register());
     CConfiguration reopened;
-    ASSERT_TRUE(reopened.OpenInstalled(Wide("guid-hostile")));
+    ASSERT_TRUE(reopened.OpenInstalled(W("guid-hostile")));
     ASSERT_TRUE(reopened.RemoveStoredFiles());
     EXPECT_EQ("neighbour", ReadFile(ConfigurationsFolder() + "/Hostile/victim.txt"));
     EXPECT_EQ("victim", ReadFile(outside + "/victim.txt"));
@@ -246,7 +246,7 @@ TEST(ConfigurationHostile, GalleryNamesCannotClimbOutOfTheConfigurationsFolder)
     for (const char* name : {"..", ".", "??"}) {
         CollectionFiles files = CompleteCollection("Climb", name, "guid-climb");
         CConfiguration configuration;
-        ASSERT_TRUE(configuration.OpenCollectionDirectory(Wide(WriteCollection("climb", files)))) << name;
+        ASSERT_TRUE(configuration.OpenCollectionDirectory(W(WriteCollection("climb", files)))) << name;
         EXPECT_TRUE(configuration.GetConfigurationDirectory().IsEmpty()) << name;
         EXPECT_FALSE(configuration.StoreConfiguration()) << name;
         EXPECT_FALSE(configuration.ComposeRepositoryEntry()) << name;

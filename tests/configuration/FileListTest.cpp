@@ -18,7 +18,7 @@ std::vector<std::string> FilePaths(const FileList& list)
 {
     std::vector<std::string> paths;
     for (const CZoltaFilePath& file : list.GetFiles())
-        paths.push_back(Narrow(file.GetPath()));
+        paths.push_back(U(file.GetPath()));
     return paths;
 }
 
@@ -29,30 +29,30 @@ TEST(FileList, RelativeEntriesGoBelowTheBaseAndEmptyOnesAreIgnored)
     FileList list;
     list.AddFile(CZoltaFilePath());
     list.AddDirectory(CZoltaDirectoryPath());
-    list.AddRelativeFile(Wide("a.png"));  // no base yet
+    list.AddRelativeFile(W("a.png"));  // no base yet
     EXPECT_TRUE(list.GetFiles().empty());
-    list.SetBaseDirectory(CZoltaDirectoryPath(Wide("/x")));
+    list.SetBaseDirectory(CZoltaDirectoryPath(W("/x")));
     list.AddRelativeFile(CAtlString());
     list.AddRelativeDirectory(CAtlString());
     EXPECT_TRUE(list.GetDirectories().empty());
-    list.AddRelativeFile(Wide("sub/a.png"));
-    list.AddFile(CZoltaFilePath(Wide("/elsewhere/a.xml")));
-    list.AddRelativeFile(Wide("b.png"));
+    list.AddRelativeFile(W("sub/a.png"));
+    list.AddFile(CZoltaFilePath(W("/elsewhere/a.xml")));
+    list.AddRelativeFile(W("b.png"));
     EXPECT_EQ((std::vector<std::string>{"/x/sub/a.png", "/elsewhere/a.xml", "/x/b.png"}), FilePaths(list));
 }
 
 TEST(FileList, ReferencesLeavingTheBaseAreRefused)
 {
     FileList list;
-    list.SetBaseDirectory(CZoltaDirectoryPath(Wide("/x/base")));
+    list.SetBaseDirectory(CZoltaDirectoryPath(W("/x/base")));
     for (const char* hostile : {"../a.png", "/etc/passwd", "sub/../../a.png", "..", ".", "sub/..", "//etc/x"}) {
-        list.AddRelativeFile(Wide(hostile));
-        list.AddRelativeDirectory(Wide(hostile));
-        EXPECT_TRUE(list.Resolve(Wide(hostile)).IsEmpty()) << hostile;
+        list.AddRelativeFile(W(hostile));
+        list.AddRelativeDirectory(W(hostile));
+        EXPECT_TRUE(list.Resolve(W(hostile)).IsEmpty()) << hostile;
     }
     EXPECT_TRUE(list.GetFiles().empty());
     EXPECT_TRUE(list.GetDirectories().empty());
-    EXPECT_EQ("/x/base/a/b.txt", Narrow(list.Resolve(Wide("./a//b.txt"))));
+    EXPECT_EQ("/x/base/a/b.txt", U(list.Resolve(W("./a//b.txt"))));
 }
 
 TEST(MetaDataXml, ReadsIdentifierAndTitles)
@@ -65,15 +65,15 @@ TEST(MetaDataXml, ReadsIdentifierAndTitles)
               "</lom:title></lom:general></root>");
     auto list = std::make_shared<FileList>();
     MetaDataXml metadata(list);
-    ASSERT_TRUE(metadata.Read(Wide(folder + "/metadata.xml")));
-    EXPECT_EQ("id-1", Narrow(metadata.Identifier()));
+    ASSERT_TRUE(metadata.Read(W(folder + "/metadata.xml")));
+    EXPECT_EQ("id-1", U(metadata.Identifier()));
     EXPECT_EQ(2u, metadata.Titles().size());
-    EXPECT_EQ("Neu", Narrow(metadata.Title(Wide("de"))));
-    EXPECT_EQ("Fran\xC3\xA7" "ais", Narrow(metadata.Title(Wide("fr"))));
+    EXPECT_EQ("Neu", U(metadata.Title(W("de"))));
+    EXPECT_EQ("Fran\xC3\xA7" "ais", U(metadata.Title(W("fr"))));
     EXPECT_EQ((std::vector<std::string>{folder + "/metadata.xml"}), FilePaths(*list));
     // A language not there falls back to an English entry, created empty.
-    EXPECT_TRUE(metadata.Title(Wide("es")).IsEmpty());
-    EXPECT_EQ(1u, metadata.Titles().count(Wide("en")));
+    EXPECT_TRUE(metadata.Title(W("es")).IsEmpty());
+    EXPECT_EQ(1u, metadata.Titles().count(W("en")));
 }
 
 TEST(MetaDataXml, RequiredElementsAndBrokenDocumentsFail)
@@ -90,10 +90,10 @@ TEST(MetaDataXml, RequiredElementsAndBrokenDocumentsFail)
     for (const auto& [name, content] : documents) {
         WriteFile(folder + "/" + name + ".xml", content);
         MetaDataXml metadata;
-        EXPECT_FALSE(metadata.Read(Wide(folder + "/" + name + ".xml"))) << name;
+        EXPECT_FALSE(metadata.Read(W(folder + "/" + name + ".xml"))) << name;
     }
     MetaDataXml metadata;
-    EXPECT_FALSE(metadata.Read(Wide(folder + "/absent.xml")));
+    EXPECT_FALSE(metadata.Read(W(folder + "/absent.xml")));
 }
 
 TEST(AutoDirectoryDestructor, LastHolderRemovesTheFolderWithItsContents)
@@ -103,7 +103,7 @@ TEST(AutoDirectoryDestructor, LastHolderRemovesTheFolderWithItsContents)
     WriteFile(folder + "/a/b/c.txt", "x");
     WriteFile(outside + "/keep.txt", "keep");
     std::filesystem::create_directory_symlink(outside, folder + "/link");
-    auto holder = std::make_shared<CAutoDirectoryDestructor>(CZoltaDirectoryPath(Wide(folder)));
+    auto holder = std::make_shared<CAutoDirectoryDestructor>(CZoltaDirectoryPath(W(folder)));
     auto second = holder;
     holder.reset();
     EXPECT_TRUE(Exists(folder + "/a/b/c.txt"));

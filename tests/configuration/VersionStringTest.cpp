@@ -8,14 +8,14 @@
 #include <optional>
 #include <vector>
 
-using curatool::test::Narrow;
-using curatool::test::Wide;
+using curatool::test::U;
+using curatool::test::W;
 
 namespace {
 
 CVersionString Version(const char* text)
 {
-    return CVersionString(Wide(text));
+    return CVersionString(W(text));
 }
 
 std::array<int, 4> Numbers(const CVersionString& version)
@@ -53,20 +53,20 @@ TEST(VersionStringParse, DottedAndPackedForms)
         if (c.numbers)
             EXPECT_EQ(*c.numbers, Numbers(version)) << c.text;
         if (c.shown)
-            EXPECT_EQ(c.shown, Narrow(version.ToString())) << c.text;
-        EXPECT_EQ(c.text, Narrow(version.GetText())) << c.text;
+            EXPECT_EQ(c.shown, U(version.ToString())) << c.text;
+        EXPECT_EQ(c.text, U(version.GetText())) << c.text;
     }
-    EXPECT_EQ("1.2.3.-1", Narrow(Version("1.2.3").GetFormatted()));
+    EXPECT_EQ("1.2.3.-1", U(Version("1.2.3").GetFormatted()));
 }
 
 TEST(VersionStringParse, ReusedObjectKeepsTheLastSuccessfulParse)
 {
     CVersionString version = Version("1.2.3.4");
-    version = Wide("abc");
+    version = W("abc");
     EXPECT_TRUE(version.IsValid());
     EXPECT_EQ((std::array<int, 4>{1, 2, 3, 4}), Numbers(version));
-    EXPECT_EQ("abc", Narrow(version.GetText()));
-    EXPECT_EQ("1.2.3.4", Narrow(version.ToString()));
+    EXPECT_EQ("abc", U(version.GetText()));
+    EXPECT_EQ("1.2.3.4", U(version.ToString()));
 
     version = CAtlStringA("2.10.0.7");  // 8-bit text parses alike
     EXPECT_EQ((std::array<int, 4>{2, 10, 0, 7}), Numbers(version));

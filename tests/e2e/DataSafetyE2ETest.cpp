@@ -4,10 +4,9 @@
 #include "FileLock.h"
 #include "GallerySourceBuilder.h"
 #include "TestEnvironment.h"
+#include "ZipTestSupport.h"
 
 #include <gtest/gtest.h>
-
-#include <zlib.h>
 
 #include <algorithm>
 #include <chrono>
@@ -49,53 +48,6 @@ std::map<std::string, std::string> Snapshot(const std::string& folder, const std
                                   : "<folder>";
     }
     return files;
-}
-
-void Put32(std::string& out, uint32_t v)
-{
-    for (int i = 0; i < 4; ++i)
-        out += static_cast<char>((v >> (8 * i)) & 0xFF);
-}
-
-void Put16(std::string& out, uint16_t v)
-{
-    out += static_cast<char>(v & 0xFF);
-    out += static_cast<char>(v >> 8);
-}
-
-// A zip of stored entries written byte by byte, so that a test can give it any flaw.
-struct RawEntry
-{
-    std::string name;
-    std::string bytes;
-    uint16_t method = 0;      // 0 stored; anything else is claimed, the bytes stay stored
-    bool wrongCrc = false;
-};
-
-std::string RawZip(const std::vector<RawEntry>& entries)
-{
-    std::string local, central;
-    for (const RawEntry& e : entries) {
-        uint32_t crc = static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(e.bytes.data()),
-                                                   static_cast<uInt>(e.bytes.size())));
-        if (e.wrongCrc)
-            crc ^= 0xFFFFu;
-        const uint32_t offset = static_cast<uint32_t>(local.size());
-        std::string common;
-        Put16(common, 20), Put16(common, 0), Put16(common, e.method), Put16(common, 0), Put16(common, 0x21);
-        Put32(common, crc), Put32(common, static_cast<uint32_t>(e.bytes.size()));
-        Put32(common, static_cast<uint32_t>(e.bytes.size())), Put16(common, static_cast<uint16_t>(e.name.size()));
-        Put16(common, 0);
-        Put32(local, 0x04034b50), local += common + e.name + e.bytes;
-        Put32(central, 0x02014b50), Put16(central, 20), central += common;
-        Put16(central, 0), Put16(central, 0), Put16(central, 0), Put32(central, 0), Put32(central, offset);
-        central += e.name;
-    }
-    std::string end;
-    Put32(end, 0x06054b50), Put16(end, 0), Put16(end, 0);
-    Put16(end, static_cast<uint16_t>(entries.size())), Put16(end, static_cast<uint16_t>(entries.size()));
-    Put32(end, static_cast<uint32_t>(central.size())), Put32(end, static_cast<uint32_t>(local.size())), Put16(end, 0);
-    return local + central + end;
 }
 
 class DataSafety : public E2EGallery
@@ -233,13 +185,13 @@ TEST_F(DataSafety, ADamagedOrHostilePackageFailsWholeAndTheRepairedOneInstalls)
     struct Case
     {
         std::string what;
-        std::vector<RawEntry> entries;
+        std::vector<ziptest::RawEntry> entries;
     };
     const std::vector<Case> cases{
         {"entry leaving the folder", {{"imsmanifest.xml", manifestOf}, {"../dog.png", "evil"}}},
         {"absolute entry", {{"imsmanifest.xml", manifestOf}, {"/tmp/dog.png", "evil"}}},
-        {"crc error", {{"imsmanifest.xml", manifestOf}, {"dog.png", "dog.png at 2.0", 0, true}}},
-        {"unsupported method", {{"imsmanifest.xml", manifestOf}, {"dog.png", "dog.png at 2.0", 99}}},
+        {"crc error", {{"imsmanifest.xml", manifestOf}, {.name = "dog.png", .data = "dog.png at 2.0", .badCrc = true}}},
+        {"unsupported method", {{"imsmanifest.xml", manifestOf}, {.name = "dog.png", .data = "dog.png at 2.0", .method = 99}}},
         {"missing file", {{"imsmanifest.xml", manifestOf}}},
         {"writes the categories document",
          {{"imsmanifest.xml", hrefManifest("Uninstall/gallery_categories.xml")},
@@ -251,7 +203,7 @@ TEST_F(DataSafety, ADamagedOrHostilePackageFailsWholeAndTheRepairedOneInstalls)
     const std::string damaged = m_base + "/damaged";
     WriteSource(damaged, {{"animals", "2.0"}});
     for (const Case& c : cases) {
-        ASSERT_TRUE(WriteFile(damaged + "/dog.zip", RawZip(c.entries))) << c.what;
+        ASSERT_TRUE(WriteFile(damaged + "/dog.zip", ziptest::Archive(c.entries))) << c.what;
         const auto records = Records();
         const RunResult r = Install(damaged);
         EXPECT_EQ(0, r.exitCode) << c.what;

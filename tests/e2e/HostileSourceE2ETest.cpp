@@ -3,6 +3,7 @@
 // nothing a source names reaches the terminal unescaped.
 #include "E2EGallery.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 #include "ZipTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -33,8 +34,6 @@ protected:
         document.replace(document.find(from), from.size(), to);
         ASSERT_TRUE(WriteFile(m_source + "/gallery_categories.xml", document));
     }
-
-    static bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 };
 
 // A package whose two entries are made of the one stream.
@@ -128,12 +127,12 @@ TEST_F(HostileSource, EveryFailedFileSaysWhyAndTheRunCountsThem)
         const RunResult r = Download({"-verbose"});
         EXPECT_EQ(1, r.exitCode) << one.name;
         for (const std::string& complaint : one.complaints)
-            EXPECT_TRUE(Has(r.err, complaint)) << one.name << ": " << r.err;
+            EXPECT_TRUE(Contains(r.err, complaint)) << one.name << ": " << r.err;
         // Standard output keeps the failed item as the progress shows it; no byte of a source
         // reaches the terminal as a control character.
-        EXPECT_TRUE(Has(r.out, "Failed\n")) << one.name << ": " << r.out;
-        EXPECT_FALSE(Has(r.out + r.err, "\x1b")) << one.name;
-        EXPECT_EQ(!Has(r.err, noList), EndsWith(r.out, "Done.\n")) << one.name;
+        EXPECT_TRUE(Contains(r.out, "Failed\n")) << one.name << ": " << r.out;
+        EXPECT_FALSE(Contains(r.out + r.err, "\x1b")) << one.name;
+        EXPECT_EQ(!Contains(r.err, noList), EndsWith(r.out, "Done.\n")) << one.name;
     }
     EXPECT_FALSE(Exists(m_base + "/copy/\x1b[2Jbell\x07.zip"));
 }

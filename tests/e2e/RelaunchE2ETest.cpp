@@ -34,7 +34,7 @@ RunOptions WithTool(const std::string& folder, const std::string& log)
 
 TEST(RelaunchE2E, WindowBasedRunStartsItselfAgainThroughTheToolAndEndsWithItsCode)
 {
-    const std::string program = std::filesystem::canonical(CURATOOL_BINARY).string();
+    const std::string program = CuratoolProgram();
     struct Case
     {
         const char* tool;

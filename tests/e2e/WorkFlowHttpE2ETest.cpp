@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 
 using namespace curatool::test;
 
@@ -88,11 +87,7 @@ TEST_F(InstallOverHttp, VerboseShowsEachFileFetchedThenInstalled)
     ExpectEverythingInstalled();
 
     // Every fetched file went once it was used, and so did the check's copy.
-    std::vector<std::string> left;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_base + "/tmp"))
-        if (entry.is_regular_file())
-            left.push_back(entry.path().string());
-    EXPECT_EQ(std::vector<std::string>{}, left);
+    EXPECT_EQ(std::vector<std::string>{}, FilesBelow(m_base + "/tmp"));
 }
 
 TEST_F(InstallOverHttp, AnUnreachableServerOrOneWithoutTheGalleryEndsTheRunWithItsUrl)

@@ -24,11 +24,6 @@ const char kWordInstalling[] = "Installing: ";
 // are the engine's business.
 const std::regex kReadingLine(R"(Reading:  \t\[\d+%\] (.*/)?gallery_categories\.xml)");
 
-std::string Binary()
-{
-    return fs::canonical(CURATOOL_BINARY).string();
-}
-
 // A local source yields per package one finished "Downloading" and one "Installing" line.
 std::vector<std::string> LocalPackageLines(const std::vector<std::string>& aliases)
 {
@@ -100,7 +95,7 @@ TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
     EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
     EXPECT_EQ(stored + "/metadata.xml", RegistryValue("MetadataXml"));
     EXPECT_EQ(0u, RegistryValue("Args").rfind("-configuration \"" + stored, 0)) << RegistryValue("Args");
-    EXPECT_EQ(Binary(), RegistryValue("AppPath"));
+    EXPECT_EQ(CuratoolProgram(), RegistryValue("AppPath"));
 }
 
 TEST_F(InstallFromFolder, VerboseTellsEachFinishedItemOnStandardOutput)
@@ -269,11 +264,7 @@ TEST_F(InstallFromFolder, ACollectionFileInstallsLikeItsFolderAndLeavesNoTempora
     EXPECT_EQ(ReadFile(m_collection + "/configuration.xml"),
               ReadFile(StoredConfigurationDirectory() + "/configuration.xml"));
     EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
-    std::vector<std::string> left;
-    for (const auto& entry : fs::recursive_directory_iterator(m_base + "/tmp"))
-        if (entry.is_regular_file())
-            left.push_back(entry.path().string());
-    EXPECT_EQ(std::vector<std::string>{}, left);
+    EXPECT_EQ(std::vector<std::string>{}, FilesBelow(m_base + "/tmp"));
 
     // Another extension is no collection file.
     fs::copy_file(packed, m_base + "/packed/sample.zip");

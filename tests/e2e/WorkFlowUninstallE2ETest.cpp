@@ -38,11 +38,6 @@ protected:
     }
 };
 
-std::string Binary()
-{
-    return fs::canonical(CURATOOL_BINARY).string();
-}
-
 }  // namespace
 
 TEST_F(InstalledGallery, UninstallByCollectionRemovesTheGalleryAndItsEntry)
@@ -115,14 +110,14 @@ TEST_F(InstalledGallery, RegisterStoresTheCollectionAndWritesTheEntry)
     EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
     EXPECT_EQ(ReadFile(m_collection + "/configuration.xml"),
               ReadFile(StoredConfigurationDirectory() + "/configuration.xml"));
-    EXPECT_EQ(Binary(), RegistryValue("AppPath"));
+    EXPECT_EQ(CuratoolProgram(), RegistryValue("AppPath"));
     EXPECT_FALSE(Exists(DefaultInstallDirectory())) << "registering installs nothing";
 
     // -remote here leaves the file associations alone but not the application path.
     r = Curatool({"--register", "-configuration", m_collection, "-destination", m_base + "/elsewhere", "-remote"});
     EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
     EXPECT_EQ(m_base + "/elsewhere/imsmanifest.xml", RegistryValue("ImsManifestXml"));
-    EXPECT_EQ(Binary(), RegistryValue("AppPath"));
+    EXPECT_EQ(CuratoolProgram(), RegistryValue("AppPath"));
 }
 
 TEST_F(InstalledGallery, RegisterKeepsTheInstalledPlaceAndWorksByGuid)

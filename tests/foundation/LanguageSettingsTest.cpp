@@ -2,6 +2,7 @@
 #include "CZOLTALanguageSettingsCache.h"
 #include "LanguageSettings.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -19,14 +20,10 @@
 namespace {
 
 using curatool::test::MakeScratchDir;
+using curatool::test::U;
 using curatool::test::WriteFile;
 
 const CAtlString kLanguageSection(L"Software\\ZOLTA Technologies Inc.\\Language");
-
-std::string U(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
 
 std::string Home()
 {

@@ -1,5 +1,6 @@
 #include "CSettingsStore.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -14,17 +15,13 @@ namespace {
 
 using curatool::test::Exists;
 using curatool::test::MakeScratchDir;
+using curatool::test::U;
 using curatool::test::ReadFile;
 using curatool::test::WriteFile;
 
 const bool kUser = true;
 const bool kSystem = false;
 const CAtlString kStore(L"com.zoltaworks.Registry");
-
-std::string U(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
 
 std::string UserStoreFile()
 {

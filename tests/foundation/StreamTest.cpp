@@ -2,6 +2,7 @@
 #include "CZoltaDirectoryPath.h"
 #include "CZoltaFilePath.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 #include "ZoltaBufferStream.h"
 #include "ZoltaFileStreams.h"
 #include "ZoltaStreamHelpers.h"
@@ -17,14 +18,10 @@
 
 namespace {
 
+using curatool::test::FilePath;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
 using curatool::test::WriteFile;
-
-CZoltaFilePath FilePath(const std::string& path)
-{
-    return CZoltaFilePath(QString::fromStdString(path));
-}
 
 std::string ReadAll(IStream* stream, std::uint32_t chunk = 7)
 {

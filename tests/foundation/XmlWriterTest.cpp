@@ -3,6 +3,7 @@
 #include "CZoltaFilePath.h"
 #include "IZOLTAXMLWriter.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 #include "ZOLTAXMLWriter.h"
 #include "ZoltaFileStreams.h"
 #include "ZoltaStreamBase.h"
@@ -16,13 +17,9 @@
 
 namespace {
 
+using curatool::test::FilePath;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
-
-CZoltaFilePath FilePath(const std::string& path)
-{
-    return CZoltaFilePath(QString::fromStdString(path));
-}
 
 // Runs `build` on a fresh string writer and gives what it wrote.
 std::string Written(const std::function<void(IZOLTAXMLWriter*)>& build)

@@ -1,6 +1,7 @@
 #include "CZoltaDirectoryPath.h"
 #include "CZoltaFilePath.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -19,19 +20,11 @@
 namespace {
 
 using curatool::test::Exists;
+using curatool::test::U;
+using curatool::test::W;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
 using curatool::test::WriteFile;
-
-CAtlString W(const std::string& utf8)
-{
-    return CAtlString(QString::fromUtf8(utf8.c_str()));
-}
-
-std::string U(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
 
 template <typename Path>
 std::vector<std::string> Paths(const std::vector<Path>& paths)

@@ -144,8 +144,8 @@ TEST(ManifestImage, TreeSurvivesTheRoundTripWithBackReferences)
         CGalleryManifest loaded;
         ASSERT_EQ(ReadManifestImage(loaded, CZoltaFilePath((folder + "/tree.cache").c_str())), S_OK);
         EXPECT_EQ(Dump(loaded), Dump(original));
-        EXPECT_EQ(N(loaded.GetPath()), "/g/x/imsmanifest.xml");
-        EXPECT_EQ(N(loaded.m_cachePath), folder + "/tree.cache");
+        EXPECT_EQ(U(loaded.GetPath()), "/g/x/imsmanifest.xml");
+        EXPECT_EQ(U(loaded.m_cachePath), folder + "/tree.cache");
         EXPECT_FALSE(loaded.IsModified());
         // Texts stay in the read buffer.
         imageText = loaded.m_metadata->m_identifier;
@@ -286,7 +286,7 @@ protected:
         CGalleryManifest tree;
         BuildTree(tree, 2, 3);
         ASSERT_EQ(CGalleryManifestIO::Save(tree, W(m_xml).GetString(), false), S_OK);
-        m_cache = N(GetManifestCachePath(W(m_xml)).GetPath().GetString());
+        m_cache = U(GetManifestCachePath(W(m_xml)).GetPath().GetString());
     }
 
     HRESULT Open(CGalleryManifest& manifest, bool useCache)
@@ -306,13 +306,13 @@ TEST_F(ManifestCacheTest, CacheNameFollowsTheFolderAndTheHashOfThePath)
         hash = hash * 33 + static_cast<std::uint32_t>(c);
     char expected[64];
     std::snprintf(expected, sizeof(expected), "physical content_%08x.cache", hash);
-    EXPECT_EQ(N(GetManifestCacheName(W(m_xml)).GetString()), expected);
-    EXPECT_EQ(m_cache, N(GetUserGalleryFolder().GetPath().GetString()) + "/" + expected);
+    EXPECT_EQ(U(GetManifestCacheName(W(m_xml)).GetString()), expected);
+    EXPECT_EQ(m_cache, U(GetUserGalleryFolder().GetPath().GetString()) + "/" + expected);
     // Paths that differ in case give different names, though both are lower-cased.
     const CAtlString upper = GetManifestCacheName(L"/a/Physical Content/imsmanifest.xml");
     const CAtlString lower = GetManifestCacheName(L"/a/physical content/imsmanifest.xml");
     EXPECT_NE(upper, lower);
-    EXPECT_EQ(N(upper.GetString()).substr(0, 17), "physical content_");
+    EXPECT_EQ(U(upper.GetString()).substr(0, 17), "physical content_");
     EXPECT_NE(GetManifestCacheName(L"/a/Same/imsmanifest.xml"), GetManifestCacheName(L"/b/Same/imsmanifest.xml"));
 }
 
@@ -331,8 +331,8 @@ TEST_F(ManifestCacheTest, CachedTreeEqualsTheParsedOneAndIsUsedNextTime)
 
     CGalleryManifest cached;
     ASSERT_EQ(Open(cached, true), S_OK);
-    EXPECT_EQ(N(cached.m_cachePath), m_cache);
-    EXPECT_EQ(N(cached.GetPath()), m_xml);
+    EXPECT_EQ(U(cached.m_cachePath), m_cache);
+    EXPECT_EQ(U(cached.GetPath()), m_xml);
     EXPECT_EQ(Dump(cached), Dump(parsed));
     EXPECT_EQ(Dump(first), Dump(parsed));
 }
@@ -346,7 +346,7 @@ TEST_F(ManifestCacheTest, EqualTimeIsUsedOlderOrDamagedIsNot)
     SetMTime(m_cache, xmlTime);
     CGalleryManifest equal;
     ASSERT_EQ(Open(equal, true), S_OK);
-    EXPECT_EQ(N(equal.m_cachePath), m_cache);
+    EXPECT_EQ(U(equal.m_cachePath), m_cache);
 
     SetMTime(m_cache, xmlTime - 1);
     CGalleryManifest stale;
@@ -365,7 +365,7 @@ TEST_F(ManifestCacheTest, EqualTimeIsUsedOlderOrDamagedIsNot)
     EXPECT_EQ(Dump(damaged), Dump(writer));
     CGalleryManifest repaired;
     ASSERT_EQ(Open(repaired, true), S_OK);
-    EXPECT_EQ(N(repaired.m_cachePath), m_cache);
+    EXPECT_EQ(U(repaired.m_cachePath), m_cache);
 }
 
 TEST_F(ManifestCacheTest, CachedTreeCanBeEditedAndSaved)
@@ -377,7 +377,7 @@ TEST_F(ManifestCacheTest, CachedTreeCanBeEditedAndSaved)
     ASSERT_EQ(Open(writer, true), S_OK);
     CGalleryManifest cached;
     ASSERT_EQ(Open(cached, true), S_OK);
-    ASSERT_EQ(N(cached.m_cachePath), m_cache);
+    ASSERT_EQ(U(cached.m_cachePath), m_cache);
 
     CGalleryFolder* root = cached.m_organizations->GetAt(0)->m_items->GetAt(0);
     CGalleryActivity* added = AddActivity(root, L"urn:added", L"pics/new.png", L"Added");
@@ -404,7 +404,7 @@ TEST_F(ManifestCacheTest, CachedTreeCanBeEditedAndSaved)
     EXPECT_EQ(Dump(reparsed), edited);
     CGalleryManifest recached;
     ASSERT_EQ(Open(recached, true), S_OK);
-    EXPECT_EQ(N(recached.m_cachePath), m_cache);
+    EXPECT_EQ(U(recached.m_cachePath), m_cache);
     EXPECT_EQ(Dump(recached), edited);
 }
 
@@ -418,7 +418,7 @@ TEST_F(ManifestCacheTest, OtherExtensionsTakeTheBinaryBranch)
     CGalleryManifest reopened;
     ASSERT_EQ(CGalleryManifestIO::Open(reopened, W(binary).GetString(), nullptr, false), S_OK);
     EXPECT_EQ(Dump(reopened), Dump(parsed));
-    EXPECT_EQ(N(reopened.m_cachePath), binary);
+    EXPECT_EQ(U(reopened.m_cachePath), binary);
 
     ASSERT_TRUE(WriteFile(binary, "not an image"));
     CGalleryManifest refused;

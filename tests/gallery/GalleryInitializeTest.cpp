@@ -39,7 +39,7 @@ std::vector<std::string> OpenedPaths()
     std::vector<std::string> paths;
     if (g_galleryList) {
         for (const auto& manifest : *g_galleryList)
-            paths.push_back(N(manifest->GetPath()));
+            paths.push_back(U(manifest->GetPath()));
     }
     return paths;
 }
@@ -83,7 +83,7 @@ protected:
 
 TEST_F(GalleryInitializeTest, FirstStartCreatesMyContentOnce)
 {
-    const std::string userFolder = N(GetUserGalleryFolder().GetPath().GetString());
+    const std::string userFolder = U(GetUserGalleryFolder().GetPath().GetString());
     EXPECT_EQ(userFolder, m_home + "/.ZOLTA Technologies Inc/ZOLTA Tavolite Software/Gallery");
     ASSERT_FALSE(QDir(QString::fromStdString(userFolder)).exists());
 
@@ -93,22 +93,22 @@ TEST_F(GalleryInitializeTest, FirstStartCreatesMyContentOnce)
     const CZoltaFilePath myContent = GetMyContentManifestPath();
     ASSERT_TRUE(myContent.Exists());
     ASSERT_TRUE(g_myContent);
-    EXPECT_EQ(N(g_myContent->GetPath()), userFolder + "/My Content/imsmanifest.xml");
-    EXPECT_EQ(N(g_language.GetString()), "en");
+    EXPECT_EQ(U(g_myContent->GetPath()), userFolder + "/My Content/imsmanifest.xml");
+    EXPECT_EQ(U(g_language.GetString()), "en");
     EXPECT_FALSE(g_enableContentCreatorTools);
 
     CGalleryManifest reopened;
     ASSERT_EQ(CGalleryManifestIO::Open(reopened, myContent.GetPath().GetString(), nullptr, false), S_OK);
-    const std::string base = N(PLACEHOLDER_URI_BASE);
-    EXPECT_EQ(N(reopened.m_metadata->m_identifier), base + "/default?manifest=My%20Content");
+    const std::string base = U(PLACEHOLDER_URI_BASE);
+    EXPECT_EQ(U(reopened.m_metadata->m_identifier), base + "/default?manifest=My%20Content");
     ASSERT_EQ(reopened.m_organizations->GetCount(), 1u);
     const CGalleryOrganization* organization = reopened.m_organizations->GetAt(0);
-    EXPECT_EQ(N(organization->m_metadata->m_identifier), base + "/default?organization=My%20Content");
-    EXPECT_EQ(N(organization->m_metadata->m_titles->Lookup(L"en")), "My Content");
+    EXPECT_EQ(U(organization->m_metadata->m_identifier), base + "/default?organization=My%20Content");
+    EXPECT_EQ(U(organization->m_metadata->m_titles->Lookup(L"en")), "My Content");
     ASSERT_EQ(organization->m_items->GetCount(), 1u);
     const CGalleryFolder* root = organization->m_items->GetAt(0);
-    EXPECT_EQ(N(root->m_metadata->m_identifier), base + "/My%20Content");
-    EXPECT_EQ(N(root->m_metadata->m_titles->Lookup(L"en")), "My Content");
+    EXPECT_EQ(U(root->m_metadata->m_identifier), base + "/My%20Content");
+    EXPECT_EQ(U(root->m_metadata->m_titles->Lookup(L"en")), "My Content");
     EXPECT_EQ(root->m_children->GetCount(), 0u);
     EXPECT_EQ(root->m_activities->GetCount(), 0u);
     // Its cache was written beside the other per-user files.
@@ -129,12 +129,12 @@ TEST_F(GalleryInitializeTest, SettingsChooseDefaultManifestAndFlags)
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     ASSERT_TRUE(g_defaultManifest);
-    EXPECT_EQ(N(g_defaultManifest->GetPath()), defaultPath);
+    EXPECT_EQ(U(g_defaultManifest->GetPath()), defaultPath);
     EXPECT_STREQ(g_defaultManifest->m_metadata->m_identifier, L"urn:default");
     EXPECT_TRUE(Contains(OpenedPaths(), defaultPath));
     EXPECT_TRUE(g_enableContentCreatorTools);
     EXPECT_FALSE(g_browseChunking);
-    EXPECT_EQ(N(g_language.GetString()), "fr-CA");
+    EXPECT_EQ(U(g_language.GetString()), "fr-CA");
     CSettingsStore::DeleteSection(true, kLanguageSettingsSection);
 }
 
@@ -149,11 +149,11 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     std::vector<CZoltaDirectoryPath> repositories;
     CGalleryInitializeThread::GetRepositories(repositories);
     ASSERT_EQ(repositories.size(), 1u);
-    EXPECT_EQ(N(repositories[0].GetPath().GetString()), repository);
+    EXPECT_EQ(U(repositories[0].GetPath().GetString()), repository);
     std::vector<CZoltaFilePath> manifests;
     CGalleryInitializeThread::ScanGalleryFolder(repositories[0], manifests);
     ASSERT_EQ(manifests.size(), 1u);
-    EXPECT_EQ(N(manifests[0].GetPath().GetString()), first);
+    EXPECT_EQ(U(manifests[0].GetPath().GetString()), first);
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     const std::vector<std::string> opened = OpenedPaths();
@@ -165,7 +165,7 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     bool fromCache = false;
     for (const auto& manifest : *g_galleryList)
-        fromCache |= N(manifest->GetPath()) == first && N(manifest->m_cachePath) != "";
+        fromCache |= U(manifest->GetPath()) == first && U(manifest->m_cachePath) != "";
     EXPECT_TRUE(fromCache);
 }
 
@@ -213,8 +213,8 @@ TEST_F(GalleryInitializeTest, SharedGalleryComesFromTheInstallationFolder)
 {
     CZoltaDirectoryPath folder = GetInstallationBaseFolder();
     folder.Append(L"Gallery");
-    const std::string shared = MakeGallery(N(folder.GetPath().GetString()), L"urn:shared");
-    EXPECT_EQ(N(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
+    const std::string shared = MakeGallery(U(folder.GetPath().GetString()), L"urn:shared");
+    EXPECT_EQ(U(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     ASSERT_TRUE(g_sharedGallery);
     EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
@@ -252,9 +252,9 @@ TEST_F(GalleryInitializeTest, AnOldMyContentFolderIsImportedOnceIntoTheRootCateg
     std::vector<std::string> imported;
     for (std::uint32_t i = 0; i < root->m_activities->GetCount(); ++i) {
         const CGalleryActivity* activity = root->m_activities->GetAt(i);
-        imported.push_back(N(activity->m_metadata->m_titles->Lookup(L"en")) + "=" + N(activity->m_href));
-        EXPECT_EQ(curatool::test::ReadFile(N(myContent.GetFolder().GetFile(activity->m_href).GetPath().GetString())),
-                  N(activity->m_href).substr(0, N(activity->m_href).find('.')));
+        imported.push_back(U(activity->m_metadata->m_titles->Lookup(L"en")) + "=" + U(activity->m_href));
+        EXPECT_EQ(curatool::test::ReadFile(U(myContent.GetFolder().GetFile(activity->m_href).GetPath().GetString())),
+                  U(activity->m_href).substr(0, U(activity->m_href).find('.')));
     }
     std::sort(imported.begin(), imported.end());
     EXPECT_EQ(imported, (std::vector<std::string>{"Pond=pond.png", "frog=frog.galleryitem", "owl=owl.galleryitem"}));

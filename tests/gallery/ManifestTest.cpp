@@ -84,12 +84,12 @@ TEST(ManifestRoundTripTest, TreeToXmlToTreeToXmlIsStable)
 
     CGalleryManifest reread;
     ASSERT_EQ(S_OK, CGalleryManifestIO::Open(reread, W(path).GetString(), nullptr, false));
-    EXPECT_EQ(N(reread.GetPath()), path);
+    EXPECT_EQ(U(reread.GetPath()), path);
     const CGalleryFolder* cats = reread.GetOrganizations()->GetAt(0)->m_items->GetAt(0)->m_children->GetAt(0);
     const CGalleryActivity* lion = cats->m_activities->GetAt(0);
     EXPECT_EQ("href=lion.png " + DumpMetadata(*original.GetOrganizations()->GetAt(0)->m_items->GetAt(0)
                                                    ->m_children->GetAt(0)->m_activities->GetAt(0)->m_metadata),
-              "href=" + N(lion->m_href) + " " + DumpMetadata(*lion->m_metadata));
+              "href=" + U(lion->m_href) + " " + DumpMetadata(*lion->m_metadata));
     EXPECT_TRUE(reread.GetOrganizations()->GetAt(1)->m_readOnly);
 
     const std::string copy = folder + "/second.xml";
@@ -139,8 +139,8 @@ TEST(ManifestReadTest, ActivityTakesItsTitleElementAndReadOnlyNeedsExactTrue)
     const CGalleryOrganization* organization = manifest.GetOrganizations()->GetAt(0);
     EXPECT_FALSE(organization->m_readOnly);
     const CGalleryActivity* activity = organization->m_items->GetAt(0)->m_activities->GetAt(0);
-    EXPECT_EQ("file.png", N(activity->m_href));
-    EXPECT_EQ("a1", N(activity->m_metadata->m_identifier));
+    EXPECT_EQ("file.png", U(activity->m_href));
+    EXPECT_EQ("a1", U(activity->m_metadata->m_identifier));
     EXPECT_EQ("{en=Plain title;}", DumpBlock(activity->m_metadata->m_titles));
     EXPECT_STREQ(L"urn:m", manifest.GetIdentifier());
 }
@@ -181,9 +181,9 @@ TEST(ManifestReadTest, ShortLanguageStringsAreKeptEmptyAndOneResourceServesEvery
                                                           "<resource identifier=\"shared\" href=\"late.png\"/>")));
     const CGalleryFolder* category = manifest.GetOrganizations()->GetAt(0)->m_items->GetAt(0);
     EXPECT_EQ("{en=;en=Ok;}", DumpBlock(category->m_metadata->m_titles));
-    EXPECT_EQ("s.png", N(category->m_activities->GetAt(0)->m_href));
-    EXPECT_EQ("o.png", N(category->m_activities->GetAt(1)->m_href));
-    EXPECT_EQ("s.png", N(category->m_activities->GetAt(2)->m_href));
+    EXPECT_EQ("s.png", U(category->m_activities->GetAt(0)->m_href));
+    EXPECT_EQ("o.png", U(category->m_activities->GetAt(1)->m_href));
+    EXPECT_EQ("s.png", U(category->m_activities->GetAt(2)->m_href));
 }
 
 TEST(ManifestReadTest, ObserverSeesProgressAndCanStopTheParse)
@@ -215,16 +215,16 @@ TEST(ManifestOpenTest, MissingFilesAndBadArguments)
     EXPECT_EQ(E_INVALIDARG, CGalleryManifestIO::Open(manifest, nullptr, nullptr, false));
     EXPECT_EQ(E_INVALIDARG, CGalleryManifestIO::Save(manifest, nullptr, false));
     EXPECT_EQ(S_FALSE, CGalleryManifestIO::Open(manifest, W(folder).GetString(), nullptr, false));
-    EXPECT_EQ(folder + "/imsmanifest.xml", N(manifest.GetPath()));
+    EXPECT_EQ(folder + "/imsmanifest.xml", U(manifest.GetPath()));
     EXPECT_EQ(S_FALSE, CGalleryManifestIO::Open(manifest, W(folder + "/none.xml").GetString(), nullptr, false));
-    EXPECT_EQ(folder + "/none.xml", N(manifest.GetPath()));
+    EXPECT_EQ(folder + "/none.xml", U(manifest.GetPath()));
 
     CGalleryManifest archive;
     // An archive that can't be extracted is no package.
     EXPECT_EQ(E_FAIL, CGalleryManifestIO::Open(archive, W(folder + "/absent.zip").GetString(), nullptr, false));
     EXPECT_EQ(0u, archive.GetOrganizations()->GetCount());
     EXPECT_TRUE(archive.m_extracted);
-    const std::string extraction = N(CGalleryManifestIO::GetFolder(archive).GetPath().GetString());
+    const std::string extraction = U(CGalleryManifestIO::GetFolder(archive).GetPath().GetString());
     EXPECT_TRUE(std::filesystem::is_directory(extraction));
     CGalleryManifestIO::Close(archive);
     EXPECT_FALSE(std::filesystem::exists(extraction));
@@ -273,7 +273,7 @@ TEST(ManifestContainerTest, GalleryArchiveRoundTripAndCleanUp)
     ASSERT_EQ(S_OK, CGalleryManifestIO::Open(opened, W(target).GetString(), nullptr, false));
     EXPECT_TRUE(opened.m_extracted);
     EXPECT_EQ(Dump(saved), Dump(opened));
-    const std::string extraction = N(CGalleryManifestIO::GetFolder(opened).GetPath().GetString());
+    const std::string extraction = U(CGalleryManifestIO::GetFolder(opened).GetPath().GetString());
     EXPECT_EQ("WHALE", ReadFile(extraction + "/sea/whale.png"));
     CGalleryManifestIO::Close(opened);
     EXPECT_FALSE(std::filesystem::exists(extraction));
@@ -290,7 +290,7 @@ TEST(ManifestContainerTest, SaveToNewFolderBringsTheContentFiles)
     EXPECT_EQ("LION", ReadFile(target + "/lion.png"));
     EXPECT_EQ("WHALE", ReadFile(target + "/sea/whale.png"));
     EXPECT_TRUE(Exists(target + "/imsmanifest.xml"));
-    EXPECT_EQ(source + "/imsmanifest.xml", N(opened.GetPath()));
+    EXPECT_EQ(source + "/imsmanifest.xml", U(opened.GetPath()));
     // Saving onto its own folder leaves the files as they are.
     ASSERT_EQ(S_OK, CGalleryManifestIO::Save(opened, W(source).GetString(), false));
     EXPECT_EQ("LION", ReadFile(source + "/lion.png"));

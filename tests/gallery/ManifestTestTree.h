@@ -12,6 +12,7 @@
 #include "CGalleryOrganization.h"
 #include "IZOLTAXMLWriter.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QString>
 
@@ -25,14 +26,13 @@
 
 namespace manifest_test {
 
-inline CAtlString W(const std::string& text)
-{
-    return CAtlString(QString::fromStdString(text));
-}
+using curatool::test::U;
+using curatool::test::W;
 
+// The older name of U for wide texts, kept for the tests that use it.
 inline std::string N(const wchar_t* text)
 {
-    return text ? QString::fromWCharArray(text).toStdString() : std::string();
+    return U(text);
 }
 
 inline CGalleryOrganization* AddOrganization(CGalleryManifest& manifest, const wchar_t* id, const wchar_t* title)
@@ -85,16 +85,16 @@ inline std::string DumpBlock(const LanguageStringBlock* block)
 {
     std::string text = "{";
     for (int i = 0; block && i < block->GetCount(); ++i)
-        text += N(block->GetKey(i)) + "=" + N(block->GetValue(i)) + ";";
+        text += U(block->GetKey(i)) + "=" + U(block->GetValue(i)) + ";";
     return text + "}";
 }
 
 inline std::string DumpMetadata(const CGalleryMetadata& metadata)
 {
-    return "id=" + N(metadata.m_identifier) + " v=" + N(metadata.m_version) + " sort=" + N(metadata.m_sortKey) +
-           " fmt=" + N(metadata.m_format) + " t=" + DumpBlock(metadata.m_titles) +
-           " k=" + DumpBlock(metadata.m_keywords) + " orig=" + N(metadata.m_originalId) +
-           " show=" + N(metadata.m_showInLanguages) + " hide=" + N(metadata.m_hideInLanguages) +
+    return "id=" + U(metadata.m_identifier) + " v=" + U(metadata.m_version) + " sort=" + U(metadata.m_sortKey) +
+           " fmt=" + U(metadata.m_format) + " t=" + DumpBlock(metadata.m_titles) +
+           " k=" + DumpBlock(metadata.m_keywords) + " orig=" + U(metadata.m_originalId) +
+           " show=" + U(metadata.m_showInLanguages) + " hide=" + U(metadata.m_hideInLanguages) +
            " min=" + DumpBlock(metadata.m_minimumVersions) + " max=" + DumpBlock(metadata.m_maximumVersions) +
            " time=" + std::to_string(metadata.m_creationTime);
 }
@@ -107,7 +107,7 @@ inline void DumpFolder(const CGalleryFolder& folder, const std::string& indent, 
         const CGalleryActivity* activity = folder.m_activities->GetAt(i);
         EXPECT_EQ(&folder, activity->m_parent);
         EXPECT_EQ(eGalleryObjectActivity, activity->m_type);
-        out += indent + "  activity href=" + N(activity->m_href) + " " + DumpMetadata(*activity->m_metadata) + "\n";
+        out += indent + "  activity href=" + U(activity->m_href) + " " + DumpMetadata(*activity->m_metadata) + "\n";
     }
     for (std::uint32_t i = 0; i < folder.m_children->GetCount(); ++i) {
         EXPECT_EQ(&folder, folder.m_children->GetAt(i)->m_parent);

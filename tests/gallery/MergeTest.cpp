@@ -38,7 +38,7 @@ std::string WritePackage(const std::string& name, const PackageSpec& offer)
     for (const auto& [id, href] : offer.activities) {
         AddActivity(category, id.c_str(), href.c_str(), (L"Title of " + id).c_str());
         if (href.find(L"..") == std::wstring::npos && href[0] != L'/')
-            EXPECT_TRUE(WriteFile(folder + "/" + N(href.c_str()), N(href.c_str()) + "@" + N(offer.id.c_str())));
+            EXPECT_TRUE(WriteFile(folder + "/" + U(href.c_str()), U(href.c_str()) + "@" + U(offer.id.c_str())));
     }
     EXPECT_EQ(S_OK, CGalleryManifestIO::Save(manifest, W(folder + "/imsmanifest.xml").GetString(), false));
     return folder;
@@ -65,7 +65,7 @@ protected:
 
     std::string RecordOf(const wchar_t* id)
     {
-        return N(CGalleryManifestIO::GetInstallRecordPath(CGalleryManifestIO::GetUninstallFolder(installed), id)
+        return U(CGalleryManifestIO::GetInstallRecordPath(CGalleryManifestIO::GetUninstallFolder(installed), id)
                      .GetPath()
                      .GetString());
     }
@@ -124,7 +124,7 @@ TEST_F(MergeTest, SecondInstallOfTheSameIdentifierReplacesRecordAndRefreshesKnow
     const CGalleryFolder* category = Organization()->m_items->GetAt(0);
     EXPECT_EQ("{en=Renamed;}", DumpBlock(category->m_metadata->m_titles));
     ASSERT_EQ(3u, category->m_activities->GetCount());
-    EXPECT_EQ("lion2.png", N(category->m_activities->GetAt(0)->m_href));
+    EXPECT_EQ("lion2.png", U(category->m_activities->GetAt(0)->m_href));
     EXPECT_STREQ(L"urn:a:cat", category->m_activities->GetAt(1)->GetIdentifier());
     EXPECT_STREQ(L"urn:a:tiger", category->m_activities->GetAt(2)->GetIdentifier());
 }

@@ -2,6 +2,7 @@
 #include "GallerySourceBuilder.h"
 #include "ProgressRecorder.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -11,11 +12,6 @@
 using namespace curatool::test;
 
 namespace {
-
-std::string Utf8(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
 
 // A source folder holding only a categories document, and an empty gallery.
 struct CategoriesFixture : ::testing::Test
@@ -51,23 +47,23 @@ TEST_F(CategoriesFixture, ReadsCategoriesFilesTitlesAndNumbersInDocumentOrder)
     EXPECT_EQ(nullptr, installation->Category(-1));
 
     const CGalleryCategory* animals = installation->Category(0);
-    EXPECT_EQ("cat.animals", Utf8(animals->GetId()));
-    EXPECT_EQ("1.1", Utf8(animals->GetVersion()));
+    EXPECT_EQ("cat.animals", U(animals->GetId()));
+    EXPECT_EQ("1.1", U(animals->GetVersion()));
     EXPECT_EQ(2048, animals->GetSize());
     EXPECT_EQ(12, animals->GetCount());
     EXPECT_EQ(4096, animals->GetDiskSize());
-    EXPECT_EQ("Animaux", Utf8(animals->GetTitle(L"fr")));
-    EXPECT_EQ("Animals", Utf8(animals->GetTitle(L"en_GB")));
+    EXPECT_EQ("Animaux", U(animals->GetTitle(L"fr")));
+    EXPECT_EQ("Animals", U(animals->GetTitle(L"en_GB")));
     EXPECT_EQ(S_FALSE, animals->GetResult());
     EXPECT_FALSE(animals->IsInstalled());
     EXPECT_TRUE(animals->GetInstalledVersion().IsEmpty());
     ASSERT_EQ(2u, animals->GetFiles().size());
     const CGalleryCategoryFile& first = animals->GetFiles()[0];
-    EXPECT_EQ("animals1.zip", Utf8(first.GetName()));
-    EXPECT_EQ("pkg.animals1", Utf8(first.GetId()));
+    EXPECT_EQ("animals1.zip", U(first.GetName()));
+    EXPECT_EQ("pkg.animals1", U(first.GetId()));
     EXPECT_TRUE(first.NeedsUpdate());
-    EXPECT_EQ("1.0", Utf8(first.GetStrings().at(CAtlString(L"fr"))));
-    EXPECT_EQ("animals_fr.zip", Utf8(animals->GetStrings().at(CAtlString(L"fr"))));
+    EXPECT_EQ("1.0", U(first.GetStrings().at(CAtlString(L"fr"))));
+    EXPECT_EQ("animals_fr.zip", U(animals->GetStrings().at(CAtlString(L"fr"))));
 
     const CGalleryCategory* second = installation->Category(1);
     EXPECT_EQ(0, second->GetSize());
@@ -96,12 +92,12 @@ TEST_F(CategoriesFixture, ComparesInstalledVersionsAsPlainText)
 
     const CGalleryCategory* animals = installation->Category(0);
     EXPECT_TRUE(animals->IsInstalled());
-    EXPECT_EQ("9.0", Utf8(animals->GetInstalledVersion()));
+    EXPECT_EQ("9.0", U(animals->GetInstalledVersion()));
     const CGalleryCategoryFile& first = animals->GetFiles()[0];
     const CGalleryCategoryFile& second = animals->GetFiles()[1];
     EXPECT_TRUE(first.IsInstalled());
     EXPECT_TRUE(first.NeedsUpdate()) << "French strings are not installed";
-    EXPECT_EQ(InstallRecordPath(gallery, "pkg.animals1"), Utf8(first.GetInstalledPath().GetPath()));
+    EXPECT_EQ(InstallRecordPath(gallery, "pkg.animals1"), U(first.GetInstalledPath().GetPath()));
     EXPECT_FALSE(second.NeedsUpdate());
     EXPECT_TRUE(animals->IsUpdateAvailable());
 }
@@ -115,7 +111,7 @@ TEST_F(CategoriesFixture, CurrentStringsAndOlderOfferLeaveAFileAlone)
     EXPECT_FALSE(animals->GetFiles()[0].NeedsUpdate());
     EXPECT_FALSE(animals->GetFiles()[1].NeedsUpdate());
     EXPECT_FALSE(animals->IsUpdateAvailable());
-    EXPECT_EQ("1.2", Utf8(animals->GetInstalledVersion()));
+    EXPECT_EQ("1.2", U(animals->GetInstalledVersion()));
 }
 
 TEST_F(CategoriesFixture, AFileThatNeverArrivedOffersTheHalfInstalledCategoryAgain)
@@ -133,12 +129,12 @@ TEST(CategoryFileStrings, PairsLanguagesAndVersionsWithEitherSeparator)
 {
     auto parsed = CGalleryCategoryFile::ParseStrings(L"en:1.2;fr:1.1:de;2.0");
     EXPECT_EQ(3u, parsed.size());
-    EXPECT_EQ("1.1", Utf8(parsed[CAtlString(L"fr")]));
-    EXPECT_EQ("2.0", Utf8(parsed[CAtlString(L"de")]));
+    EXPECT_EQ("1.1", U(parsed[CAtlString(L"fr")]));
+    EXPECT_EQ("2.0", U(parsed[CAtlString(L"de")]));
     EXPECT_TRUE(CGalleryCategoryFile::ParseStrings(L"en").empty());
     parsed = CGalleryCategoryFile::ParseStrings(L"en:1.0;en:2.0;fr");
     ASSERT_EQ(1u, parsed.size());
-    EXPECT_EQ("2.0", Utf8(parsed[CAtlString(L"en")]));
+    EXPECT_EQ("2.0", U(parsed[CAtlString(L"en")]));
 }
 
 TEST_F(CategoriesFixture, MissingAndEmptyAttributesStopTheReading)
@@ -180,8 +176,8 @@ TEST_F(CategoriesFixture, OnlyMandatoryRemovalsAreCollected)
     document.insert(document.find("</gallery>"), "<removals><r id=\"not.this\"/></removals>");
     ASSERT_EQ(S_OK, OpenWith(document));
     ASSERT_EQ(2u, installation->GetRemovals().size());
-    EXPECT_EQ("old.one", Utf8(installation->GetRemovals()[0]));
-    EXPECT_EQ("old.two", Utf8(installation->GetRemovals()[1]));
+    EXPECT_EQ("old.one", U(installation->GetRemovals()[0]));
+    EXPECT_EQ("old.two", U(installation->GetRemovals()[1]));
 }
 
 TEST_F(CategoriesFixture, ASecondOpenFailsAndAMissingSourceFallsBackToTheKeptCopy)
@@ -205,16 +201,16 @@ TEST_F(CategoriesFixture, ASecondOpenFailsAndAMissingSourceFallsBackToTheKeptCop
 
 TEST(FormatByteSize, ShowsAFractionOnlyBelowTenUnits)
 {
-    EXPECT_EQ("1023 bytes", Utf8(FormatByteSize(1023)));
-    EXPECT_EQ("1.0 KB", Utf8(FormatByteSize(1024)));
-    EXPECT_EQ("9.9 KB", Utf8(FormatByteSize(10137)));
-    EXPECT_EQ("10.0 KB", Utf8(FormatByteSize(10239))) << "rounded in printing, still below the threshold";
-    EXPECT_EQ("10 KB", Utf8(FormatByteSize(10240)));
-    EXPECT_EQ("1023 KB", Utf8(FormatByteSize(1048575)));
-    EXPECT_EQ("1.5 MB", Utf8(FormatByteSize(1572864)));
-    EXPECT_EQ("10 MB", Utf8(FormatByteSize(10485760)));
-    EXPECT_EQ("1023 MB", Utf8(FormatByteSize(1073741823)));
-    EXPECT_EQ("4.0 GB", Utf8(FormatByteSize(4294967295u)));
+    EXPECT_EQ("1023 bytes", U(FormatByteSize(1023)));
+    EXPECT_EQ("1.0 KB", U(FormatByteSize(1024)));
+    EXPECT_EQ("9.9 KB", U(FormatByteSize(10137)));
+    EXPECT_EQ("10.0 KB", U(FormatByteSize(10239))) << "rounded in printing, still below the threshold";
+    EXPECT_EQ("10 KB", U(FormatByteSize(10240)));
+    EXPECT_EQ("1023 KB", U(FormatByteSize(1048575)));
+    EXPECT_EQ("1.5 MB", U(FormatByteSize(1572864)));
+    EXPECT_EQ("10 MB", U(FormatByteSize(10485760)));
+    EXPECT_EQ("1023 MB", U(FormatByteSize(1073741823)));
+    EXPECT_EQ("4.0 GB", U(FormatByteSize(4294967295u)));
 }
 
 TEST(SourceKinds, UrlTestAndEncoding)
@@ -226,11 +222,11 @@ TEST(SourceKinds, UrlTestAndEncoding)
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"C:/x"));
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"/srv/data"));
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"a b://x"));
-    EXPECT_EQ("sub/my%20file%C3%A9(1).zip", Utf8(CGalleryInstallation::EncodeUrlName(L"sub\\my file\u00e9(1).zip")));
-    EXPECT_EQ("Gallery Data Files", Utf8(CGalleryInstallation::DefaultSource(3)));
-    EXPECT_TRUE(Utf8(CGalleryInstallation::DefaultSource(2)).find("/software/ZPC") != std::string::npos);
-    EXPECT_TRUE(Utf8(CGalleryInstallation::DefaultSource(1)).rfind("/Gallery Data Files") != std::string::npos);
-    EXPECT_EQ(Utf8(CGalleryInstallation::DefaultSource(2)), Utf8(CGalleryInstallation::DefaultSource(0)));
+    EXPECT_EQ("sub/my%20file%C3%A9(1).zip", U(CGalleryInstallation::EncodeUrlName(L"sub\\my file\u00e9(1).zip")));
+    EXPECT_EQ("Gallery Data Files", U(CGalleryInstallation::DefaultSource(3)));
+    EXPECT_TRUE(U(CGalleryInstallation::DefaultSource(2)).find("/software/ZPC") != std::string::npos);
+    EXPECT_TRUE(U(CGalleryInstallation::DefaultSource(1)).rfind("/Gallery Data Files") != std::string::npos);
+    EXPECT_EQ(U(CGalleryInstallation::DefaultSource(2)), U(CGalleryInstallation::DefaultSource(0)));
 }
 
 TEST_F(CategoriesFixture, NeedsAnInstallFolderAndMakesAMissingOne)

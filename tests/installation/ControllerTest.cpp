@@ -4,10 +4,10 @@
 #include "GallerySourceBuilder.h"
 #include "IInstallationObserver.h"
 #include "InstalledXmlWriter.h"
-#include "LocalHttpServer.h"
 #include "ProgressRecorder.h"
 #include "QtInstallationObserver.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -20,16 +20,6 @@ using namespace curatool::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Utf8(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 const char kGalleryId[] = "gal-1";
 
@@ -131,19 +121,19 @@ TEST_F(ControllerFixture, LocatesDataDirectlyBelowOrInTheGalleryFolder)
     EXPECT_TRUE(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"Animals").IsEmpty());
     ASSERT_TRUE(WriteFile(root + "/ANIMALS/Gallery Data Files/gallery_categories.xml", "<x/>"));
     EXPECT_EQ(root + "/ANIMALS/Gallery Data Files",
-              Utf8(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
+              U(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
     EXPECT_TRUE(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"").IsEmpty());
     ASSERT_TRUE(WriteFile(root + "/Gallery Data Files/gallery_categories.xml", "<x/>"));
     EXPECT_EQ(root + "/Gallery Data Files",
-              Utf8(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
+              U(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"animals").GetPath()));
     ASSERT_TRUE(WriteFile(root + "/gallery_categories.xml", "<x/>"));
-    EXPECT_EQ(root, Utf8(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"").GetPath()));
+    EXPECT_EQ(root, U(CInstallationController::LocateGalleryData(CZoltaDirectoryPath(root.c_str()), L"").GetPath()));
 }
 
 TEST_F(ControllerFixture, FindSourceChecksTheGalleryId)
 {
     EXPECT_TRUE(controller->FindSource(CAtlString(source.c_str()))) << "derived from the first category's id";
-    EXPECT_EQ(source, Utf8(controller->GetSource()));
+    EXPECT_EQ(source, U(controller->GetSource()));
     EXPECT_TRUE(controller->IsLocalSource());
 
     WriteDocument("1.0", kGalleryId);
@@ -151,12 +141,12 @@ TEST_F(ControllerFixture, FindSourceChecksTheGalleryId)
 
     WriteDocument("1.0", "another-gallery");
     EXPECT_FALSE(controller->FindSource(CAtlString(source.c_str())));
-    EXPECT_EQ("http://127.0.0.1:9/none", Utf8(controller->GetSource()));
+    EXPECT_EQ("http://127.0.0.1:9/none", U(controller->GetSource()));
     EXPECT_FALSE(controller->IsLocalSource());
 
     EXPECT_FALSE(controller->FindSource(CAtlString(MakeScratchDir("empty").c_str())));
-    EXPECT_EQ("gal-1", Utf8(CInstallationController::GalleryIdFromCategoryId(L"gal-1.pets")));
-    EXPECT_EQ("{AB-12}", Utf8(CInstallationController::GalleryIdFromCategoryId(L"{AB-12}.x.y")));
+    EXPECT_EQ("gal-1", U(CInstallationController::GalleryIdFromCategoryId(L"gal-1.pets")));
+    EXPECT_EQ("{AB-12}", U(CInstallationController::GalleryIdFromCategoryId(L"{AB-12}.x.y")));
     EXPECT_TRUE(CInstallationController::GalleryIdFromCategoryId(L"plain").IsEmpty());
 }
 
@@ -280,42 +270,6 @@ TEST_F(ControllerFixture, TheStateFileRecordsSuccessfulInstallsAndEveryUpdate)
     }
 }
 
-TEST_F(ControllerFixture, DownloadAllOverHttpCountsEachFileTwice)
-{
-    LocalHttpServer server(source);
-    ASSERT_TRUE(server.IsRunning());
-    const std::string url = server.Url();
-    EXPECT_TRUE(controller->TestUrl(CAtlString(url.c_str())));
-    EXPECT_TRUE(controller->TestUrl(CAtlString((url + "/").c_str())));
-    EXPECT_FALSE(controller->TestUrl(CAtlString((url + "/missing").c_str())));
-    EXPECT_FALSE(controller->TestUrl(CAtlString(source.c_str())));
-
-    const std::string target = MakeScratchDir("download");
-    configuration->SetInstallDirectory(CZoltaDirectoryPath(target.c_str()));
-    controller->SetSource(CAtlString(url.c_str()));
-    ASSERT_TRUE(controller->DownloadAll(&progress));
-    EXPECT_EQ(ReadFile(source + "/dog.zip"), ReadFile(target + "/dog.zip"));
-    EXPECT_FALSE(Exists(target + "/dog.png")) << "nothing is installed";
-
-    // Two files, each counted before and after its fetch: a file starts at 25 (75) and its
-    // line ends at 50 (100); bytes arriving in between keep the overall of the start.
-    for (const std::string file : {"dog.zip", "cow.zip"})
-    {
-        std::vector<ProgressRecorder::Event> downloads;
-        for (const auto& event : progress.OfStage(eGalleryInstallationProgressDownloading))
-            if (event.item == file)
-                downloads.push_back(event);
-        ASSERT_GE(downloads.size(), 4u) << file;
-        const int start = file == std::string("dog.zip") ? 25 : 75;
-        EXPECT_EQ(0, downloads.front().percent);
-        EXPECT_EQ(start, downloads.front().overall);
-        EXPECT_EQ(100, downloads.back().percent);
-        EXPECT_EQ(start + 25, downloads.back().overall);
-        for (std::size_t i = 0; i + 1 < downloads.size(); ++i)
-            EXPECT_EQ(start, downloads[i].overall);
-    }
-}
-
 TEST(QtInstallationObserver, ThinsEventsOfOneStageButLetsChangesPass)
 {
     struct Signal
@@ -328,7 +282,7 @@ TEST(QtInstallationObserver, ThinsEventsOfOneStageButLetsChangesPass)
     QtInstallationObserver observer;
     QObject::connect(&observer, &QtInstallationObserver::ProgressSignal,
                      [&](eGalleryInstallationProgress stage, CAtlString title, CAtlString file, int, int) {
-                         signals_.push_back({stage, Utf8(title), Utf8(file)});
+                         signals_.push_back({stage, U(title), U(file)});
                      });
     observer.Progress(eGalleryInstallationProgressDownloading, nullptr, L"a", 0, 0);
     observer.Progress(eGalleryInstallationProgressDownloading, nullptr, L"a", 50, 0);

@@ -3,21 +3,15 @@
 #include "LocalHttpServer.h"
 #include "ProgressRecorder.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 
 using namespace curatool::test;
-namespace fs = std::filesystem;
 
 namespace {
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 const PackageSpec kDog{"pkg.dog", "1.0", "dog.png", "woof", "Dog"};
 const PackageSpec kCow{"pkg.cow", "1.0", "cow.png", "moo", "Cow"};
@@ -63,11 +57,8 @@ struct HttpRunFixture : ::testing::Test
         EXPECT_EQ("woof", ReadFile(gallery + "/dog.png"));
         EXPECT_EQ("moo", ReadFile(gallery + "/cow.png"));
         EXPECT_TRUE(Contains(ReadFile(gallery + "/imsmanifest.xml"), "Chien"));
-        int left = 0;
-        for (const auto& entry : fs::recursive_directory_iterator(
-                 installation->GetDownloadDirectory().GetPath().ToQString().toStdString()))
-            left += entry.is_regular_file() ? 1 : 0;
-        EXPECT_EQ(0, left) << "every fetched file goes once it is used";
+        EXPECT_EQ(std::vector<std::string>{}, FilesBelow(installation->GetDownloadDirectory().GetPath().ToQString().toStdString()))
+            << "every fetched file goes once it is used";
     }
 };
 

@@ -4,6 +4,7 @@
 #include "GallerySourceBuilder.h"
 #include "ProgressRecorder.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -13,16 +14,6 @@ using namespace curatool::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Utf8(const CAtlString& text)
-{
-    return text.ToQString().toStdString();
-}
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 const PackageSpec kDog{"pkg.dog", "1.0", "dog.png", "woof v1", "Dog"};
 const PackageSpec kCat{"pkg.cat", "1.0", "cat.png", "meow v1", "Cat"};
@@ -119,7 +110,7 @@ TEST_F(RunFixture, InstallCopiesContentRecordsAndReportsEachFileInOrder)
     const CGalleryCategory* pets = installation->CategoryById(L"cat.pets");
     EXPECT_TRUE(pets->IsInstalled());
     EXPECT_FALSE(pets->IsUpdateAvailable());
-    EXPECT_EQ("1.0", Utf8(pets->GetInstalledVersion()));
+    EXPECT_EQ("1.0", U(pets->GetInstalledVersion()));
     EXPECT_FALSE(installation->CategoryById(L"cat.farm")->IsInstalled());
 }
 
@@ -153,7 +144,7 @@ TEST_F(RunFixture, UpdateInstallsOnlyTheChangedFile)
 
     Open();
     EXPECT_FALSE(installation->CategoryById(L"cat.pets")->IsUpdateAvailable());
-    EXPECT_EQ("1.1", Utf8(installation->CategoryById(L"cat.pets")->GetInstalledVersion()));
+    EXPECT_EQ("1.1", U(installation->CategoryById(L"cat.pets")->GetInstalledVersion()));
 }
 
 TEST_F(RunFixture, UninstallRemovesRecordsAndContentAndKeepsTheRest)
@@ -314,7 +305,7 @@ TEST_F(RunFixture, ACategoryWithoutFilesNeedsNoDivision)
 TEST_F(RunFixture, TheDownloadFolderGoesWithTheEngine)
 {
     Open();
-    const std::string folder = Utf8(installation->GetDownloadDirectory().GetPath());
+    const std::string folder = U(installation->GetDownloadDirectory().GetPath());
     EXPECT_TRUE(fs::is_directory(folder));
     installation.reset();
     EXPECT_FALSE(fs::exists(folder));

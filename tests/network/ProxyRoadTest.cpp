@@ -72,19 +72,6 @@ ServerProcess* ProxyRoadTest::s_proxy = nullptr;
 
 }  // namespace
 
-TEST_F(ProxyRoadTest, RightCredentialsPassWithoutADialog)
-{
-    ProxyHandler handler;
-    PointAtProxy(handler);
-    handler.SetCredentials(CAtlString(L"user"), CAtlString(L"pass"));
-    int prompts = 0;
-    handler.SetPrompt([&](ProxyPromptValues&, bool, QObject*) { return ++prompts, false; });
-    handler.SetAllowPrompt(true);
-    EXPECT_EQ(S_OK, Fetch(handler));
-    EXPECT_EQ(kContent, curatool::test::ReadFile(m_local));
-    EXPECT_EQ(0, prompts);
-}
-
 TEST_F(ProxyRoadTest, WithoutCredentialsTheDialogIsAskedAndItsAnswerKept)
 {
     ProxyHandler handler;

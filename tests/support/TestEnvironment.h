@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace curatool::test {
 
@@ -21,5 +22,8 @@ bool WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFile(const std::string& path);
 
 bool Exists(const std::string& path);
+
+// Every regular file below `folder` (absolute paths, sorted); empty when there is no folder.
+std::vector<std::string> FilesBelow(const std::string& folder);
 
 }  // namespace curatool::test

@@ -1,6 +1,13 @@
 #include "TestEnvironment.h"
 
+// The same main serves every test program; only the widget tests get a QApplication.
+#ifdef CURATOOL_TEST_WIDGETS
 #include <QApplication>
+using TestApplication = QApplication;
+#else
+#include <QCoreApplication>
+using TestApplication = QCoreApplication;
+#endif
 
 #include <cstdlib>
 #include <filesystem>
@@ -18,7 +25,7 @@ int main(int argc, char** argv)
 
     int result;
     {
-        QApplication app(argc, argv);
+        TestApplication app(argc, argv);
         result = RUN_ALL_TESTS();
     }
     if (curatool::test::OwnsScratchRoot() && !std::getenv("CURATOOL_KEEP_TEST_DIRS")) {

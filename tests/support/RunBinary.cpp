@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -172,6 +173,11 @@ RunResult BinaryProcess::Wait()
 RunResult RunCuratool(const std::vector<std::string>& arguments, const RunOptions& options)
 {
     return BinaryProcess(CURATOOL_BINARY, arguments, options).Wait();
+}
+
+std::string CuratoolProgram()
+{
+    return std::filesystem::canonical(CURATOOL_BINARY).string();
 }
 
 RunOptions Headless(RunOptions options)

@@ -82,16 +82,17 @@ bool ServerProcess::StartStaticServer(const QString& folder)
                   false);
 }
 
-bool ServerProcess::StartScriptedServer(const QString& logFile)
+bool ServerProcess::StartScriptedServer(const QString& logFile, const QStringList& options)
 {
     return Launch(QStringLiteral("python3"),
-                  {QStringLiteral(CURATOOL_TEST_DATA_DIR "/scripted_http_server.py"), logFile}, true);
+                  QStringList{QStringLiteral(CURATOOL_SUPPORT_DATA_DIR "/scripted_http_server.py"), logFile} + options,
+                  true);
 }
 
 bool ServerProcess::StartSocksServer(const QString& user, const QString& password, const QString& logFile)
 {
     return Launch(QStringLiteral("python3"),
-                  {QStringLiteral(CURATOOL_TEST_DATA_DIR "/socks5_server.py"), user, password, logFile}, true);
+                  {QStringLiteral(CURATOOL_SUPPORT_DATA_DIR "/socks5_server.py"), user, password, logFile}, true);
 }
 
 bool ServerProcess::StartTinyproxy(const QString& folder, const QString& user, const QString& password)

@@ -4,13 +4,42 @@
 Prints its port on the first line of standard output, then serves until killed. Each request
 line received is appended to the log file given as the first argument. The path picks the
 behaviour; see REPLIES below.
+
+Options after the log file serve a folder as a gallery source would be served: --folder DIR
+serves its files for paths of no scripted reply, --delay MS holds every reply back that long,
+--stall NAME (repeatable) sends half of that file and then nothing more, --missing NAME (repeatable) gives it a
+404, and --proxy-auth USER:PASS makes requests for whole URLs (to a proxy) need those Basic
+credentials.
 """
+import base64
+import os
 import socket
 import socketserver
 import sys
 import time
+import urllib.parse
 
-LOG = sys.argv[1] if len(sys.argv) > 1 else None
+ARGS = sys.argv[1:]
+LOG = ARGS[0] if ARGS and not ARGS[0].startswith("--") else None
+FOLDER = None
+DELAY = 0.0
+STALLED = set()
+MISSING = set()
+PROXY_AUTH = None
+_index = 1 if LOG else 0
+while _index + 1 < len(ARGS):
+    _name, _value = ARGS[_index], ARGS[_index + 1]
+    if _name == "--folder":
+        FOLDER = _value
+    elif _name == "--delay":
+        DELAY = int(_value) / 1000.0
+    elif _name == "--stall":
+        STALLED.add(_value)
+    elif _name == "--missing":
+        MISSING.add(_value)
+    elif _name == "--proxy-auth":
+        PROXY_AUTH = b"\r\nProxy-Authorization: Basic " + base64.b64encode(_value.encode()) + b"\r\n"
+    _index += 2
 
 
 def reply(sock, status, body=b"", headers=None):
@@ -127,6 +156,21 @@ REPLIES = {
 }
 
 
+def from_folder(sock, path):
+    name = urllib.parse.unquote(path.lstrip("/"))
+    full = os.path.join(FOLDER, name)
+    if name in MISSING or ".." in name.split("/") or not os.path.isfile(full):
+        missing(sock, None)
+        return
+    with open(full, "rb") as source:
+        body = source.read()
+    if name in STALLED:
+        reply(sock, "200 OK", body[: len(body) // 2], {"Content-Length": str(len(body))})
+        time.sleep(60)
+        return
+    reply(sock, "200 OK", body)
+
+
 class Handler(socketserver.BaseRequestHandler):
     def handle(self):
         sock = self.request
@@ -141,6 +185,12 @@ class Handler(socketserver.BaseRequestHandler):
             with open(LOG, "a") as log:
                 log.write(first + "\n")
         target = first.split(" ")[1] if " " in first else "/"
+        if DELAY:
+            time.sleep(DELAY)
+        if "://" in target and PROXY_AUTH and PROXY_AUTH not in request:
+            reply(sock, "407 Proxy Authentication Required", b"who are you",
+                  {"Proxy-Authenticate": 'Basic realm="test"', "Content-Length": "11"})
+            return
         if "://" in target and b"/proxy-auth" in target.encode():
             # Acting as a proxy that wants user:pass, and answers 407 to anything else.
             if b"\r\nProxy-Authorization: Basic dXNlcjpwYXNz\r\n" in request:
@@ -153,7 +203,10 @@ class Handler(socketserver.BaseRequestHandler):
         if "://" in path:
             path = "/" + path.split("://", 1)[1].split("/", 1)[-1]
         try:
-            REPLIES.get(path, missing)(sock, request)
+            if FOLDER and path not in REPLIES:
+                from_folder(sock, path)
+            else:
+                REPLIES.get(path, missing)(sock, request)
         except OSError:
             pass
 
@@ -161,6 +214,8 @@ class Handler(socketserver.BaseRequestHandler):
 class Server(socketserver.ThreadingTCPServer):
     daemon_threads = True
     allow_reuse_address = True
+    # Room for many connections arriving at once: a full backlog costs a client a second.
+    request_queue_size = 64
 
 
 if __name__ == "__main__":

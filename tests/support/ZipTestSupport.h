@@ -6,6 +6,7 @@
 #include "CZoltaDirectoryPath.h"
 #include "CZoltaFilePath.h"
 #include "TestEnvironment.h"
+#include "TestText.h"
 
 #include <QString>
 
@@ -20,14 +21,8 @@
 
 namespace ziptest {
 
-inline CZoltaFilePath FilePath(const std::string& path)
-{
-    return CZoltaFilePath(QString::fromStdString(path));
-}
-inline CZoltaDirectoryPath FolderPath(const std::string& path)
-{
-    return CZoltaDirectoryPath(QString::fromStdString(path));
-}
+using curatool::test::FilePath;
+using curatool::test::FolderPath;
 
 inline bool HasTool(const char* name)
 {
@@ -197,5 +192,14 @@ private:
 
     std::vector<RawEntry> m_entries;
 };
+
+// An archive of these entries in one call.
+inline std::string Archive(const std::vector<RawEntry>& entries)
+{
+    RawZip zip;
+    for (const RawEntry& entry : entries)
+        zip.Add(entry);
+    return zip.Build();
+}
 
 }  // namespace ziptest

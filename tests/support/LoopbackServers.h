@@ -22,8 +22,9 @@ public:
 
     // python3 -m http.server serving `folder` on a free loopback port.
     bool StartStaticServer(const QString& folder);
-    // The misbehaving server of data/scripted_http_server.py; request lines go to `logFile`.
-    bool StartScriptedServer(const QString& logFile);
+    // The misbehaving server of data/scripted_http_server.py; request lines go to `logFile`,
+    // `options` follow it on the script's command line.
+    bool StartScriptedServer(const QString& logFile, const QStringList& options = {});
     // The SOCKS 5 proxy of data/socks5_server.py; authentication attempts go to `logFile`.
     bool StartSocksServer(const QString& user, const QString& password, const QString& logFile);
     // tinyproxy in the foreground on a free loopback port, asking for Basic credentials.

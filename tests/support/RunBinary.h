@@ -75,6 +75,9 @@ private:
     std::optional<RunResult> m_result;
 };
 
+// The absolute, resolved path of the curatool binary under test.
+std::string CuratoolProgram();
+
 // Runs the curatool binary under test to its end: what it printed and how it ended.
 RunResult RunCuratool(const std::vector<std::string>& arguments, const RunOptions& options = {});
 
