@@ -7,7 +7,6 @@
 #include "CConfiguration.h"
 #include "CGalleryRepositoryEntry.h"
 #include "CInstallationController.h"
-#include "CLIProgress.h"
 #include "FileAssociations.h"
 #include "GalleryChooser.h"
 #include "MainWindow.h"
