@@ -158,7 +158,9 @@ int CWorkFlow::RunMainWindow(CWorkFlowEnvironment& environment)
     }
 
     const int result = window.exec();
-    configuration.Register();
+    // A gallery whose records the user had deleted stays unknown.
+    if (!window.RecordsRemoved())
+        configuration.Register();
     return result;
 }
 

@@ -324,6 +324,7 @@ void MainWindow::OnOk()
     {
         m_configuration->RemoveStoredFiles();
         m_configuration->Unregister();
+        m_recordsRemoved = true;
     }
     progress.Finish();
     progress.hide();

@@ -48,6 +48,9 @@ public:
     void OnRunFailed(CGalleryInstallation* installation) override;
 
     bool IsOffline() const { return m_offline; }
+    // The user had everything removed and the gallery's records deleted: it is not to be
+    // registered again.
+    bool RecordsRemoved() const { return m_recordsRemoved; }
 
 public slots:
     void OnOk();
@@ -86,6 +89,7 @@ private:
     ProxyHandler* m_proxyHandler;
     bool m_restoreSelection = false;
     bool m_offline = false;
+    bool m_recordsRemoved = false;
     std::vector<CAtlString> m_savedSelection;
     About* m_about = nullptr;
     ReadProgressDlg* m_readProgress = nullptr;

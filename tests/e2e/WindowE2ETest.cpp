@@ -254,3 +254,38 @@ TEST_F(WindowE2E, WaitForCDGoesOnWhenTheDiscArrives)
     EXPECT_EQ(0, Finished().exitCode);
     ExpectInstalled(DefaultInstallDirectory());
 }
+
+TEST_F(WindowE2E, RemovingEverythingWithItsRecordsLeavesNoRegistration)
+{
+    const RunResult install =
+        Curatool({"--installall", "-configuration", m_collection, "-source", m_source});
+    ASSERT_EQ(0, install.exitCode) << install.err;
+    const std::string gallery = DefaultInstallDirectory();
+
+    Start({"-configuration", m_collection, "-source", m_source});
+    const std::string window = FindWindow(kMainWindowTitle);
+    ASSERT_FALSE(window.empty()) << Finished().err;
+    // "All Categories" from checked, through each row's own choice, to cleared: everything goes,
+    // and the question about the records comes.
+    for (int click = 0; click < 2; ++click) {
+        Xdotool({"mousemove", "--window", window, std::to_string(kRootRowX), std::to_string(kRootRowY), "click", "1"});
+        // Apart enough not to make a double click.
+        std::this_thread::sleep_for(std::chrono::milliseconds(800));
+    }
+    Press(window, "Return");
+    const std::string question = FindWindow(kMessageTitle);
+    ASSERT_FALSE(question.empty()) << Finished().err;
+    Press(question, "Return");  // Yes
+
+    const std::string progress = FindWindow(kProgressTitle);
+    ASSERT_FALSE(progress.empty()) << Finished().err;
+    ASSERT_TRUE(WaitFor([&] { return !Exists(gallery + "/Uninstall/updateinfo.xml"); }));
+    WaitFor([&] {
+        Press(progress, "Return");
+        return !m_program->IsRunning();
+    });
+    EXPECT_EQ(0, Finished().exitCode);
+    for (const SampleCategory& category : SampleCategories())
+        EXPECT_TRUE(LacksCategory(gallery, category.alias)) << category.alias;
+    EXPECT_FALSE(IsRegistered());
+}
