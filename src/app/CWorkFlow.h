@@ -14,6 +14,7 @@ class CInstallationController;
 class CSelfUpdate;
 class CConfiguration;
 class CAtlStringA;
+class QWidget;
 class IGalleryInstallationObserver;
 struct CCmdLineContext;
 
@@ -34,7 +35,7 @@ public:
 
     virtual ~CWorkFlow() = default;
 
-    // Window-based start (CWorkFlowInstall.cpp).
+    // Window-based start (CWorkFlowWindows.cpp).
     int Normal(const CCmdLineContext& context, Configuration configuration);
     // Unattended installs (CWorkFlowInstall.cpp).
     int InstallAll(const CCmdLineContext& context, Configuration configuration);
@@ -42,10 +43,11 @@ public:
     // Local copies of a source (CWorkFlowDownload.cpp).
     int DownloadAll(const CCmdLineContext& context, Configuration configuration);
     int DownloadSome(const CCmdLineContext& context, Configuration configuration);
-    // Removal, registration and the disc start (CWorkFlowUninstall.cpp).
+    // Removal and registration from the console (CWorkFlowUninstall.cpp).
     int Uninstall(const CCmdLineContext& context, Configuration configuration);
-    int UninstallAll(const CCmdLineContext& context, Configuration configuration);
     int Register(const CCmdLineContext& context, Configuration configuration);
+    // Removal of every gallery, and the start from a disc, with windows (CWorkFlowWindows.cpp).
+    int UninstallAll(const CCmdLineContext& context, Configuration configuration);
     int WaitForCD(const CCmdLineContext& context, Configuration configuration);
 
     // The complaints, then the usage text on standard output; returns 666.
@@ -65,6 +67,17 @@ public:
     // Removes the installed gallery of the environment's configuration and what registers it.
     static bool UninstallGallery(const CWorkFlowEnvironment& environment, IGalleryInstallationObserver* observer,
                                  bool gui);
+
+    // The window-based end of Normal and WaitForCD: finds the source, reads the gallery and hands
+    // over to the main window; its result is the window's.
+    static int RunMainWindow(CWorkFlowEnvironment& environment);
+    // The destination can be written, or a new one was chosen and read; asks the user.
+    static bool EnsureWritableDestination(CWorkFlowEnvironment& environment);
+    // Asks for a folder that can be written and reads the gallery state there. False on cancel.
+    static bool ChooseNewDestination(CWorkFlowEnvironment& environment, QWidget* parent);
+    // Removes one gallery under a progress dialog; what the gallery chooser offers.
+    static bool UninstallWithDialog(const CCmdLineContext& context, Configuration configuration, bool gui,
+                                    QWidget* parent);
 
     // The command line to hand over a restart: the raw arguments, then the opened files.
     static QStringList ArgumentsForRestart(const CCmdLineContext& context);

@@ -39,15 +39,6 @@ CAtlString UnreadableCategoriesDocument(const std::initializer_list<CAtlString>&
 
 }  // namespace
 
-int CWorkFlow::Normal(const CCmdLineContext& context, Configuration configuration)
-{
-    // The windows of this mode are not part of the program yet.
-    PrintErrors(context.errors);
-    // When this started an update, the program is already on its way out.
-    CheckSelfUpdate(MakeEnvironment(context, configuration));
-    return eSuccess;
-}
-
 bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configuration& configuration, bool some,
                                CWorkFlowEnvironment& environment)
 {

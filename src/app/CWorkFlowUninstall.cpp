@@ -1,4 +1,4 @@
-// Removal, registration and the start from a disc.
+// Removal and registration from the console.
 #include "CWorkFlow.h"
 
 #include "CAtlStringA.h"
@@ -97,13 +97,6 @@ int CWorkFlow::Uninstall(const CCmdLineContext& context, Configuration configura
     return UninstallGallery(environment, &progress, false) ? eSuccess : eFailure;
 }
 
-int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
-{
-    // The dialogs of this mode are not part of the program yet.
-    PrintErrors(context.errors);
-    return eSuccess;
-}
-
 int CWorkFlow::Register(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
@@ -141,11 +134,4 @@ int CWorkFlow::Register(const CCmdLineContext& context, Configuration configurat
         return eSuccess;
     Output::Error(Output::eCouldNotSavePreferences, false);
     return eFailure;
-}
-
-int CWorkFlow::WaitForCD(const CCmdLineContext& context, Configuration)
-{
-    // The disc dialog of this mode is not part of the program yet.
-    PrintErrors(context.errors);
-    return eSuccess;
 }

@@ -12,6 +12,7 @@
 #include "CPasswordDialog.h"
 #include "CProgramIdentity.h"
 #include "GalleryChooser.h"
+#include "MainWindow.h"
 #include "Output.h"
 #include "ProgressDlg.h"
 #include "ProxyAuth.h"
@@ -24,6 +25,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include <cstdio>
 #include <filesystem>
@@ -155,6 +157,40 @@ int main(int argc, char** argv)
         progress.Finish();
     }
     {
+        // The main window over a gallery that has Animals and Maps, while the source offers a
+        // newer Animals: Sounds chosen to add, the Animals update, Maps to remove.
+        const QString installed = scratch + "/gallery-with-update";
+        auto state = std::make_shared<CInstallationController>(configuration);
+        if (state->OpenInstallation(CZoltaDirectoryPath(installed), CAtlString(source), nullptr, false))
+        {
+            for (int i : {0, 1})
+                state->GetInstallation()->Category(i)->SetAction(eGalleryCategoryActionInstall);
+            state->Run(nullptr);
+        }
+        state->Close();
+        QFile document(source + "/gallery_categories.xml");
+        document.open(QIODevice::ReadOnly);
+        QString text = QString::fromUtf8(document.readAll());
+        document.close();
+        text.replace("id=\"zsc.pkg.animals.birds\" version=\"1.0\"", "id=\"zsc.pkg.animals.birds\" version=\"1.1\"");
+        document.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        document.write(text.toUtf8());
+        document.close();
+
+        configuration->SetInstallDirectory(CZoltaDirectoryPath(installed));
+        state->SetSource(CAtlString(source));
+        MainWindow window(state, configuration, nullptr);
+        state->AddObserver(&window);
+        state->Open(nullptr);
+        auto* categories = window.findChild<QTreeWidget*>(QStringLiteral("treeWidgetCategories"));
+        auto* updates = window.findChild<QTreeWidget*>(QStringLiteral("treeWidgetUpdates"));
+        window.OnCategoryClicked(categories->topLevelItem(0)->child(2), 0);
+        window.OnCategoryClicked(categories->topLevelItem(0)->child(1), 0);
+        window.OnUpdateClicked(updates->topLevelItem(0)->child(0), 0);
+        Save(window, "mainwindow");
+        state->Close();
+    }
+    {
         About about(configuration);
         about.adjustSize();
         Save(about, "about");
@@ -193,5 +229,5 @@ int main(int argc, char** argv)
         Save(proxy, "proxy-credentials");
     }
     QDir(scratch).removeRecursively();
-    return g_written == 9 ? 0 : 1;
+    return g_written == 10 ? 0 : 1;
 }
