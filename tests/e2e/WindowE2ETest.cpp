@@ -54,10 +54,14 @@ protected:
                 m_display = ":" + std::to_string(number);
         ASSERT_FALSE(m_display.empty());
         m_xvfb = std::make_unique<BinaryProcess>(
-            kXvfb, std::vector<std::string>{m_display, "-screen", "0", "1024x768x24", "-nolisten", "tcp"}, RunOptions{});
+            kXvfb, std::vector<std::string>{m_display, "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"}, RunOptions{});
         ASSERT_TRUE(m_xvfb->Started());
         const std::string socket = "/tmp/.X11-unix/X" + m_display.substr(1);
         ASSERT_TRUE(WaitFor([&] { return Exists(socket); })) << "Xvfb did not start on " << m_display;
+        // The socket is there before the server answers; a busy machine shows the difference. The
+        // server must not reset when this probe leaves (-noreset), or the program's connection fails.
+        ASSERT_TRUE(WaitFor([&] { return !Xdotool({"getdisplaygeometry"}).empty(); }))
+            << "Xvfb does not answer on " << m_display;
     }
 
     void TearDown() override
