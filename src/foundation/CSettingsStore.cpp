@@ -3,7 +3,6 @@
 #include "SystemLocation.h"
 
 #include <QCoreApplication>
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -42,20 +41,14 @@ std::unique_ptr<QSettings> OpenStore(bool userScope)
 }
 
 // A writer killed between creating the store's lock file and writing its process id into it leaves
-// a lock that nothing can prove stale, and every later write would wait 30 s on it. A lock whose
-// owner can't be read, and that is older than any writer takes to fill it in, is removed.
+// a lock that nothing can prove stale, and every later write would wait 30 s on it. Taking the lock
+// once with a short stale time clears such a lock after 2 s; a live writer holds it for milliseconds.
 void RemoveUnclaimedLock(const QString& storeFile)
 {
-    const QString lockName = storeFile + QStringLiteral(".lock");
-    const QFileInfo lockInfo(lockName);
-    if (!lockInfo.exists())
-        return;
-    qint64 pid = 0;
-    QString host;
-    QString application;
-    if (!QLockFile(lockName).getLockInfo(&pid, &host, &application) &&
-        lockInfo.lastModified().msecsTo(QDateTime::currentDateTime()) > 2000)
-        QFile::remove(lockName);
+    QLockFile lock(storeFile + QStringLiteral(".lock"));
+    lock.setStaleLockTime(2000);
+    if (lock.tryLock(5000))
+        lock.unlock();
 }
 
 int WriteValue(bool userScope, const CAtlString& section, const CAtlString& key, const QVariant& value)
