@@ -9,6 +9,7 @@
 #include "CGalleryCategory.h"
 #include "CGalleryInstallation.h"
 #include "CSettingsStore.h"
+#include "GeneratedSource.h"
 #include "PackagePrefetcher.h"
 
 #include <QCoreApplication>
@@ -33,68 +34,6 @@ constexpr int kCategories = 10;
 constexpr int kPackagesPerCategory = 20;
 constexpr int kDelayMs = 50;
 constexpr size_t kContentSize = 10 * 1000;
-
-std::string ContentBytes(unsigned seed)
-{
-    std::string bytes(kContentSize, '\0');
-    unsigned state = seed * 2654435761u + 1;
-    for (char& byte : bytes) {
-        state = state * 1664525u + 1013904223u;
-        byte = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}
-
-void WriteFile(const fs::path& path, const std::string& bytes)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-std::string Lom(const std::string& id)
-{
-    return "<lom:lom><lom:general><lom:identifier><lom:entry>" + id +
-           "</lom:entry></lom:identifier><lom:title><lom:string language=\"en\">" + id +
-           "</lom:string></lom:title></lom:general><lom:lifeCycle><lom:version><lom:string language=\"en\">1.0"
-           "</lom:string></lom:version></lom:lifeCycle></lom:lom>";
-}
-
-std::string PackageManifest(int category, const std::string& id, const std::string& content)
-{
-    const std::string folder = "bench.category" + std::to_string(category);
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<manifest identifier=\"m\" version=\"2006-01\"><metadata>" +
-           Lom(id) + "</metadata>\n<organizations default=\"o\"><organization identifier=\"o\"><title>Bench</title>\n"
-           "<item identifier=\"c\"><title>" + folder + "</title>\n<item identifier=\"a\" identifierref=\"r\"><title>" +
-           id + "</title><metadata>" + Lom(id + ".activity") + "</metadata></item>\n<metadata>" + Lom(folder) +
-           "</metadata></item>\n<metadata>" + Lom("bench.organization") +
-           "</metadata></organization></organizations>\n<resources><resource identifier=\"r\" type=\"webcontent\" "
-           "href=\"" + content + "\"><file href=\"" + content + "\"/></resource></resources>\n</manifest>\n";
-}
-
-void MakeSource(const fs::path& source, const fs::path& staging)
-{
-    std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<gallery>\n<categories>\n";
-    for (int c = 0; c < kCategories; ++c) {
-        document += "<category id=\"bench.category" + std::to_string(c) +
-                    "\" version=\"1.0\">\n<title><t language=\"en\">Category " + std::to_string(c) +
-                    "</t></title>\n<files>\n";
-        for (int p = 0; p < kPackagesPerCategory; ++p) {
-            const int n = c * kPackagesPerCategory + p;
-            const std::string id = "bench.package" + std::to_string(n);
-            const std::string content = "content" + std::to_string(n) + ".bin";
-            const fs::path folder = staging / std::to_string(n);
-            WriteFile(folder / "imsmanifest.xml", PackageManifest(c, id, content));
-            WriteFile(folder / content, ContentBytes(unsigned(n)));
-            const std::string zip = "cd '" + folder.string() + "' && zip -q -r '" +
-                                    (source / ("package" + std::to_string(n) + ".zip")).string() + "' .";
-            if (std::system(zip.c_str()) != 0)
-                std::exit(2);
-            document += "<file id=\"" + id + "\" version=\"1.0\">package" + std::to_string(n) + ".zip</file>\n";
-        }
-        document += "</files>\n</category>\n";
-    }
-    WriteFile(source / "gallery_categories.xml", document + "</categories>\n</gallery>\n");
-}
 
 // The scripted loopback server serving `folder`, every reply held back `delayMs`.
 class Server
@@ -173,7 +112,7 @@ int main(int argc, char** argv)
     const int rounds = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
 
     fs::create_directories(root / "source");
-    MakeSource(root / "source", root / "staging");
+    bench::MakeSource(root / "source", root / "staging", kCategories, kPackagesPerCategory, kContentSize);
     fs::remove_all(root / "staging");
     const Server delayed(root / "source", kDelayMs);
     const Server prompt(root / "source", 0);

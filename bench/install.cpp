@@ -4,6 +4,7 @@
 // the spread of both times and of the ratio (install / unzip).
 #include "CGalleryCategory.h"
 #include "CGalleryInstallation.h"
+#include "GeneratedSource.h"
 #include "Pairs.h"
 #include "ZipHelpers.h"
 
@@ -26,78 +27,6 @@ namespace {
 constexpr int kCategories = 10;
 constexpr int kPackagesPerCategory = 100;
 constexpr size_t kContentSize = 270 * 1000;
-
-// Pictures and sounds barely compress: mostly random bytes, a little text.
-std::string ContentBytes(unsigned seed)
-{
-    std::string bytes;
-    bytes.reserve(kContentSize);
-    uint64_t state = seed * 0x9E3779B97F4A7C15ull + 1;
-    while (bytes.size() < kContentSize) {
-        state ^= state << 13;
-        state ^= state >> 7;
-        state ^= state << 17;
-        if (state % 16 == 0)
-            bytes += "<meta name=\"picture\" content=\"lesson " + std::to_string(state % 977) + "\"/>\n";
-        else
-            bytes.append(reinterpret_cast<const char*>(&state), 8);
-    }
-    bytes.resize(kContentSize);
-    return bytes;
-}
-
-std::string Lom(const std::string& id)
-{
-    return "<lom:lom><lom:general><lom:identifier><lom:entry>" + id +
-           "</lom:entry></lom:identifier><lom:title><lom:string language=\"en\">" + id +
-           "</lom:string></lom:title></lom:general><lom:lifeCycle><lom:version><lom:string language=\"en\">1.0"
-           "</lom:string></lom:version></lom:lifeCycle></lom:lom>";
-}
-
-// One package: a category of the gallery holding one activity with its content file.
-std::string PackageManifest(int category, const std::string& id, const std::string& content)
-{
-    const std::string folder = "bench.category" + std::to_string(category);
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<manifest identifier=\"m\" version=\"2006-01\"><metadata>" +
-           Lom(id) + "</metadata>\n<organizations default=\"o\"><organization identifier=\"o\"><title>Bench</title>\n"
-           "<item identifier=\"c\"><title>" + folder + "</title>\n<item identifier=\"a\" identifierref=\"r\"><title>" +
-           id + "</title><metadata>" + Lom(id + ".activity") + "</metadata></item>\n<metadata>" + Lom(folder) +
-           "</metadata></item>\n<metadata>" + Lom("bench.organization") +
-           "</metadata></organization></organizations>\n<resources><resource identifier=\"r\" type=\"webcontent\" "
-           "href=\"" + content + "\"><file href=\"" + content + "\"/></resource></resources>\n</manifest>\n";
-}
-
-void WriteFile(const fs::path& path, const std::string& bytes)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-// Packages zipped by Info-ZIP, as a publisher would make them, and the categories document.
-void MakeSource(const fs::path& source, const fs::path& staging)
-{
-    std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<gallery>\n<categories>\n";
-    for (int c = 0; c < kCategories; ++c) {
-        document += "<category id=\"bench.category" + std::to_string(c) +
-                    "\" version=\"1.0\">\n<title><t language=\"en\">Category " + std::to_string(c) +
-                    "</t></title>\n<files>\n";
-        for (int p = 0; p < kPackagesPerCategory; ++p) {
-            const int n = c * kPackagesPerCategory + p;
-            const std::string id = "bench.package" + std::to_string(n);
-            const std::string content = "content" + std::to_string(n) + ".bin";
-            const fs::path folder = staging / std::to_string(n);
-            WriteFile(folder / "imsmanifest.xml", PackageManifest(c, id, content));
-            WriteFile(folder / content, ContentBytes(unsigned(n)));
-            const std::string zip = "cd '" + folder.string() + "' && zip -q -r '" +
-                                    (source / ("package" + std::to_string(n) + ".zip")).string() + "' .";
-            if (std::system(zip.c_str()) != 0)
-                std::exit(2);
-            document += "<file id=\"" + id + "\" version=\"1.0\">package" + std::to_string(n) + ".zip</file>\n";
-        }
-        document += "</files>\n</category>\n";
-    }
-    WriteFile(source / "gallery_categories.xml", document + "</categories>\n</gallery>\n");
-}
 
 double Seconds(std::chrono::steady_clock::time_point since)
 {
@@ -149,7 +78,7 @@ int main(int argc, char** argv)
     const fs::path root = fs::path(tmp && *tmp ? tmp : "/tmp") / ("bench_install-" + std::to_string(getpid()));
     const fs::path source = root / "source";
     fs::create_directories(source);
-    MakeSource(source, root / "staging");
+    bench::MakeSource(source, root / "staging", kCategories, kPackagesPerCategory, kContentSize);
     fs::remove_all(root / "staging");
     std::printf("source: %d packages, %.1f MB\n", kCategories * kPackagesPerCategory, FolderBytes(source) / 1e6);
 

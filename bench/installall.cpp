@@ -8,6 +8,7 @@
 //   bench_installall [pairs] [packages...]      default: 5 pairs at 250, 500 and 1000 packages
 //   bench_installall --make DIR PACKAGES        only writes DIR/collection and DIR/source (to profile)
 // CURATOOL_BENCH_BINARY names another curatool to measure (an earlier build, say).
+#include "GeneratedSource.h"
 #include "Pairs.h"
 
 #include <algorithm>
@@ -29,6 +30,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using bench::WriteFile;
+
 constexpr int kCategories = 10;
 constexpr int kFilesPerPackage = 10;
 constexpr std::size_t kFileSize = 20 * 1000;
@@ -39,25 +42,6 @@ std::string CategoryGuid(int category)
     char guid[40];
     std::snprintf(guid, sizeof guid, "7d3e1a90-5b2c-4f8e-a1d6-%012d", category);
     return guid;
-}
-
-// Pictures and sounds barely compress: mostly random bytes, a little text.
-std::string ContentBytes(unsigned seed)
-{
-    std::string bytes;
-    bytes.reserve(kFileSize + 64);
-    std::uint64_t state = seed * 0x9E3779B97F4A7C15ull + 1;
-    while (bytes.size() < kFileSize) {
-        state ^= state << 13;
-        state ^= state >> 7;
-        state ^= state << 17;
-        if (state % 16 == 0)
-            bytes += "<meta name=\"picture\" content=\"lesson " + std::to_string(state % 977) + "\"/>\n";
-        else
-            bytes.append(reinterpret_cast<const char*>(&state), 8);
-    }
-    bytes.resize(kFileSize);
-    return bytes;
 }
 
 std::string Lom(const std::string& id, const std::string& title, const std::string& extra = "")
@@ -93,12 +77,6 @@ std::string PackageManifest(int category, int package)
            "<item identifier=\"c\"><title>" + title + "</title>\n<metadata>" + Lom("bench.category" + std::to_string(category), title) +
            "</metadata>\n" + items + "</item>\n<metadata>" + Lom("bench.organization", "Bench Collection") +
            "</metadata></organization></organizations>\n<resources>\n" + resources + "</resources>\n</manifest>\n";
-}
-
-void WriteFile(const fs::path& path, const std::string& bytes)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 std::string Quoted(const fs::path& path)
@@ -142,7 +120,7 @@ void MakeSource(const fs::path& source, const fs::path& staging, int packages)
             WriteFile(folder / "imsmanifest.xml", PackageManifest(c, n));
             for (int f = 0; f < kFilesPerPackage; ++f)
                 WriteFile(folder / ("p" + std::to_string(n) + "_" + std::to_string(f) + ".png"),
-                          ContentBytes(unsigned(n * kFilesPerPackage + f)));
+                          bench::ContentBytes(unsigned(n * kFilesPerPackage + f), kFileSize));
             const std::string name = "package" + std::to_string(n) + ".zip";
             const std::string zip = "cd " + Quoted(folder) + " && zip -q -X -r " + Quoted(source / name) + " .";
             if (std::system(zip.c_str()) != 0)
