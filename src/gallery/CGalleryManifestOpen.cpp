@@ -26,7 +26,7 @@ std::int64_t ModificationTime(const CAtlString& path)
 }
 
 // The ".xbc" form needs no work in this system: the step exists and succeeds.
-HRESULT ConvertXbc(const CAtlString&, const CAtlString&)
+[[nodiscard]] HRESULT ConvertXbc(const CAtlString&, const CAtlString&)
 {
     return S_OK;
 }
@@ -52,7 +52,7 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
     }
 }
 
-HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
+[[nodiscard]] HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
                     bool useCache)
 {
     manifest.m_extracted = true;
@@ -74,7 +74,7 @@ HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGallery
     return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
 }
 
-HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
+[[nodiscard]] HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
                 bool useCache)
 {
     manifest.m_fileTime->m_seconds = 0;
@@ -149,7 +149,7 @@ void CGalleryManifestIO::Close(CGalleryManifest& manifest)
     const CZoltaDirectoryPath folder = GetFolder(manifest);
     const bool extracted = manifest.m_extracted;
     CGalleryMergeIndex::Forget(manifest);
-    manifest.Reset();
+    static_cast<void>(manifest.Reset());  // closing goes on: the tree is freed whatever Reset says
     // Only a folder of the temporary area is ever taken along: the flag may come from a file.
     const CZoltaDirectoryPath temporary = GetTempFolder();
     if (extracted && !folder.IsEmpty() && folder != temporary && IsPathInside(folder.GetPath(), temporary.GetPath())) {

@@ -14,7 +14,7 @@
 namespace {
 
 // The ".xbc" form needs no work in this system: the step exists and succeeds.
-HRESULT ConvertToXbc(const CAtlString&, const CAtlString&)
+[[nodiscard]] HRESULT ConvertToXbc(const CAtlString&, const CAtlString&)
 {
     return S_OK;
 }
@@ -28,7 +28,7 @@ std::int64_t ModificationTime(const CAtlString& path)
     return static_cast<std::int64_t>(status.st_mtime);
 }
 
-HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
+[[nodiscard]] HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
 {
     const CZoltaDirectoryPath folder(path);
     if (!folder.Create()) {
@@ -46,7 +46,7 @@ HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool re
     return CopyContentFiles(manifest, source, folder);
 }
 
-HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
+[[nodiscard]] HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
 {
     const CZoltaDirectoryPath folder = GetTempFolder().GetUniqueChild(L"gallery");
     if (!folder.Create()) {
@@ -60,7 +60,7 @@ HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
     return result;
 }
 
-HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
+[[nodiscard]] HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
 {
     const CZoltaFilePath gallery = MakeTempFile(L".gallery", L"SCVTemp");
     HRESULT result = SaveToGallery(manifest, gallery.GetPath());
@@ -71,7 +71,7 @@ HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
     return result;
 }
 
-HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
+[[nodiscard]] HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
 {
     CManifestLockHolder lock;
     const CZoltaFilePath target(path);

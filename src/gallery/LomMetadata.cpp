@@ -31,7 +31,7 @@ class LomOut
 public:
     explicit LomOut(IZOLTAXMLWriter* writer) : m_writer(writer) {}
 
-    HRESULT Result() const { return m_result; }
+    [[nodiscard]] HRESULT Result() const { return m_result; }
 
     void Start(const char* name) { Do([&] { return m_writer->StartElement(name); }); }
     void End(const char* name) { Do([&] { return m_writer->EndElement(name); }); }
@@ -257,7 +257,8 @@ void AddLanguageStrings(LanguageStringBlock& block, const tinyxml2::XMLElement* 
          string = string->NextSiblingElement("lom:string")) {
         const CAtlString language = FromUtf8(string->Attribute("language"));
         const CAtlString text = TextOf(string);
-        block.Add(language.GetString(), text.GetString());
+        // One without a language is refused by Add, and that is the passing over.
+        static_cast<void>(block.Add(language.GetString(), text.GetString()));
     }
 }
 
@@ -265,7 +266,7 @@ void LoadText(const tinyxml2::XMLElement* element, CGalleryMetadata& metadata,
               HRESULT (CGalleryMetadata::*setter)(const wchar_t*))
 {
     if (element) {
-        (metadata.*setter)(TextOf(element).GetString());
+        static_cast<void>((metadata.*setter)(TextOf(element).GetString()));
     }
 }
 
@@ -283,10 +284,10 @@ void LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* te
                 continue;
             }
             if (const tinyxml2::XMLElement* minimum = composite->FirstChildElement("lom:minimumVersion")) {
-                metadata.m_minimumVersions->Add(name.GetString(), TextOf(minimum).GetString());
+                static_cast<void>(metadata.m_minimumVersions->Add(name.GetString(), TextOf(minimum).GetString()));
             }
             if (const tinyxml2::XMLElement* maximum = composite->FirstChildElement("lom:maximumVersion")) {
-                metadata.m_maximumVersions->Add(name.GetString(), TextOf(maximum).GetString());
+                static_cast<void>(metadata.m_maximumVersions->Add(name.GetString(), TextOf(maximum).GetString()));
             }
         }
     }
@@ -375,7 +376,7 @@ bool HasXmlExtension(const CAtlString& path)
     return CZoltaFilePath(path).GetExtension().CompareNoCase(L".xml") == 0;
 }
 
-HRESULT WriteWholeFile(const CGalleryMetadata& metadata, const CZoltaFilePath& file)
+[[nodiscard]] HRESULT WriteWholeFile(const CGalleryMetadata& metadata, const CZoltaFilePath& file)
 {
     IZOLTAXMLWriter* writer = nullptr;
     HRESULT result = CreateFileWriter(&writer, file);

@@ -10,11 +10,11 @@ struct CGalleryManifest;
 
 // Tries the cache that belongs to the XML manifest at `xmlPath`; S_OK only when the manifest
 // was filled from it (its path then being `xmlPath`).
-HRESULT TryOpenFromCache(CGalleryManifest& manifest, const CAtlString& xmlPath);
+[[nodiscard]] HRESULT TryOpenFromCache(CGalleryManifest& manifest, const CAtlString& xmlPath);
 
 // Writes the cache of the manifest just parsed from, or saved to, `xmlPath`.
-HRESULT WriteCache(CGalleryManifest& manifest, const CAtlString& xmlPath);
+[[nodiscard]] HRESULT WriteCache(CGalleryManifest& manifest, const CAtlString& xmlPath);
 
 // The binary branch of Open and Save: a file of the cache format at `path`.
-HRESULT OpenBinaryManifest(CGalleryManifest& manifest, const CAtlString& path);
-HRESULT SaveBinaryManifest(CGalleryManifest& manifest, const CAtlString& path);
+[[nodiscard]] HRESULT OpenBinaryManifest(CGalleryManifest& manifest, const CAtlString& path);
+[[nodiscard]] HRESULT SaveBinaryManifest(CGalleryManifest& manifest, const CAtlString& path);
