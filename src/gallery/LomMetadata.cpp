@@ -251,26 +251,29 @@ CAtlString TextOf(const tinyxml2::XMLElement* element)
 
 // Adds every lom:string child of `parent` under its language; one without a language can't be
 // a pair and is passed over.
-void AddLanguageStrings(LanguageStringBlock& block, const tinyxml2::XMLElement* parent)
+[[nodiscard]] HRESULT AddLanguageStrings(LanguageStringBlock& block, const tinyxml2::XMLElement* parent)
 {
     for (const tinyxml2::XMLElement* string = parent->FirstChildElement("lom:string"); string;
          string = string->NextSiblingElement("lom:string")) {
         const CAtlString language = FromUtf8(string->Attribute("language"));
         const CAtlString text = TextOf(string);
-        // One without a language is refused by Add, and that is the passing over.
-        static_cast<void>(block.Add(language.GetString(), text.GetString()));
+        // Add refuses one without a language (E_INVALIDARG), and that is the passing over.
+        const HRESULT result = block.Add(language.GetString(), text.GetString());
+        if (FAILED(result) && result != E_INVALIDARG) {
+            return result;
+        }
     }
+    return S_OK;
 }
 
-void LoadText(const tinyxml2::XMLElement* element, CGalleryMetadata& metadata,
-              HRESULT (CGalleryMetadata::*setter)(const wchar_t*))
+// A missing element leaves the field as it was.
+[[nodiscard]] HRESULT LoadText(const tinyxml2::XMLElement* element, CGalleryMetadata& metadata,
+                               HRESULT (CGalleryMetadata::*setter)(const wchar_t*))
 {
-    if (element) {
-        static_cast<void>((metadata.*setter)(TextOf(element).GetString()));
-    }
+    return element ? (metadata.*setter)(TextOf(element).GetString()) : S_OK;
 }
 
-void LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* technical)
+[[nodiscard]] HRESULT LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* technical)
 {
     metadata.m_minimumVersions->Clear();
     metadata.m_maximumVersions->Clear();
@@ -283,14 +286,20 @@ void LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* te
             if (type.CompareNoCase(L"browser") != 0 || name.IsEmpty()) {
                 continue;
             }
+            HRESULT result = S_OK;
             if (const tinyxml2::XMLElement* minimum = composite->FirstChildElement("lom:minimumVersion")) {
-                static_cast<void>(metadata.m_minimumVersions->Add(name.GetString(), TextOf(minimum).GetString()));
+                result = metadata.m_minimumVersions->Add(name.GetString(), TextOf(minimum).GetString());
             }
-            if (const tinyxml2::XMLElement* maximum = composite->FirstChildElement("lom:maximumVersion")) {
-                static_cast<void>(metadata.m_maximumVersions->Add(name.GetString(), TextOf(maximum).GetString()));
+            const tinyxml2::XMLElement* maximum = composite->FirstChildElement("lom:maximumVersion");
+            if (SUCCEEDED(result) && maximum) {
+                result = metadata.m_maximumVersions->Add(name.GetString(), TextOf(maximum).GetString());
+            }
+            if (FAILED(result)) {
+                return result;
             }
         }
     }
+    return S_OK;
 }
 
 // ---- updating in place ------------------------------------------------------------------
@@ -448,32 +457,45 @@ HRESULT LoadMetadataXml(CGalleryMetadata& metadata, const tinyxml2::XMLElement* 
     if (!lom) {
         return E_POINTER;
     }
+    // The first text that can't be stored ends the load with its code.
     const tinyxml2::XMLElement* general = lom->FirstChildElement("lom:general");
-    LoadText(Walk(general, {"lom:identifier", "lom:entry"}), metadata, &CGalleryMetadata::SetIdentifier);
-    if (const tinyxml2::XMLElement* title = Walk(general, {"lom:title"})) {
+    HRESULT result = LoadText(Walk(general, {"lom:identifier", "lom:entry"}), metadata, &CGalleryMetadata::SetIdentifier);
+    if (const tinyxml2::XMLElement* title = Walk(general, {"lom:title"}); title && SUCCEEDED(result)) {
         metadata.m_titles->Clear();
-        AddLanguageStrings(*metadata.m_titles, title);
+        result = AddLanguageStrings(*metadata.m_titles, title);
     }
-    LoadText(Walk(lom, {"lom:lifeCycle", "lom:version", "lom:string"}), metadata, &CGalleryMetadata::SetVersion);
-    if (general) {
+    if (SUCCEEDED(result)) {
+        result = LoadText(Walk(lom, {"lom:lifeCycle", "lom:version", "lom:string"}), metadata, &CGalleryMetadata::SetVersion);
+    }
+    if (general && SUCCEEDED(result)) {
         metadata.m_keywords->Clear();
-        for (const tinyxml2::XMLElement* keyword = general->FirstChildElement("lom:keyword"); keyword;
+        for (const tinyxml2::XMLElement* keyword = general->FirstChildElement("lom:keyword"); keyword && SUCCEEDED(result);
              keyword = keyword->NextSiblingElement("lom:keyword")) {
-            AddLanguageStrings(*metadata.m_keywords, keyword);
+            result = AddLanguageStrings(*metadata.m_keywords, keyword);
         }
     }
-    LoadText(Walk(lom, {"lom:technical", "lom:format"}), metadata, &CGalleryMetadata::SetFormat);
-    if (const tinyxml2::XMLElement* technical = lom->FirstChildElement("lom:technical")) {
-        LoadRequirements(metadata, technical);
+    if (SUCCEEDED(result)) {
+        result = LoadText(Walk(lom, {"lom:technical", "lom:format"}), metadata, &CGalleryMetadata::SetFormat);
     }
-    LoadText(Walk(general, {"zoltagallery:sortoverride", "lom:string"}), metadata, &CGalleryMetadata::SetSortKey);
+    if (const tinyxml2::XMLElement* technical = lom->FirstChildElement("lom:technical"); technical && SUCCEEDED(result)) {
+        result = LoadRequirements(metadata, technical);
+    }
+    if (SUCCEEDED(result)) {
+        result = LoadText(Walk(general, {"zoltagallery:sortoverride", "lom:string"}), metadata, &CGalleryMetadata::SetSortKey);
+    }
     if (const tinyxml2::XMLElement* created = Walk(lom, {"lom:lifeCycle", "zoltagallery:creationdatetime"})) {
         metadata.m_creationTime = static_cast<std::uint32_t>(ParseDate(TextOf(created)));
     }
-    LoadText(Walk(general, {"zoltagallery:originalid"}), metadata, &CGalleryMetadata::SetOriginalId);
-    LoadText(Walk(general, {"zoltagallery:showinlanguages"}), metadata, &CGalleryMetadata::SetShowInLanguages);
-    LoadText(Walk(general, {"zoltagallery:hideinlanguages"}), metadata, &CGalleryMetadata::SetHideInLanguages);
-    return S_OK;
+    if (SUCCEEDED(result)) {
+        result = LoadText(Walk(general, {"zoltagallery:originalid"}), metadata, &CGalleryMetadata::SetOriginalId);
+    }
+    if (SUCCEEDED(result)) {
+        result = LoadText(Walk(general, {"zoltagallery:showinlanguages"}), metadata, &CGalleryMetadata::SetShowInLanguages);
+    }
+    if (SUCCEEDED(result)) {
+        result = LoadText(Walk(general, {"zoltagallery:hideinlanguages"}), metadata, &CGalleryMetadata::SetHideInLanguages);
+    }
+    return FAILED(result) ? result : S_OK;
 }
 
 HRESULT LoadMetadataFromBuffer(CGalleryMetadata& metadata, const char* data, std::size_t size)

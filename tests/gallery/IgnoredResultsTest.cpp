@@ -1,5 +1,7 @@
+#include "CGalleryMetadata.h"
 #include "GalleryLibrary.h"
 #include "GalleryPlaces.h"
+#include "LomMetadata.h"
 #include "TestEnvironment.h"
 #include "TestText.h"
 
@@ -54,6 +56,50 @@ TEST(IgnoredResultsTest, MyContentIsSavedWholeOrNotAtAll)
         EXPECT_NE(text.find("<title>My Content</title>", title + 1), std::string::npos);
     }
     qputenv("HOME", oldHome);
+}
+
+
+// A record read while an allocation fails is whole, or the read fails.
+TEST(IgnoredResultsTest, MetadataIsReadWholeOrFails)
+{
+    const std::string lom =
+        "<lom:lom><lom:general><lom:identifier><lom:entry>urn:x</lom:entry></lom:identifier>"
+        "<lom:title><lom:string language=\"en\">Lion</lom:string><lom:string language=\"de\">L</lom:string></lom:title>"
+        "<lom:keyword><lom:string language=\"en\">cat</lom:string></lom:keyword>"
+        "<zoltagallery:sortoverride><lom:string>1</lom:string></zoltagallery:sortoverride>"
+        "<zoltagallery:originalid>urn:o</zoltagallery:originalid>"
+        "<zoltagallery:showinlanguages>en</zoltagallery:showinlanguages>"
+        "<zoltagallery:hideinlanguages>fr</zoltagallery:hideinlanguages></lom:general>"
+        "<lom:lifeCycle><lom:version><lom:string>2.5</lom:string></lom:version></lom:lifeCycle>"
+        "<lom:technical><lom:format>png</lom:format><lom:requirement><lom:orComposite>"
+        "<lom:type><lom:value>browser</lom:value></lom:type><lom:name><lom:value>firefox</lom:value></lom:name>"
+        "<lom:minimumVersion>3</lom:minimumVersion><lom:maximumVersion>9</lom:maximumVersion>"
+        "</lom:orComposite></lom:requirement></lom:technical></lom:lom>";
+    const auto describe = [](const CGalleryMetadata& m) {
+        std::string text;
+        for (const wchar_t* field : {m.m_identifier, m.m_version, m.m_sortKey, m.m_format, m.m_originalId,
+                                     m.m_showInLanguages, m.m_hideInLanguages})
+            text += U(field) + "|";
+        for (const LanguageStringBlock* block : {m.m_titles, m.m_keywords, m.m_minimumVersions, m.m_maximumVersions})
+            text += std::to_string(block->GetCount());
+        return text;
+    };
+    const std::string whole = "urn:x|2.5|1|png|urn:o|en|fr|2111";
+    for (int failAt = 1;; ++failAt) {
+        SCOPED_TRACE(failAt);
+        CGalleryMetadata* metadata = nullptr;
+        ASSERT_EQ(S_OK, CGalleryMetadata::Create(&metadata));
+        g_calls = 0;
+        g_failAt = failAt;
+        const HRESULT result = LoadMetadataFromBuffer(*metadata, lom.data(), lom.size());
+        const bool failedOne = g_calls >= failAt;
+        g_failAt = 0;
+        if (SUCCEEDED(result))
+            EXPECT_EQ(whole, describe(*metadata));
+        CGalleryMetadata::Destroy(metadata);
+        if (!failedOne)
+            break;
+    }
 }
 
 }  // namespace
