@@ -554,7 +554,8 @@ HRESULT CGalleryInstallation::Run()
     int done = 0;
     if (!m_downloadOnly)
     {
-        m_journal.Begin(UninstallFolder());
+        // Without a journal the run still runs; only a crash in it could not be completed later.
+        static_cast<void>(m_journal.Begin(UninstallFolder()));
         ApplyMandatoryRemovals();
     }
 
