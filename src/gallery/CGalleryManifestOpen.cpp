@@ -5,7 +5,7 @@
 #include "CGalleryOrganization.h"
 #include "GalleryContentFiles.h"
 #include "GalleryText.h"
-#include "ManifestCacheSeam.h"
+#include "ManifestCache.h"
 #include "ZOLTASaxOpenXmlHandler.h"
 #include "ZOLTASaxParser.h"
 #include "ZipHelpers.h"
@@ -83,8 +83,8 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
         return FAILED(stored) ? stored : S_FALSE;
     }
     HRESULT result = E_FAIL;
-    if (useCache) {
-        result = TryOpenFromCache(manifest, path);
+    if (useCache) {  // a failed cache attempt only means that the XML is parsed
+        result = OpenManifestFromCache(manifest, path, GetManifestCachePath(path));
     }
     if (FAILED(result)) {
         ZOLTASaxOpenXmlHandler handler(manifest, observer);
@@ -99,7 +99,7 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
         manifest.m_fileTime->m_seconds = ModificationTime(path);
         manifest.SetModified(false);
         if (useCache) {
-            result = WriteCache(manifest, path);
+            result = WriteManifestCache(manifest, path, GetManifestCachePath(path));
         }
     }
     ProbeWriteAccess(manifest, path);
@@ -139,7 +139,7 @@ HRESULT CGalleryManifestIO::Open(CGalleryManifest& manifest, const wchar_t* path
         return Open(manifest, converted.GetPath().GetString(), observer, useCache);
     }
     if (extension != L".xml") {
-        return OpenBinaryManifest(manifest, text);
+        return ReadManifestImage(manifest, CZoltaFilePath(text));
     }
     return OpenXml(manifest, text, observer, useCache);
 }

@@ -4,7 +4,7 @@
 #include "CGalleryManifestWriter.h"
 #include "GalleryContentFiles.h"
 #include "IZOLTAXMLWriter.h"
-#include "ManifestCacheSeam.h"
+#include "ManifestCache.h"
 #include "ManifestLock.h"
 #include "SafeReplace.h"
 #include "ZipHelpers.h"
@@ -96,7 +96,7 @@ std::int64_t ModificationTime(const CAtlString& path)
         return E_FAIL;
     }
     if (!manifest.m_extracted && refreshCache) {
-        result = WriteCache(manifest, path);
+        result = WriteManifestCache(manifest, path, GetManifestCachePath(path));
     }
     manifest.m_fileTime->m_seconds = ModificationTime(path);
     return result;
@@ -133,5 +133,5 @@ HRESULT CGalleryManifestIO::Save(CGalleryManifest& manifest, const wchar_t* path
     if (extension == L".xml") {
         return SaveToXml(manifest, text, refreshCache);
     }
-    return SaveBinaryManifest(manifest, text);
+    return WriteManifestImage(manifest, file);
 }
