@@ -213,7 +213,8 @@ HRESULT CGalleryInitializeThread::CreateMyContent(const CZoltaFilePath& path)
     if (SUCCEEDED(result))
         result = CGalleryOrganization::Create(&organization);
     if (SUCCEEDED(result)) {
-        result = organization->m_metadata->SetIdentifier(Placeholder(L"/default?organization=My%20Content").GetString());
+        const CAtlString identifier = Placeholder(L"/default?organization=My%20Content");
+        result = organization->m_metadata->SetIdentifier(identifier.GetString());
         if (SUCCEEDED(result))
             result = organization->m_metadata->m_titles->Add(L"en", L"My Content");
         if (SUCCEEDED(result))
@@ -262,9 +263,9 @@ void CGalleryInitializeThread::MigrateOldMyContent()
         if (IsCancelled() || !item.file.Exists() || copy.Exists() || !item.file.CopyTo(copy, true))
             continue;
         CGalleryActivity* activity = nullptr;
-        if (FAILED(CGalleryActivity::Create(&activity)))
-            break;
-        HRESULT result = activity->SetHref(copy.GetName());
+        HRESULT result = CGalleryActivity::Create(&activity);
+        if (SUCCEEDED(result))
+            result = activity->SetHref(copy.GetName());
         if (SUCCEEDED(result))
             result = activity->m_metadata->SetIdentifier(NewActivityIdentifier().GetString());
         if (SUCCEEDED(result))
@@ -272,7 +273,9 @@ void CGalleryInitializeThread::MigrateOldMyContent()
         if (SUCCEEDED(result))
             result = root->AddActivity(activity);
         if (FAILED(result)) {
-            CGalleryActivity::Destroy(activity);
+            if (activity)
+                CGalleryActivity::Destroy(activity);
+            copy.Remove();  // so that a later start imports the item again
             break;
         }
         imported = true;

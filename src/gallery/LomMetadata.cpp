@@ -459,43 +459,45 @@ HRESULT LoadMetadataXml(CGalleryMetadata& metadata, const tinyxml2::XMLElement* 
     }
     // The first text that can't be stored ends the load with its code.
     const tinyxml2::XMLElement* general = lom->FirstChildElement("lom:general");
-    HRESULT result = LoadText(Walk(general, {"lom:identifier", "lom:entry"}), metadata, &CGalleryMetadata::SetIdentifier);
-    if (const tinyxml2::XMLElement* title = Walk(general, {"lom:title"}); title && SUCCEEDED(result)) {
-        metadata.m_titles->Clear();
-        result = AddLanguageStrings(*metadata.m_titles, title);
-    }
-    if (SUCCEEDED(result)) {
-        result = LoadText(Walk(lom, {"lom:lifeCycle", "lom:version", "lom:string"}), metadata, &CGalleryMetadata::SetVersion);
-    }
-    if (general && SUCCEEDED(result)) {
-        metadata.m_keywords->Clear();
-        for (const tinyxml2::XMLElement* keyword = general->FirstChildElement("lom:keyword"); keyword && SUCCEEDED(result);
-             keyword = keyword->NextSiblingElement("lom:keyword")) {
-            result = AddLanguageStrings(*metadata.m_keywords, keyword);
-        }
-    }
-    if (SUCCEEDED(result)) {
-        result = LoadText(Walk(lom, {"lom:technical", "lom:format"}), metadata, &CGalleryMetadata::SetFormat);
-    }
-    if (const tinyxml2::XMLElement* technical = lom->FirstChildElement("lom:technical"); technical && SUCCEEDED(result)) {
-        result = LoadRequirements(metadata, technical);
-    }
-    if (SUCCEEDED(result)) {
-        result = LoadText(Walk(general, {"zoltagallery:sortoverride", "lom:string"}), metadata, &CGalleryMetadata::SetSortKey);
-    }
+    const tinyxml2::XMLElement* technical = lom->FirstChildElement("lom:technical");
     if (const tinyxml2::XMLElement* created = Walk(lom, {"lom:lifeCycle", "zoltagallery:creationdatetime"})) {
         metadata.m_creationTime = static_cast<std::uint32_t>(ParseDate(TextOf(created)));
     }
-    if (SUCCEEDED(result)) {
-        result = LoadText(Walk(general, {"zoltagallery:originalid"}), metadata, &CGalleryMetadata::SetOriginalId);
+    const struct
+    {
+        const tinyxml2::XMLElement* element;
+        HRESULT (CGalleryMetadata::*setter)(const wchar_t*);
+    } texts[] = {
+        {Walk(general, {"lom:identifier", "lom:entry"}), &CGalleryMetadata::SetIdentifier},
+        {Walk(lom, {"lom:lifeCycle", "lom:version", "lom:string"}), &CGalleryMetadata::SetVersion},
+        {Walk(lom, {"lom:technical", "lom:format"}), &CGalleryMetadata::SetFormat},
+        {Walk(general, {"zoltagallery:sortoverride", "lom:string"}), &CGalleryMetadata::SetSortKey},
+        {Walk(general, {"zoltagallery:originalid"}), &CGalleryMetadata::SetOriginalId},
+        {Walk(general, {"zoltagallery:showinlanguages"}), &CGalleryMetadata::SetShowInLanguages},
+        {Walk(general, {"zoltagallery:hideinlanguages"}), &CGalleryMetadata::SetHideInLanguages},
+    };
+    HRESULT result = S_OK;
+    for (const auto& text : texts) {
+        if (FAILED(result = LoadText(text.element, metadata, text.setter))) {
+            return result;
+        }
     }
-    if (SUCCEEDED(result)) {
-        result = LoadText(Walk(general, {"zoltagallery:showinlanguages"}), metadata, &CGalleryMetadata::SetShowInLanguages);
+    if (const tinyxml2::XMLElement* title = Walk(general, {"lom:title"})) {
+        metadata.m_titles->Clear();
+        if (FAILED(result = AddLanguageStrings(*metadata.m_titles, title))) {
+            return result;
+        }
     }
-    if (SUCCEEDED(result)) {
-        result = LoadText(Walk(general, {"zoltagallery:hideinlanguages"}), metadata, &CGalleryMetadata::SetHideInLanguages);
+    if (general) {
+        metadata.m_keywords->Clear();
+        for (const tinyxml2::XMLElement* keyword = general->FirstChildElement("lom:keyword"); keyword;
+             keyword = keyword->NextSiblingElement("lom:keyword")) {
+            if (FAILED(result = AddLanguageStrings(*metadata.m_keywords, keyword))) {
+                return result;
+            }
+        }
     }
-    return FAILED(result) ? result : S_OK;
+    return technical ? LoadRequirements(metadata, technical) : S_OK;
 }
 
 HRESULT LoadMetadataFromBuffer(CGalleryMetadata& metadata, const char* data, std::size_t size)

@@ -1,4 +1,10 @@
+#include "CGalleryActivity.h"
+#include "CGalleryFolder.h"
+#include "CGalleryManifest.h"
+#include "CGalleryManifestIO.h"
 #include "CGalleryMetadata.h"
+#include "CGalleryOrganization.h"
+#include "GalleryInitializeThread.h"
 #include "GalleryLibrary.h"
 #include "GalleryPlaces.h"
 #include "LomMetadata.h"
@@ -58,6 +64,43 @@ TEST(IgnoredResultsTest, MyContentIsSavedWholeOrNotAtAll)
     qputenv("HOME", oldHome);
 }
 
+
+// An old My Content item is imported whole, at the latest by the start after a failed one.
+TEST(IgnoredResultsTest, AnOldItemIsImportedWholeOnceWhateverAllocationFails)
+{
+    const QByteArray oldHome = qgetenv("HOME");
+    const std::string old = MakeScratchDir("old-my-content");
+    ASSERT_TRUE(WriteFile(old + "/frog.galleryitem", "frog"));
+    for (int failAt = 1;; ++failAt) {
+        SCOPED_TRACE(failAt);
+        qputenv("HOME", QByteArray::fromStdString(MakeScratchDir("home")));
+        ASSERT_EQ(S_OK, GalleryLibraryInitialize());
+        GalleryLibraryShutdown();
+        bool failedOne = false;
+        for (const bool armed : {true, false}) {
+            CGalleryInitializeThread thread;
+            thread.SetOldMyContentFolder(FolderPath(old));
+            g_calls = 0;
+            g_failAt = armed ? failAt : 0;
+            static_cast<void>(thread.Run());
+            failedOne = failedOne || (armed && g_calls >= failAt);
+            g_failAt = 0;
+            GalleryLibraryShutdown();
+        }
+        CGalleryManifest reopened;
+        const CAtlString myContent = GetMyContentManifestPath().GetPath();
+        ASSERT_EQ(S_OK, CGalleryManifestIO::Open(reopened, myContent.GetString(), nullptr, false));
+        const CGalleryFolder* root = reopened.m_organizations->GetAt(0)->m_items->GetAt(0);
+        ASSERT_EQ(1u, root->m_activities->GetCount());
+        const CGalleryActivity* frog = root->m_activities->GetAt(0);
+        EXPECT_EQ("frog.galleryitem", U(frog->m_href));
+        EXPECT_EQ("frog", U(frog->m_metadata->m_titles->Lookup(L"en")));
+        EXPECT_FALSE(U(frog->m_metadata->m_identifier).empty());
+        if (!failedOne)
+            break;
+    }
+    qputenv("HOME", oldHome);
+}
 
 // A record read while an allocation fails is whole, or the read fails.
 TEST(IgnoredResultsTest, MetadataIsReadWholeOrFails)
