@@ -80,8 +80,8 @@ void OpenAndWalk(const std::uint8_t* data, std::size_t size)
             Touch(organization->m_items->m_array[j]);
     }
     // Edits that replace image data with heap data, which the free must tell apart.
-    manifest.m_metadata->SetIdentifier(L"urn:edited");
-    manifest.m_metadata->m_titles->Add(L"en", L"edited");
+    static_cast<void>(manifest.m_metadata->SetIdentifier(L"urn:edited"));  // only the free is under test
+    static_cast<void>(manifest.m_metadata->m_titles->Add(L"en", L"edited"));
     if (manifest.m_organizations->m_count > 0) {
         CGalleryOrganization* organization = manifest.m_organizations->RemoveAt(0);
         CGalleryOrganization::Destroy(organization);

@@ -1,5 +1,7 @@
 #include "CLIProgress.h"
 
+#include "CGalleryCategory.h"
+
 #include <cstdio>
 
 namespace {
@@ -86,4 +88,10 @@ void CLIProgress::Progress(eGalleryInstallationProgress stage, CGalleryCategory*
     const CAtlStringA line = FormatLine(stage, category ? &name : nullptr, item, overall);
     std::fputs(line.GetString(), stdout);
     std::fflush(stdout);
+}
+
+CAtlString CLIProgress::CategoryName(const CGalleryCategory& category)
+{
+    // The title in the current language, or the first one when none matches.
+    return category.GetTitle();
 }

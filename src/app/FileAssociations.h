@@ -6,7 +6,7 @@
 // platform the desktop finds the program through its own files, so both steps succeed untouched.
 namespace FileAssociations {
 
-bool Register(const CAtlString& applicationPath, const CAtlString& option);
-bool Unregister();
+[[nodiscard]] bool Register(const CAtlString& applicationPath, const CAtlString& option);
+[[nodiscard]] bool Unregister();
 
 }  // namespace FileAssociations

@@ -34,16 +34,16 @@ public:
     void SetLoadedCallback(LoadedCallback callback);
 
     // The three roads in. Each returns whether the configuration is now loaded.
-    bool OpenCollectionDirectory(const CAtlString& directory);
+    [[nodiscard]] bool OpenCollectionDirectory(const CAtlString& directory);
     bool OpenCollectionFile(const CAtlString& file);
     bool OpenInstalled(const CAtlString& guid);
 
     // One document each; both also enter the document in the file list.
-    bool ReadConfigurationXml(const CAtlString& file);
-    bool ReadMetaDataXml(const CAtlString& file);
+    [[nodiscard]] bool ReadConfigurationXml(const CAtlString& file);
+    [[nodiscard]] bool ReadMetaDataXml(const CAtlString& file);
     // The form written next to the stored copy: a subset of what is read, file references
     // reduced to their bare names.
-    bool WriteConfigurationXml(const CAtlString& file) const;
+    [[nodiscard]] bool WriteConfigurationXml(const CAtlString& file) const;
 
     // Back to the empty state: documents, file list, temporary folders and repository entry go.
     void Reset();
@@ -83,7 +83,7 @@ public:
     bool ComposeRepositoryEntry();
     bool Register();
     bool Unregister();
-    bool StoreConfiguration();
+    [[nodiscard]] bool StoreConfiguration();
     bool RemoveStoredFiles();
 
     // "/usr/local/share/ZOLTA Scrivent Galleries" and its "Configurations" folder, both mapped
@@ -97,10 +97,10 @@ public:
     static const wchar_t* const SupportedVersion;
 
 private:
-    bool UnpackCollection(const CZoltaFilePath& archive, CZoltaDirectoryPath& unpacked);
+    [[nodiscard]] bool UnpackCollection(const CZoltaFilePath& archive, CZoltaDirectoryPath& unpacked);
     void ComputeConfigurationDirectory();
-    bool CopyListedFiles() const;
-    bool CopyListedDirectories() const;
+    [[nodiscard]] bool CopyListedFiles() const;
+    [[nodiscard]] bool CopyListedDirectories() const;
 
     LoadedCallback m_loadedCallback;
     std::vector<std::shared_ptr<CAutoDirectoryDestructor>> m_temporaryDirectories;

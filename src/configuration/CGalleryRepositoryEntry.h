@@ -23,11 +23,11 @@ public:
 
     // Reads the five values of `group`\`id`. True when there is a manifest path and at least one
     // of the metadata and application paths.
-    bool Read(const CAtlString& entryGroup, const CAtlString& entryId);
+    [[nodiscard]] bool Read(const CAtlString& entryGroup, const CAtlString& entryId);
     // Writes the five values; true when every write succeeded.
-    bool Write() const;
+    [[nodiscard]] bool Write() const;
     // Deletes the entry in the scope of its group and then, in any case, in the user's scope.
-    bool Remove() const;
+    [[nodiscard]] bool Remove() const;
     void Clear();
 
     CAtlString Section() const;

@@ -11,6 +11,6 @@ bool IsInside(const std::filesystem::path& path, const std::filesystem::path& fo
 
 // Copies a folder tree, replacing files that are there. Links are skipped: a collection's
 // folder must not pull in what lies outside of it. True when everything was copied.
-bool CopyTree(const std::filesystem::path& from, const std::filesystem::path& to);
+[[nodiscard]] bool CopyTree(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace collection_folders

@@ -14,7 +14,7 @@ public:
     explicit MetaDataXml(std::shared_ptr<FileList> files = std::shared_ptr<FileList>());
 
     // Also enters the document in the file list, if there is one.
-    bool Read(const CAtlString& file);
+    [[nodiscard]] bool Read(const CAtlString& file);
 
     const CAtlString& Identifier() const { return m_identifier; }
     // The title in `language`; otherwise the English one, which is created empty when absent.

@@ -79,7 +79,7 @@ public:
     // Hands this holder's reference to the caller.
     T* Detach() noexcept { return std::exchange(p, nullptr); }
     // Gives the caller a reference of its own.
-    HRESULT CopyTo(T** out) const noexcept
+    [[nodiscard]] HRESULT CopyTo(T** out) const noexcept
     {
         if (out == nullptr)
             return E_POINTER;

@@ -13,7 +13,7 @@ class CGalleryThreadBase
 {
 public:
     virtual ~CGalleryThreadBase() = default;
-    virtual HRESULT Run() = 0;
+    [[nodiscard]] virtual HRESULT Run() = 0;
 };
 
 // Told when a gallery worker has finished, on the thread that ran the work.

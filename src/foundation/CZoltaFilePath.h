@@ -37,10 +37,10 @@ public:
 
     bool Remove() const;
     // Copies the bytes onto `target`, replacing it unless `failIfExists`. A partial copy is removed.
-    bool CopyTo(const CZoltaFilePath& target, bool failIfExists = false) const;
+    [[nodiscard]] bool CopyTo(const CZoltaFilePath& target, bool failIfExists = false) const;
     // Puts this file in the place of `target` in one step (both on one file system), its bytes on
     // the disk first: at every moment `target` is either the old file or the whole new one.
-    bool MoveOnto(const CZoltaFilePath& target) const;
+    [[nodiscard]] bool MoveOnto(const CZoltaFilePath& target) const;
     // Both paths made absolute and cleaned of "." , ".." and doubled separators, then compared.
     bool IsSameFile(const CZoltaFilePath& other) const;
 

@@ -15,7 +15,7 @@ public:
 
     // Creates the file when missing and takes the lock without waiting; false when another
     // process holds it or the file can't be made.
-    bool TryLock(const CZoltaFilePath& path);
+    [[nodiscard]] bool TryLock(const CZoltaFilePath& path);
     bool IsLocked() const { return m_descriptor >= 0; }
     void Release();
 

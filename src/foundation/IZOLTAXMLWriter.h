@@ -18,43 +18,43 @@ class IZOLTAXMLWriter : public IUnknown
 {
 public:
     // "<?xml version="1.0" encoding="UTF-8" standalone="yes"?>", no line break.
-    virtual HRESULT WriteHeader() = 0;
+    [[nodiscard]] virtual HRESULT WriteHeader() = 0;
     // The text as it stands; an open start tag stays open, so this can write into it.
-    virtual HRESULT WriteRaw(const char* text) = 0;
+    [[nodiscard]] virtual HRESULT WriteRaw(const char* text) = 0;
     // Closes an open start tag with ">", then begins "<name".
-    virtual HRESULT StartElement(const char* name) = 0;
+    [[nodiscard]] virtual HRESULT StartElement(const char* name) = 0;
     // "/>" while the start tag is still open (the empty form), "</name>" otherwise.
-    virtual HRESULT EndElement(const char* name) = 0;
+    [[nodiscard]] virtual HRESULT EndElement(const char* name) = 0;
     // File writers: the state of their file, `outText` untouched. String writers: S_OK and the
     // bytes written so far in *outText (E_POINTER without it).
-    virtual HRESULT GetResult(CAtlStringA* outText) = 0;
+    [[nodiscard]] virtual HRESULT GetResult(CAtlStringA* outText) = 0;
     // ` name="value"` with the value escaped.
-    virtual HRESULT AddAttribute(const char* name, const char* value) = 0;
+    [[nodiscard]] virtual HRESULT AddAttribute(const char* name, const char* value) = 0;
     // The same with up to three parts joined; a null value2 ends the list, as does a null value3.
-    virtual HRESULT AddAttribute(const char* name, const char* value1, const char* value2, const char* value3) = 0;
+    [[nodiscard]] virtual HRESULT AddAttribute(const char* name, const char* value1, const char* value2, const char* value3) = 0;
     // The value in UTF-8.
-    virtual HRESULT AddAttributeWide(const char* name, const wchar_t* value) = 0;
+    [[nodiscard]] virtual HRESULT AddAttributeWide(const char* name, const wchar_t* value) = 0;
     // Closes an open start tag (even for an empty text) and writes the text escaped.
-    virtual HRESULT AddText(const char* text) = 0;
+    [[nodiscard]] virtual HRESULT AddText(const char* text) = 0;
     // Closes an open start tag and writes the text without escaping.
-    virtual HRESULT AddRawText(const char* text) = 0;
+    [[nodiscard]] virtual HRESULT AddRawText(const char* text) = 0;
 };
 
 // A writer onto a file, uncompressed. When the file does not open the result is E_FAIL and
 // *outWriter is null; on success the caller owns one reference.
-HRESULT CreateFileWriter(IZOLTAXMLWriter** outWriter, const CZoltaFilePath& path);
+[[nodiscard]] HRESULT CreateFileWriter(IZOLTAXMLWriter** outWriter, const CZoltaFilePath& path);
 // A writer into memory; GetResult gives what was written.
-HRESULT CreateStringWriter(IZOLTAXMLWriter** outWriter);
+[[nodiscard]] HRESULT CreateStringWriter(IZOLTAXMLWriter** outWriter);
 
 // <name>text</name>, the text escaped.
-HRESULT WriteSimpleElement(IZOLTAXMLWriter* writer, const char* name, const char* text);
+[[nodiscard]] HRESULT WriteSimpleElement(IZOLTAXMLWriter* writer, const char* name, const char* text);
 
 // Typed attribute values. Numbers are written the same whatever the user's locale.
-HRESULT AddAttributeFloat(IZOLTAXMLWriter* writer, const char* name, double value);      // "%.2f"
-HRESULT AddAttributeInt(IZOLTAXMLWriter* writer, const char* name, int value);           // "%i"
+[[nodiscard]] HRESULT AddAttributeFloat(IZOLTAXMLWriter* writer, const char* name, double value);      // "%.2f"
+[[nodiscard]] HRESULT AddAttributeInt(IZOLTAXMLWriter* writer, const char* name, int value);           // "%i"
 // "#rrggbb" from 0xRRGGBB, or "none" when `none` is set.
-HRESULT AddAttributeColor(IZOLTAXMLWriter* writer, const char* name, std::uint32_t rgb, bool none = false);
+[[nodiscard]] HRESULT AddAttributeColor(IZOLTAXMLWriter* writer, const char* name, std::uint32_t rgb, bool none = false);
 // "data:;base64," and the base64 form of the bytes.
-HRESULT AddAttributeBinary(IZOLTAXMLWriter* writer, const char* name, const void* data, std::size_t size);
+[[nodiscard]] HRESULT AddAttributeBinary(IZOLTAXMLWriter* writer, const char* name, const void* data, std::size_t size);
 // "<![CDATA[" text "]]>", the text unescaped.
-HRESULT AddCData(IZOLTAXMLWriter* writer, const char* text);
+[[nodiscard]] HRESULT AddCData(IZOLTAXMLWriter* writer, const char* text);

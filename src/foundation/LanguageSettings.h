@@ -13,4 +13,4 @@ QString GetUILanguage(bool useSettings);
 
 // Loads `<directory>/Languages/<language>/<name>` into the process's one translator and installs it.
 // English needs no catalogue: a missing one is then no failure.
-bool LoadCatalogue(const QString& directory, const QString& name, bool useSettings);
+[[nodiscard]] bool LoadCatalogue(const QString& directory, const QString& name, bool useSettings);

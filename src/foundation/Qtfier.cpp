@@ -7,11 +7,6 @@ Qtfier::Qtfier(std::function<void()> function, QObject* parent)
 {
 }
 
-void Qtfier::SetFunction(std::function<void()> function)
-{
-    m_function = std::move(function);
-}
-
 void Qtfier::Slot()
 {
     if (m_function)

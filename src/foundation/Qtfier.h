@@ -12,8 +12,6 @@ class Qtfier : public QObject
 public:
     explicit Qtfier(std::function<void()> function = {}, QObject* parent = nullptr);
 
-    void SetFunction(std::function<void()> function);
-
 public slots:
     // Runs the function; an empty one does nothing.
     void Slot();

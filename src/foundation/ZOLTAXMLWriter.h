@@ -19,19 +19,19 @@ public:
     CMyWriter(const CMyWriter&) = delete;
     CMyWriter& operator=(const CMyWriter&) = delete;
 
-    HRESULT QueryInterface(REFIID iid, void** outObject) override;  // always E_NOTIMPL
+    [[nodiscard]] HRESULT QueryInterface(REFIID iid, void** outObject) override;  // always E_NOTIMPL
     std::uint32_t AddRef() override;
     std::uint32_t Release() override;
 
-    HRESULT WriteHeader() override;
-    HRESULT WriteRaw(const char* text) override;
-    HRESULT StartElement(const char* name) override;
-    HRESULT EndElement(const char* name) override;
-    HRESULT AddAttribute(const char* name, const char* value) override;
-    HRESULT AddAttribute(const char* name, const char* value1, const char* value2, const char* value3) override;
-    HRESULT AddAttributeWide(const char* name, const wchar_t* value) override;
-    HRESULT AddText(const char* text) override;
-    HRESULT AddRawText(const char* text) override;
+    [[nodiscard]] HRESULT WriteHeader() override;
+    [[nodiscard]] HRESULT WriteRaw(const char* text) override;
+    [[nodiscard]] HRESULT StartElement(const char* name) override;
+    [[nodiscard]] HRESULT EndElement(const char* name) override;
+    [[nodiscard]] HRESULT AddAttribute(const char* name, const char* value) override;
+    [[nodiscard]] HRESULT AddAttribute(const char* name, const char* value1, const char* value2, const char* value3) override;
+    [[nodiscard]] HRESULT AddAttributeWide(const char* name, const wchar_t* value) override;
+    [[nodiscard]] HRESULT AddText(const char* text) override;
+    [[nodiscard]] HRESULT AddRawText(const char* text) override;
 
 protected:
     explicit CMyWriter(CComPtr<IStream> stream);
@@ -59,7 +59,7 @@ public:
     // Whether the stream opened; a writer that did not is of no use.
     bool IsOpen() const { return m_stream != nullptr; }
     // S_OK while every write has gone through, E_FAIL otherwise or when nothing opened.
-    HRESULT GetResult(CAtlStringA* outText) override;
+    [[nodiscard]] HRESULT GetResult(CAtlStringA* outText) override;
 
 private:
     CStdioFileStream* m_plain = nullptr;                    // owned through m_stream
@@ -72,7 +72,7 @@ class CMyStringWriter : public CMyWriter
 public:
     CMyStringWriter();
 
-    HRESULT GetResult(CAtlStringA* outText) override;
+    [[nodiscard]] HRESULT GetResult(CAtlStringA* outText) override;
 
 private:
     IStreamOnBuffer* m_buffer = nullptr;  // owned through m_stream

@@ -12,11 +12,11 @@ class CWriteableBufferStream : public CZoltaStreamBase<IStreamOnBuffer>
 public:
     CWriteableBufferStream() = default;
 
-    HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
-    HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
+    [[nodiscard]] HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
+    [[nodiscard]] HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
     // A target outside 0..length is refused with E_FAIL and the position stays.
-    HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
-    HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
+    [[nodiscard]] HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
+    [[nodiscard]] HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
 
     const std::uint8_t* GetData() override { return m_data; }
     std::size_t GetLength() override { return m_length; }

@@ -208,10 +208,11 @@ void CWritableCompressedFileStream::Close()
     m_valid = false;
     if (!opened)
         return;
+    // Closing happens in the destructor, which has no one to tell: the copies are best effort.
     if (!m_failed || !m_rawPath.Exists())
-        m_target.CopyTo(m_rawPath);
+        static_cast<void>(m_target.CopyTo(m_rawPath));
     if (m_target.Exists() && !CompressFileInto(m_rawPath, m_target))
-        m_rawPath.CopyTo(m_target);
+        static_cast<void>(m_rawPath.CopyTo(m_target));
     m_rawPath.Remove();
 }
 

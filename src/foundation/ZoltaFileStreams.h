@@ -12,16 +12,16 @@
 class CStdioFileStream : public CZoltaStreamBase<IStream>
 {
 public:
-    HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
-    HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
-    HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
-    HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
+    [[nodiscard]] HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
+    [[nodiscard]] HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
+    [[nodiscard]] HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
+    [[nodiscard]] HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
 
     bool IsValid() const { return m_valid; }
     const CZoltaFilePath& GetPath() const { return m_path; }
     // E_FAIL once any write has come up short (buffered bytes are flushed to find out) or the
     // file never opened; S_OK otherwise.
-    HRESULT GetWriteStatus() const;
+    [[nodiscard]] HRESULT GetWriteStatus() const;
 
 protected:
     CStdioFileStream(const CZoltaFilePath& path, const char* mode, std::uint64_t startPosition);
@@ -57,15 +57,15 @@ class CWritableCompressedFileStream : public CZoltaStreamBase<IStream>
 public:
     explicit CWritableCompressedFileStream(const CZoltaFilePath& target, std::uint64_t startPosition = 0);
 
-    HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
-    HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
-    HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
-    HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
+    [[nodiscard]] HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
+    [[nodiscard]] HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
+    [[nodiscard]] HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) override;
+    [[nodiscard]] HRESULT Stat(STATSTG* outStat, std::uint32_t flags) override;
 
     bool IsValid() const { return m_valid; }
     // The temporary file that takes the raw bytes until the stream closes.
     const CZoltaFilePath& GetRawPath() const { return m_rawPath; }
-    HRESULT GetWriteStatus() const;
+    [[nodiscard]] HRESULT GetWriteStatus() const;
 
 private:
     ~CWritableCompressedFileStream() override;
@@ -87,4 +87,4 @@ CComPtr<IStream> CreateCompressedWriteStream(const CZoltaFilePath& path, std::ui
                                              std::uint32_t startHigh = 0);
 
 // The reading side of CWritableCompressedFileStream: the whole file through zlib's uncompress.
-HRESULT ReadCompressedFile(const CZoltaFilePath& path, std::vector<std::uint8_t>& outData);
+[[nodiscard]] HRESULT ReadCompressedFile(const CZoltaFilePath& path, std::vector<std::uint8_t>& outData);

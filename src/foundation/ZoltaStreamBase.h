@@ -15,7 +15,7 @@ public:
     CZoltaStreamBase(const CZoltaStreamBase&) = delete;
     CZoltaStreamBase& operator=(const CZoltaStreamBase&) = delete;
 
-    HRESULT QueryInterface(REFIID, void** outObject) override
+    [[nodiscard]] HRESULT QueryInterface(REFIID, void** outObject) override
     {
         if (outObject)
             *outObject = nullptr;
@@ -31,13 +31,13 @@ public:
         return remaining;
     }
 
-    HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
-    HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
-    HRESULT Commit(std::uint32_t) override { return E_NOTIMPL; }
-    HRESULT Revert() override { return E_NOTIMPL; }
-    HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
-    HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
-    HRESULT Clone(IStream** outClone) override
+    [[nodiscard]] HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT Commit(std::uint32_t) override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT Revert() override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT Clone(IStream** outClone) override
     {
         if (outClone)
             *outClone = nullptr;

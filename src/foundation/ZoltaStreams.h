@@ -57,25 +57,25 @@ class ISequentialStream : public IUnknown
 {
 public:
     // S_OK when something was read, S_FALSE when nothing was; the count goes to *outRead.
-    virtual HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) = 0;
+    [[nodiscard]] virtual HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) = 0;
     // A short write is E_FAIL; outWritten may be null.
-    virtual HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) = 0;
+    [[nodiscard]] virtual HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) = 0;
 };
 
 class IStream : public ISequentialStream
 {
 public:
     // outPosition may be null.
-    virtual HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) = 0;
-    virtual HRESULT SetSize(ULARGE_INTEGER newSize) = 0;
-    virtual HRESULT CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* outRead,
+    [[nodiscard]] virtual HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) = 0;
+    [[nodiscard]] virtual HRESULT SetSize(ULARGE_INTEGER newSize) = 0;
+    [[nodiscard]] virtual HRESULT CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* outRead,
                            ULARGE_INTEGER* outWritten) = 0;
-    virtual HRESULT Commit(std::uint32_t flags) = 0;
-    virtual HRESULT Revert() = 0;
-    virtual HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) = 0;
-    virtual HRESULT UnlockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) = 0;
-    virtual HRESULT Stat(STATSTG* outStat, std::uint32_t flags) = 0;
-    virtual HRESULT Clone(IStream** outClone) = 0;
+    [[nodiscard]] virtual HRESULT Commit(std::uint32_t flags) = 0;
+    [[nodiscard]] virtual HRESULT Revert() = 0;
+    [[nodiscard]] virtual HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) = 0;
+    [[nodiscard]] virtual HRESULT UnlockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) = 0;
+    [[nodiscard]] virtual HRESULT Stat(STATSTG* outStat, std::uint32_t flags) = 0;
+    [[nodiscard]] virtual HRESULT Clone(IStream** outClone) = 0;
 };
 
 // A stream whose bytes live in one heap block that the caller can look at or take away.

@@ -21,7 +21,7 @@ class IUnknown
 {
 public:
     virtual ~IUnknown() = default;
-    virtual HRESULT QueryInterface(REFIID iid, void** outObject) = 0;
+    [[nodiscard]] virtual HRESULT QueryInterface(REFIID iid, void** outObject) = 0;
     // Both return the new count.
     virtual std::uint32_t AddRef() = 0;
     virtual std::uint32_t Release() = 0;

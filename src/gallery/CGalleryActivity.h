@@ -13,10 +13,10 @@ struct CGalleryActivity : CGalleryObject
 
     // Allocates a zeroed record with its metadata; E_INVALIDARG if `target` is null or
     // already set, E_OUTOFMEMORY with nothing left behind.
-    static HRESULT Create(CGalleryActivity** target);
+    [[nodiscard]] static HRESULT Create(CGalleryActivity** target);
     // Frees metadata, text and record (image data left alone) and nulls the pointer. The
     // activity must already be detached from its folder.
     static void Destroy(CGalleryActivity*& activity);
 
-    HRESULT SetHref(const wchar_t* href);
+    [[nodiscard]] HRESULT SetHref(const wchar_t* href);
 };

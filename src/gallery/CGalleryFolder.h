@@ -22,15 +22,15 @@ struct CGalleryFolder : CGalleryObject
 
     // Allocates a zeroed record with metadata and both lists; E_INVALIDARG if `target` is
     // null or already set, E_OUTOFMEMORY with nothing left behind.
-    static HRESULT Create(CGalleryFolder** target);
+    [[nodiscard]] static HRESULT Create(CGalleryFolder** target);
     // Destroys the whole subtree (image data left alone) and nulls the pointer. The folder
     // must already be detached from its parent.
     static void Destroy(CGalleryFolder*& folder);
 
     // Attach a child and set its back references (for a folder: parent and, through the
     // subtree, organization).
-    HRESULT AddActivity(CGalleryActivity* activity);
-    HRESULT AddChild(CGalleryFolder* child);
+    [[nodiscard]] HRESULT AddActivity(CGalleryActivity* activity);
+    [[nodiscard]] HRESULT AddChild(CGalleryFolder* child);
 
     // Points this folder and every folder beneath it at `organization`.
     void SetOrganization(CGalleryOrganization* organization);

@@ -38,7 +38,7 @@ ItemTable MakeItemTable(const CGalleryI18N::ManifestMetadata& entry)
     return table;
 }
 
-HRESULT ApplyToMetadata(CGalleryMetadata& metadata, const ItemTable& items, const CAtlString& language)
+[[nodiscard]] HRESULT ApplyToMetadata(CGalleryMetadata& metadata, const ItemTable& items, const CAtlString& language)
 {
     const auto found = items.find(FoldCase(metadata.m_identifier));
     if (found == items.end()) {
@@ -52,7 +52,7 @@ HRESULT ApplyToMetadata(CGalleryMetadata& metadata, const ItemTable& items, cons
 }
 
 // The category first, then its activities, then its children, depth first.
-HRESULT ApplyToFolder(CGalleryFolder& folder, const ItemTable& items, const CAtlString& language)
+[[nodiscard]] HRESULT ApplyToFolder(CGalleryFolder& folder, const ItemTable& items, const CAtlString& language)
 {
     HRESULT result = ApplyToMetadata(*folder.m_metadata, items, language);
     for (std::uint32_t i = 0; SUCCEEDED(result) && i < folder.m_activities->GetCount(); ++i) {
@@ -64,7 +64,7 @@ HRESULT ApplyToFolder(CGalleryFolder& folder, const ItemTable& items, const CAtl
     return result;
 }
 
-HRESULT LoadFromArchive(const CAtlString& path, CGalleryI18N& handler)
+[[nodiscard]] HRESULT LoadFromArchive(const CAtlString& path, CGalleryI18N& handler)
 {
     unsigned char* buffer = nullptr;
     std::size_t size = 0;

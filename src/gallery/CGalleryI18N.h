@@ -35,18 +35,18 @@ public:
 
     // ".xml": the file itself; ".zip": its entry "i18n.xml". Anything else, or an archive
     // without that entry, is E_FAIL; otherwise the parser's result.
-    HRESULT Load(const CAtlString& path);
+    [[nodiscard]] HRESULT Load(const CAtlString& path);
 
     // Folds the texts of the catalogue's entry for this manifest (identifiers compared without
     // regard to case, first entry wins) into its string versions and into the metadata of
     // every category and activity. S_OK also when the catalogue has nothing for the manifest;
     // the first failing change stops the walk and is returned.
-    HRESULT Apply(CGalleryManifest& manifest) const;
+    [[nodiscard]] HRESULT Apply(CGalleryManifest& manifest) const;
 
     const CAtlString& GetLanguage() const { return m_language; }
     const std::vector<std::shared_ptr<ManifestMetadata>>& GetManifests() const { return m_manifests; }
 
-    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                          const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
                          const ZOLTASaxString& text, std::uint32_t position, std::uint32_t length) override;
 

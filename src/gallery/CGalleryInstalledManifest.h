@@ -17,7 +17,7 @@ public:
 
     // Parses the head of the file. S_OK when identifier and version were found; a parse
     // failure as it came, E_FAIL when the document ended without both.
-    HRESULT Load(const CAtlString& path);
+    [[nodiscard]] HRESULT Load(const CAtlString& path);
 
     const CAtlString& GetId() const { return m_id; }
     const CAtlString& GetVersion() const { return m_version; }
@@ -25,10 +25,10 @@ public:
     // Language to the version of its strings, from `zoltagallery:stringversions`.
     const std::unordered_map<CAtlString, CAtlString>& GetStringVersions() const { return m_stringVersions; }
 
-    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                          const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
                          const ZOLTASaxString& text, std::uint32_t position, std::uint32_t length) override;
-    HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                        const ZOLTASaxString& qName, std::uint32_t position, std::uint32_t length) override;
 
 private:

@@ -23,7 +23,7 @@ struct CGalleryList
     std::uint32_t m_capacity;
 
     // Allocates a zeroed, empty list record.
-    static HRESULT Create(CGalleryList** target)
+    [[nodiscard]] static HRESULT Create(CGalleryList** target)
     {
         if (!target || *target)
             return E_INVALIDARG;
@@ -53,7 +53,7 @@ struct CGalleryList
         return m_array[index];
     }
 
-    HRESULT Add(Node* child)
+    [[nodiscard]] HRESULT Add(Node* child)
     {
         if (!child)
             return E_INVALIDARG;
@@ -117,7 +117,7 @@ struct CGalleryList
 private:
     bool IsInImage() const { return m_array && CGalleryImageRegistry::Contains(m_array); }
 
-    HRESULT Grow()
+    [[nodiscard]] HRESULT Grow()
     {
         const std::uint32_t capacity = m_count < 4 ? 8 : m_count * 2;
         auto* array = static_cast<Node**>(std::malloc(capacity * sizeof(Node*)));

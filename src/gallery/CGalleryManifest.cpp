@@ -16,7 +16,7 @@ CGalleryManifest::CGalleryManifest()
       m_organizations(nullptr),
       m_fileTime(nullptr)
 {
-    Initialize();
+    static_cast<void>(Initialize());  // IsInitialized() tells the owner whether it took
 }
 
 CGalleryManifest::~CGalleryManifest()

@@ -38,24 +38,24 @@ struct CGalleryManifest : CGalleryObject
     CGalleryManifest& operator=(const CGalleryManifest&) = delete;
 
     // A new heap manifest; E_INVALIDARG if `target` is null or already set.
-    static HRESULT Create(CGalleryManifest** target);
+    [[nodiscard]] static HRESULT Create(CGalleryManifest** target);
     static void Destroy(CGalleryManifest*& manifest);
 
     // Creates whatever is missing of the empty state; S_OK when all is there.
-    HRESULT Initialize();
+    [[nodiscard]] HRESULT Initialize();
     bool IsInitialized() const;
     // Frees the whole tree, the texts, the blocks and, after all objects are gone, the
     // image buffers. Leaves an uninitialised record of kind 4.
     void FreeTree();
     // FreeTree, then Initialize: an empty manifest without a path.
-    HRESULT Reset();
+    [[nodiscard]] HRESULT Reset();
 
     CGalleryOrganizationList* GetOrganizations() const { return m_organizations; }
     // Attaches an organization and points it at this manifest.
-    HRESULT AddOrganization(CGalleryOrganization* organization);
+    [[nodiscard]] HRESULT AddOrganization(CGalleryOrganization* organization);
 
     const wchar_t* GetPath() const;
-    HRESULT SetPath(const wchar_t* path);
+    [[nodiscard]] HRESULT SetPath(const wchar_t* path);
     bool IsModified() const { return m_modified; }
     void SetModified(bool modified = true) { m_modified = modified; }
 };

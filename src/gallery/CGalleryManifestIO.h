@@ -28,7 +28,7 @@ public:
     // S_OK; S_FALSE when there is no file (the manifest stays empty, its path set); a failure
     // code otherwise (E_INVALIDARG for a null path). An archive that can't be extracted whole
     // gives E_FAIL: part of a package is no package.
-    static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path, IGalleryManifestOpenObserver* observer,
+    [[nodiscard]] static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path, IGalleryManifestOpenObserver* observer,
                         bool useCache);
 
     // A folder (existing, or a new path without extension): created, "imsmanifest.xml" saved
@@ -38,7 +38,7 @@ public:
     // the old document and leaves nothing behind); with `refreshCache` the
     // cache follows unless the manifest is a temporary extraction. Anything else: the binary
     // writer. The manifest's own path does not change.
-    static HRESULT Save(CGalleryManifest& manifest, const wchar_t* path, bool refreshCache);
+    [[nodiscard]] static HRESULT Save(CGalleryManifest& manifest, const wchar_t* path, bool refreshCache);
 
     // Frees the tree; a manifest that lives in a temporary extraction takes that folder along.
     static void Close(CGalleryManifest& manifest);
@@ -54,20 +54,20 @@ public:
     // target before the record is written and the files take their places. A file that no
     // record lists (the user's) is never replaced: it fails the package. `reason`, if given,
     // receives why a package failed.
-    static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other, CGalleryFolder** outFirstItem,
+    [[nodiscard]] static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other, CGalleryFolder** outFirstItem,
                              CAtlString* reason = nullptr);
 
     // Builds the manifest anew from the install records after one was removed, saves it, and
     // deletes the files that the old tree (or a `released` file, as full paths) referred to and
     // the new tree no longer does. No other file of the folder is ever deleted.
-    static HRESULT RebuildFromInstalled(CGalleryManifest& manifest, const std::vector<CAtlString>& released = {});
+    [[nodiscard]] static HRESULT RebuildFromInstalled(CGalleryManifest& manifest, const std::vector<CAtlString>& released = {});
 
     // Appends the gallery paths of the content files that `record` lists.
-    static HRESULT CollectRecordFiles(const CGalleryManifest& manifest, const CZoltaFilePath& record,
+    [[nodiscard]] static HRESULT CollectRecordFiles(const CGalleryManifest& manifest, const CZoltaFilePath& record,
                                       std::vector<CAtlString>& files);
 
     // Writes the whole document (declaration included) through `writer`.
-    static HRESULT WriteDocument(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);
+    [[nodiscard]] static HRESULT WriteDocument(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);
 
     // The folder of the manifest file, and "Uninstall" beneath it.
     static CZoltaDirectoryPath GetFolder(const CGalleryManifest& manifest);

@@ -5,7 +5,7 @@
 #include "CGalleryOrganization.h"
 #include "GalleryContentFiles.h"
 #include "GalleryText.h"
-#include "ManifestCacheSeam.h"
+#include "ManifestCache.h"
 #include "ZOLTASaxOpenXmlHandler.h"
 #include "ZOLTASaxParser.h"
 #include "ZipHelpers.h"
@@ -26,7 +26,7 @@ std::int64_t ModificationTime(const CAtlString& path)
 }
 
 // The ".xbc" form needs no work in this system: the step exists and succeeds.
-HRESULT ConvertXbc(const CAtlString&, const CAtlString&)
+[[nodiscard]] HRESULT ConvertXbc(const CAtlString&, const CAtlString&)
 {
     return S_OK;
 }
@@ -52,7 +52,7 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
     }
 }
 
-HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
+[[nodiscard]] HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
                     bool useCache)
 {
     manifest.m_extracted = true;
@@ -74,7 +74,7 @@ HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGallery
     return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
 }
 
-HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
+[[nodiscard]] HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
                 bool useCache)
 {
     manifest.m_fileTime->m_seconds = 0;
@@ -83,8 +83,8 @@ HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryMani
         return FAILED(stored) ? stored : S_FALSE;
     }
     HRESULT result = E_FAIL;
-    if (useCache) {
-        result = TryOpenFromCache(manifest, path);
+    if (useCache) {  // a failed cache attempt only means that the XML is parsed
+        result = OpenManifestFromCache(manifest, path, GetManifestCachePath(path));
     }
     if (FAILED(result)) {
         ZOLTASaxOpenXmlHandler handler(manifest, observer);
@@ -99,7 +99,7 @@ HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryMani
         manifest.m_fileTime->m_seconds = ModificationTime(path);
         manifest.SetModified(false);
         if (useCache) {
-            result = WriteCache(manifest, path);
+            result = WriteManifestCache(manifest, path, GetManifestCachePath(path));
         }
     }
     ProbeWriteAccess(manifest, path);
@@ -139,7 +139,7 @@ HRESULT CGalleryManifestIO::Open(CGalleryManifest& manifest, const wchar_t* path
         return Open(manifest, converted.GetPath().GetString(), observer, useCache);
     }
     if (extension != L".xml") {
-        return OpenBinaryManifest(manifest, text);
+        return ReadManifestImage(manifest, CZoltaFilePath(text));
     }
     return OpenXml(manifest, text, observer, useCache);
 }
@@ -149,7 +149,7 @@ void CGalleryManifestIO::Close(CGalleryManifest& manifest)
     const CZoltaDirectoryPath folder = GetFolder(manifest);
     const bool extracted = manifest.m_extracted;
     CGalleryMergeIndex::Forget(manifest);
-    manifest.Reset();
+    static_cast<void>(manifest.Reset());  // closing goes on: the tree is freed whatever Reset says
     // Only a folder of the temporary area is ever taken along: the flag may come from a file.
     const CZoltaDirectoryPath temporary = GetTempFolder();
     if (extracted && !folder.IsEmpty() && folder != temporary && IsPathInside(folder.GetPath(), temporary.GetPath())) {

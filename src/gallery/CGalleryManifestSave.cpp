@@ -4,7 +4,7 @@
 #include "CGalleryManifestWriter.h"
 #include "GalleryContentFiles.h"
 #include "IZOLTAXMLWriter.h"
-#include "ManifestCacheSeam.h"
+#include "ManifestCache.h"
 #include "ManifestLock.h"
 #include "SafeReplace.h"
 #include "ZipHelpers.h"
@@ -14,7 +14,7 @@
 namespace {
 
 // The ".xbc" form needs no work in this system: the step exists and succeeds.
-HRESULT ConvertToXbc(const CAtlString&, const CAtlString&)
+[[nodiscard]] HRESULT ConvertToXbc(const CAtlString&, const CAtlString&)
 {
     return S_OK;
 }
@@ -28,7 +28,7 @@ std::int64_t ModificationTime(const CAtlString& path)
     return static_cast<std::int64_t>(status.st_mtime);
 }
 
-HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
+[[nodiscard]] HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
 {
     const CZoltaDirectoryPath folder(path);
     if (!folder.Create()) {
@@ -46,7 +46,7 @@ HRESULT SaveToFolder(CGalleryManifest& manifest, const CAtlString& path, bool re
     return CopyContentFiles(manifest, source, folder);
 }
 
-HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
+[[nodiscard]] HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
 {
     const CZoltaDirectoryPath folder = GetTempFolder().GetUniqueChild(L"gallery");
     if (!folder.Create()) {
@@ -60,7 +60,7 @@ HRESULT SaveToGallery(CGalleryManifest& manifest, const CAtlString& path)
     return result;
 }
 
-HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
+[[nodiscard]] HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
 {
     const CZoltaFilePath gallery = MakeTempFile(L".gallery", L"SCVTemp");
     HRESULT result = SaveToGallery(manifest, gallery.GetPath());
@@ -71,7 +71,7 @@ HRESULT SaveToXbc(CGalleryManifest& manifest, const CAtlString& path)
     return result;
 }
 
-HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
+[[nodiscard]] HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refreshCache)
 {
     CManifestLockHolder lock;
     const CZoltaFilePath target(path);
@@ -96,7 +96,7 @@ HRESULT SaveToXml(CGalleryManifest& manifest, const CAtlString& path, bool refre
         return E_FAIL;
     }
     if (!manifest.m_extracted && refreshCache) {
-        result = WriteCache(manifest, path);
+        result = WriteManifestCache(manifest, path, GetManifestCachePath(path));
     }
     manifest.m_fileTime->m_seconds = ModificationTime(path);
     return result;
@@ -133,5 +133,5 @@ HRESULT CGalleryManifestIO::Save(CGalleryManifest& manifest, const wchar_t* path
     if (extension == L".xml") {
         return SaveToXml(manifest, text, refreshCache);
     }
-    return SaveBinaryManifest(manifest, text);
+    return WriteManifestImage(manifest, file);
 }

@@ -24,7 +24,7 @@ public:
     CGalleryManifestWriter(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);
 
     // The first failing write ends the document and gives its code.
-    HRESULT Write();
+    [[nodiscard]] HRESULT Write();
 
 private:
     void WriteStringVersions(const LanguageStringBlock& versions);

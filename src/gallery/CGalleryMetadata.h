@@ -24,18 +24,18 @@ struct CGalleryMetadata
 
     // Allocates a zeroed record with empty texts and four empty blocks. E_INVALIDARG if
     // `target` is null or already set, E_OUTOFMEMORY with nothing left behind.
-    static HRESULT Create(CGalleryMetadata** target);
+    [[nodiscard]] static HRESULT Create(CGalleryMetadata** target);
     // Frees texts, blocks and record (image data left alone) and nulls the pointer.
     static void Destroy(CGalleryMetadata*& metadata);
 
-    HRESULT SetIdentifier(const wchar_t* text);
-    HRESULT SetVersion(const wchar_t* text);
-    HRESULT SetSortKey(const wchar_t* text);
-    HRESULT SetFormat(const wchar_t* text);
-    HRESULT SetOriginalId(const wchar_t* text);
-    HRESULT SetShowInLanguages(const wchar_t* text);
-    HRESULT SetHideInLanguages(const wchar_t* text);
+    [[nodiscard]] HRESULT SetIdentifier(const wchar_t* text);
+    [[nodiscard]] HRESULT SetVersion(const wchar_t* text);
+    [[nodiscard]] HRESULT SetSortKey(const wchar_t* text);
+    [[nodiscard]] HRESULT SetFormat(const wchar_t* text);
+    [[nodiscard]] HRESULT SetOriginalId(const wchar_t* text);
+    [[nodiscard]] HRESULT SetShowInLanguages(const wchar_t* text);
+    [[nodiscard]] HRESULT SetHideInLanguages(const wchar_t* text);
 
     // Copies every field of `other` (texts and blocks duplicated).
-    HRESULT CopyFrom(const CGalleryMetadata& other);
+    [[nodiscard]] HRESULT CopyFrom(const CGalleryMetadata& other);
 };

@@ -20,8 +20,8 @@ public:
     ~CGalleryMultiproc() override;
 
     // S_OK, or E_ABORT after a cancel.
-    HRESULT Run() override;
-    HRESULT OnManifestProgress(float fraction) override;
+    [[nodiscard]] HRESULT Run() override;
+    [[nodiscard]] HRESULT OnManifestProgress(float fraction) override;
 
     // The manifests opened, in the order of the list; read after Wait().
     const std::vector<std::shared_ptr<CGalleryManifest>>& GetOpened() const { return m_opened; }

@@ -22,7 +22,7 @@ struct CGalleryNamedValueList
     std::uint32_t m_count;
     std::uint32_t m_capacity;
 
-    static HRESULT Create(CGalleryNamedValueList** target);
+    [[nodiscard]] static HRESULT Create(CGalleryNamedValueList** target);
     // Frees the names, the array and the record (image data left alone).
     static void Destroy(CGalleryNamedValueList*& list);
     std::uint32_t GetCount() const { return m_count; }
@@ -38,11 +38,11 @@ struct CGalleryOrganization : CGalleryObject
 
     // Allocates a zeroed record with metadata and lists; E_INVALIDARG if `target` is null
     // or already set, E_OUTOFMEMORY with nothing left behind.
-    static HRESULT Create(CGalleryOrganization** target);
+    [[nodiscard]] static HRESULT Create(CGalleryOrganization** target);
     // Destroys the organization and its whole tree (image data left alone), nulls the
     // pointer. It must already be detached from its manifest.
     static void Destroy(CGalleryOrganization*& organization);
 
     // Attaches a root category: no parent, this organization throughout its subtree.
-    HRESULT AddItem(CGalleryFolder* folder);
+    [[nodiscard]] HRESULT AddItem(CGalleryFolder* folder);
 };

@@ -175,8 +175,8 @@ HRESULT CGalleryInitializeThread::Run()
         CZoltaFilePath(defaultManifest).GetFolder().Create();
 
     const CZoltaFilePath myContent = GetMyContentManifestPath();
-    if (!myContent.Exists())
-        CreateMyContent(myContent);
+    if (!myContent.Exists())  // a failed gallery is skipped: start-up goes on without it
+        static_cast<void>(CreateMyContent(myContent));
     MigrateOldMyContent();
 
     if (!IsCancelled()) {
@@ -213,9 +213,12 @@ HRESULT CGalleryInitializeThread::CreateMyContent(const CZoltaFilePath& path)
     if (SUCCEEDED(result))
         result = CGalleryOrganization::Create(&organization);
     if (SUCCEEDED(result)) {
-        organization->m_metadata->SetIdentifier(Placeholder(L"/default?organization=My%20Content").GetString());
-        organization->m_metadata->m_titles->Add(L"en", L"My Content");
-        result = manifest->AddOrganization(organization);
+        const CAtlString identifier = Placeholder(L"/default?organization=My%20Content");
+        result = organization->m_metadata->SetIdentifier(identifier.GetString());
+        if (SUCCEEDED(result))
+            result = organization->m_metadata->m_titles->Add(L"en", L"My Content");
+        if (SUCCEEDED(result))
+            result = manifest->AddOrganization(organization);
         if (FAILED(result))
             CGalleryOrganization::Destroy(organization);
     }
@@ -223,9 +226,11 @@ HRESULT CGalleryInitializeThread::CreateMyContent(const CZoltaFilePath& path)
     if (SUCCEEDED(result))
         result = CGalleryFolder::Create(&root);
     if (SUCCEEDED(result)) {
-        root->m_metadata->SetIdentifier(Placeholder(L"/My%20Content").GetString());
-        root->m_metadata->m_titles->Add(L"en", L"My Content");
-        result = organization->AddItem(root);
+        result = root->m_metadata->SetIdentifier(Placeholder(L"/My%20Content").GetString());
+        if (SUCCEEDED(result))
+            result = root->m_metadata->m_titles->Add(L"en", L"My Content");
+        if (SUCCEEDED(result))
+            result = organization->AddItem(root);
         if (FAILED(result))
             CGalleryFolder::Destroy(root);
     }
@@ -258,19 +263,25 @@ void CGalleryInitializeThread::MigrateOldMyContent()
         if (IsCancelled() || !item.file.Exists() || copy.Exists() || !item.file.CopyTo(copy, true))
             continue;
         CGalleryActivity* activity = nullptr;
-        if (FAILED(CGalleryActivity::Create(&activity)))
-            break;
-        activity->SetHref(copy.GetName());
-        activity->m_metadata->SetIdentifier(NewActivityIdentifier().GetString());
-        activity->m_metadata->m_titles->Add(L"en", item.title);
-        if (FAILED(root->AddActivity(activity))) {
-            CGalleryActivity::Destroy(activity);
+        HRESULT result = CGalleryActivity::Create(&activity);
+        if (SUCCEEDED(result))
+            result = activity->SetHref(copy.GetName());
+        if (SUCCEEDED(result))
+            result = activity->m_metadata->SetIdentifier(NewActivityIdentifier().GetString());
+        if (SUCCEEDED(result))
+            result = activity->m_metadata->m_titles->Add(L"en", item.title);
+        if (SUCCEEDED(result))
+            result = root->AddActivity(activity);
+        if (FAILED(result)) {
+            if (activity)
+                CGalleryActivity::Destroy(activity);
+            copy.Remove();  // so that a later start imports the item again
             break;
         }
         imported = true;
     }
-    if (imported)
-        CGalleryManifestIO::Save(*manifest, path.GetPath().GetString(), !g_noCache);
+    if (imported)  // like a failed gallery, a failed save does not stop start-up
+        static_cast<void>(CGalleryManifestIO::Save(*manifest, path.GetPath().GetString(), !g_noCache));
 }
 
 std::shared_ptr<CGalleryManifest> CGalleryInitializeThread::OpenGallery(const CAtlString& path)

@@ -30,9 +30,9 @@ public:
 
     // The steps of start-up; S_OK also when single galleries failed, E_ABORT after a cancel,
     // E_OUTOFMEMORY when the process-wide lists can't be made.
-    HRESULT Run() override;
+    [[nodiscard]] HRESULT Run() override;
 
-    HRESULT OnManifestProgress(float fraction) override;
+    [[nodiscard]] HRESULT OnManifestProgress(float fraction) override;
 
     // A new manifest opened from `path`, or null (cancelled, failed, or no manifest there).
     std::shared_ptr<CGalleryManifest> OpenGallery(const CAtlString& path);
@@ -50,7 +50,7 @@ protected:
     int Work() override;
 
 private:
-    HRESULT CreateMyContent(const CZoltaFilePath& path);
+    [[nodiscard]] HRESULT CreateMyContent(const CZoltaFilePath& path);
     void MigrateOldMyContent();
     void OpenRegisteredGalleries(bool userScope);
     void OpenRepositories();

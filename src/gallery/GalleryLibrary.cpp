@@ -3,8 +3,6 @@
 #include "CGalleryManifest.h"
 #include "GalleryInitializeThread.h"
 
-#include <atomic>
-
 bool g_enableContentCreatorTools = false;
 bool g_browseChunking = false;
 bool g_noCache = false;
@@ -16,30 +14,18 @@ std::vector<std::shared_ptr<CGalleryManifest>>* g_galleryList = nullptr;
 std::vector<CAtlString>* g_searchHistory = nullptr;
 CGalleryInitializeThread* g_initializeThread = nullptr;
 
-namespace {
-std::atomic<CGalleryInitializeThread*> g_running{nullptr};
-}
-
 HRESULT GalleryLibraryInitialize()
 {
     if (g_initializeThread)
         return E_FAIL;  // one initialisation at a time
     auto* thread = new CGalleryInitializeThread;
     g_initializeThread = thread;
-    g_running = thread;
     thread->Start(false);
     thread->Wait();
     const auto result = static_cast<HRESULT>(thread->Result());
-    g_running = nullptr;
     g_initializeThread = nullptr;
     delete thread;
     return result;
-}
-
-void GalleryLibraryCancelInitialize()
-{
-    if (CGalleryInitializeThread* thread = g_running.load())
-        thread->Cancel();
 }
 
 void GalleryLibraryShutdown()

@@ -24,8 +24,6 @@ extern CGalleryInitializeThread* g_initializeThread;  // null when idle
 
 // Start-up of the library: runs the initialisation thread and joins it, pumping events of the
 // caller meanwhile. S_OK, E_ABORT when cancelled, or the code of a failed run.
-HRESULT GalleryLibraryInitialize();
-// Asks a running initialisation to stop at its next cancel point; nothing when idle.
-void GalleryLibraryCancelInitialize();
+[[nodiscard]] HRESULT GalleryLibraryInitialize();
 // Cancels and joins a running initialisation and frees all process-wide state.
 void GalleryLibraryShutdown();

@@ -17,7 +17,7 @@ bool IsBlankText(const wchar_t* text);
 
 // Replaces the field's text by a heap copy of `value` (null and "" give the shared empty
 // string). E_OUTOFMEMORY leaves the field as it was.
-HRESULT GalleryAssignText(const wchar_t*& field, const wchar_t* value);
+[[nodiscard]] HRESULT GalleryAssignText(const wchar_t*& field, const wchar_t* value);
 
 // A heap copy of `count` characters of `value` plus a terminator; null when out of memory.
 wchar_t* GalleryCopyText(const wchar_t* value, std::size_t count);

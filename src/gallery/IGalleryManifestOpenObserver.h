@@ -9,5 +9,5 @@ class IGalleryManifestOpenObserver
 public:
     virtual ~IGalleryManifestOpenObserver() = default;
     // `fraction` is the parser's position over the document's length, from 0 to 1.
-    virtual HRESULT OnManifestProgress(float fraction) = 0;
+    [[nodiscard]] virtual HRESULT OnManifestProgress(float fraction) = 0;
 };

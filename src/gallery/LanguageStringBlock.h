@@ -18,22 +18,22 @@ struct LanguageStringBlock
     const wchar_t* m_data;
 
     // Allocates a zeroed, empty block; E_INVALIDARG if `target` is null or already set.
-    static HRESULT Create(LanguageStringBlock** target);
+    [[nodiscard]] static HRESULT Create(LanguageStringBlock** target);
     // Frees the block and its text (image data left alone) and nulls the pointer.
     static void Destroy(LanguageStringBlock*& block);
 
     // A blank key is E_INVALIDARG; a null value counts as empty.
-    HRESULT Add(const wchar_t* key, const wchar_t* value);
+    [[nodiscard]] HRESULT Add(const wchar_t* key, const wchar_t* value);
     void Clear();
     int GetCount() const;
     // Index past the end throws std::out_of_range.
     const wchar_t* GetKey(int index) const;
     const wchar_t* GetValue(int index) const;
-    HRESULT Remove(int index);
+    [[nodiscard]] HRESULT Remove(int index);
     // Copies every pair of `other` behind the own ones; S_FALSE when it has none.
-    HRESULT Append(const LanguageStringBlock& other);
+    [[nodiscard]] HRESULT Append(const LanguageStringBlock& other);
     // Makes this block an exact copy of `other`.
-    HRESULT CopyFrom(const LanguageStringBlock& other);
+    [[nodiscard]] HRESULT CopyFrom(const LanguageStringBlock& other);
 
     // Index of the best-matching key (level 3 first, then 2 if minLevel < 3, then 1 if
     // minLevel < 2; earliest pair within a level), or -1. A blank language gives -1.
@@ -47,7 +47,7 @@ struct LanguageStringBlock
     // Drops every pair that matches `language` at level 2 or better, then adds `texts` under
     // `language`. A general "zh" or "pt" text that goes is first kept for both regions
     // ("zh-CN"/"zh-TW", "pt-PT"/"pt-BR"), so that the region not replaced keeps it.
-    HRESULT ReplaceLanguage(const wchar_t* language, const std::vector<CAtlString>& texts);
+    [[nodiscard]] HRESULT ReplaceLanguage(const wchar_t* language, const std::vector<CAtlString>& texts);
 
     // The packed characters (never null) and their number including the final zero.
     const wchar_t* GetData() const;
@@ -79,7 +79,7 @@ struct LanguageStringBlock
 
 private:
     // Puts a freshly built text in place of the current one; E_OUTOFMEMORY when the build failed.
-    HRESULT Adopt(const wchar_t* replacement);
+    [[nodiscard]] HRESULT Adopt(const wchar_t* replacement);
 };
 
 // Compares dotted numeric versions part by part ("1.10" after "1.9"); missing parts are 0.

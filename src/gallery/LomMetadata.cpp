@@ -31,7 +31,7 @@ class LomOut
 public:
     explicit LomOut(IZOLTAXMLWriter* writer) : m_writer(writer) {}
 
-    HRESULT Result() const { return m_result; }
+    [[nodiscard]] HRESULT Result() const { return m_result; }
 
     void Start(const char* name) { Do([&] { return m_writer->StartElement(name); }); }
     void End(const char* name) { Do([&] { return m_writer->EndElement(name); }); }
@@ -251,25 +251,29 @@ CAtlString TextOf(const tinyxml2::XMLElement* element)
 
 // Adds every lom:string child of `parent` under its language; one without a language can't be
 // a pair and is passed over.
-void AddLanguageStrings(LanguageStringBlock& block, const tinyxml2::XMLElement* parent)
+[[nodiscard]] HRESULT AddLanguageStrings(LanguageStringBlock& block, const tinyxml2::XMLElement* parent)
 {
     for (const tinyxml2::XMLElement* string = parent->FirstChildElement("lom:string"); string;
          string = string->NextSiblingElement("lom:string")) {
         const CAtlString language = FromUtf8(string->Attribute("language"));
         const CAtlString text = TextOf(string);
-        block.Add(language.GetString(), text.GetString());
+        // Add refuses one without a language (E_INVALIDARG), and that is the passing over.
+        const HRESULT result = block.Add(language.GetString(), text.GetString());
+        if (FAILED(result) && result != E_INVALIDARG) {
+            return result;
+        }
     }
+    return S_OK;
 }
 
-void LoadText(const tinyxml2::XMLElement* element, CGalleryMetadata& metadata,
-              HRESULT (CGalleryMetadata::*setter)(const wchar_t*))
+// A missing element leaves the field as it was.
+[[nodiscard]] HRESULT LoadText(const tinyxml2::XMLElement* element, CGalleryMetadata& metadata,
+                               HRESULT (CGalleryMetadata::*setter)(const wchar_t*))
 {
-    if (element) {
-        (metadata.*setter)(TextOf(element).GetString());
-    }
+    return element ? (metadata.*setter)(TextOf(element).GetString()) : S_OK;
 }
 
-void LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* technical)
+[[nodiscard]] HRESULT LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* technical)
 {
     metadata.m_minimumVersions->Clear();
     metadata.m_maximumVersions->Clear();
@@ -282,14 +286,20 @@ void LoadRequirements(CGalleryMetadata& metadata, const tinyxml2::XMLElement* te
             if (type.CompareNoCase(L"browser") != 0 || name.IsEmpty()) {
                 continue;
             }
+            HRESULT result = S_OK;
             if (const tinyxml2::XMLElement* minimum = composite->FirstChildElement("lom:minimumVersion")) {
-                metadata.m_minimumVersions->Add(name.GetString(), TextOf(minimum).GetString());
+                result = metadata.m_minimumVersions->Add(name.GetString(), TextOf(minimum).GetString());
             }
-            if (const tinyxml2::XMLElement* maximum = composite->FirstChildElement("lom:maximumVersion")) {
-                metadata.m_maximumVersions->Add(name.GetString(), TextOf(maximum).GetString());
+            const tinyxml2::XMLElement* maximum = composite->FirstChildElement("lom:maximumVersion");
+            if (SUCCEEDED(result) && maximum) {
+                result = metadata.m_maximumVersions->Add(name.GetString(), TextOf(maximum).GetString());
+            }
+            if (FAILED(result)) {
+                return result;
             }
         }
     }
+    return S_OK;
 }
 
 // ---- updating in place ------------------------------------------------------------------
@@ -375,7 +385,7 @@ bool HasXmlExtension(const CAtlString& path)
     return CZoltaFilePath(path).GetExtension().CompareNoCase(L".xml") == 0;
 }
 
-HRESULT WriteWholeFile(const CGalleryMetadata& metadata, const CZoltaFilePath& file)
+[[nodiscard]] HRESULT WriteWholeFile(const CGalleryMetadata& metadata, const CZoltaFilePath& file)
 {
     IZOLTAXMLWriter* writer = nullptr;
     HRESULT result = CreateFileWriter(&writer, file);
@@ -447,32 +457,47 @@ HRESULT LoadMetadataXml(CGalleryMetadata& metadata, const tinyxml2::XMLElement* 
     if (!lom) {
         return E_POINTER;
     }
+    // The first text that can't be stored ends the load with its code.
     const tinyxml2::XMLElement* general = lom->FirstChildElement("lom:general");
-    LoadText(Walk(general, {"lom:identifier", "lom:entry"}), metadata, &CGalleryMetadata::SetIdentifier);
+    const tinyxml2::XMLElement* technical = lom->FirstChildElement("lom:technical");
+    if (const tinyxml2::XMLElement* created = Walk(lom, {"lom:lifeCycle", "zoltagallery:creationdatetime"})) {
+        metadata.m_creationTime = static_cast<std::uint32_t>(ParseDate(TextOf(created)));
+    }
+    const struct
+    {
+        const tinyxml2::XMLElement* element;
+        HRESULT (CGalleryMetadata::*setter)(const wchar_t*);
+    } texts[] = {
+        {Walk(general, {"lom:identifier", "lom:entry"}), &CGalleryMetadata::SetIdentifier},
+        {Walk(lom, {"lom:lifeCycle", "lom:version", "lom:string"}), &CGalleryMetadata::SetVersion},
+        {Walk(lom, {"lom:technical", "lom:format"}), &CGalleryMetadata::SetFormat},
+        {Walk(general, {"zoltagallery:sortoverride", "lom:string"}), &CGalleryMetadata::SetSortKey},
+        {Walk(general, {"zoltagallery:originalid"}), &CGalleryMetadata::SetOriginalId},
+        {Walk(general, {"zoltagallery:showinlanguages"}), &CGalleryMetadata::SetShowInLanguages},
+        {Walk(general, {"zoltagallery:hideinlanguages"}), &CGalleryMetadata::SetHideInLanguages},
+    };
+    HRESULT result = S_OK;
+    for (const auto& text : texts) {
+        if (FAILED(result = LoadText(text.element, metadata, text.setter))) {
+            return result;
+        }
+    }
     if (const tinyxml2::XMLElement* title = Walk(general, {"lom:title"})) {
         metadata.m_titles->Clear();
-        AddLanguageStrings(*metadata.m_titles, title);
+        if (FAILED(result = AddLanguageStrings(*metadata.m_titles, title))) {
+            return result;
+        }
     }
-    LoadText(Walk(lom, {"lom:lifeCycle", "lom:version", "lom:string"}), metadata, &CGalleryMetadata::SetVersion);
     if (general) {
         metadata.m_keywords->Clear();
         for (const tinyxml2::XMLElement* keyword = general->FirstChildElement("lom:keyword"); keyword;
              keyword = keyword->NextSiblingElement("lom:keyword")) {
-            AddLanguageStrings(*metadata.m_keywords, keyword);
+            if (FAILED(result = AddLanguageStrings(*metadata.m_keywords, keyword))) {
+                return result;
+            }
         }
     }
-    LoadText(Walk(lom, {"lom:technical", "lom:format"}), metadata, &CGalleryMetadata::SetFormat);
-    if (const tinyxml2::XMLElement* technical = lom->FirstChildElement("lom:technical")) {
-        LoadRequirements(metadata, technical);
-    }
-    LoadText(Walk(general, {"zoltagallery:sortoverride", "lom:string"}), metadata, &CGalleryMetadata::SetSortKey);
-    if (const tinyxml2::XMLElement* created = Walk(lom, {"lom:lifeCycle", "zoltagallery:creationdatetime"})) {
-        metadata.m_creationTime = static_cast<std::uint32_t>(ParseDate(TextOf(created)));
-    }
-    LoadText(Walk(general, {"zoltagallery:originalid"}), metadata, &CGalleryMetadata::SetOriginalId);
-    LoadText(Walk(general, {"zoltagallery:showinlanguages"}), metadata, &CGalleryMetadata::SetShowInLanguages);
-    LoadText(Walk(general, {"zoltagallery:hideinlanguages"}), metadata, &CGalleryMetadata::SetHideInLanguages);
-    return S_OK;
+    return technical ? LoadRequirements(metadata, technical) : S_OK;
 }
 
 HRESULT LoadMetadataFromBuffer(CGalleryMetadata& metadata, const char* data, std::size_t size)

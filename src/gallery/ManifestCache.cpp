@@ -69,7 +69,7 @@ HRESULT OpenManifestFromCache(CGalleryManifest& manifest, const CAtlString& xmlP
     // The path kept in the image is where the XML was when the cache was written.
     result = manifest.SetPath(xmlPath.GetString());
     if (FAILED(result)) {
-        manifest.Reset();
+        static_cast<void>(manifest.Reset());  // the failure to tell is that of SetPath
         return result;
     }
     manifest.m_fileTime->m_seconds = xmlTime;

@@ -21,16 +21,16 @@ inline constexpr std::uint32_t kManifestImageRecordOffset = 68;
 
 // Writes the image of `manifest` to `path` (created or truncated). The same tree always gives
 // the same bytes.
-HRESULT WriteManifestImage(const CGalleryManifest& manifest, const CZoltaFilePath& path);
+[[nodiscard]] HRESULT WriteManifestImage(const CGalleryManifest& manifest, const CZoltaFilePath& path);
 
 // Replaces the tree of `manifest` with the image in the file at `path`. E_FAIL for a short
 // file, a wrong magic or a wrong CRC, E_POINTER for an offset outside the file; the manifest is
 // left untouched on any failure. On success its path is the one kept in the image, its cache
 // path is `path`, and it counts as unmodified.
-HRESULT ReadManifestImage(CGalleryManifest& manifest, const CZoltaFilePath& path);
+[[nodiscard]] HRESULT ReadManifestImage(CGalleryManifest& manifest, const CZoltaFilePath& path);
 
 // The same from bytes in memory (copied); `sourcePath` becomes the cache path.
-HRESULT ReadManifestImageFromMemory(CGalleryManifest& manifest, const void* bytes, std::size_t size,
+[[nodiscard]] HRESULT ReadManifestImageFromMemory(CGalleryManifest& manifest, const void* bytes, std::size_t size,
                                     const wchar_t* sourcePath);
 
 // The CRC kept at offset 64: zlib's CRC-32 over the bytes from offset 68 to the end.
@@ -50,9 +50,9 @@ CAtlString GetManifestCacheName(const CAtlString& xmlPath);
 // Open with caching: the cache at `cachePath` is used if it exists, is not older than the XML
 // file and reads cleanly; the manifest's path is then `xmlPath`. Any failure leaves the manifest
 // as it was.
-HRESULT OpenManifestFromCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath);
+[[nodiscard]] HRESULT OpenManifestFromCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath);
 
 // Writes the cache of a manifest just read from or saved to `xmlPath` and dates it 7 seconds
 // after the manifest's file time, so that an XML file written in the same second as its cache
 // never makes the cache look stale.
-HRESULT WriteManifestCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath);
+[[nodiscard]] HRESULT WriteManifestCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath);

@@ -48,7 +48,7 @@ class CManifestImageWriter
 public:
     explicit CManifestImageWriter(IStream* stream) : m_stream(stream) {}
 
-    HRESULT Write(const CGalleryManifest& manifest)
+    [[nodiscard]] HRESULT Write(const CGalleryManifest& manifest)
     {
         Bytes(kManifestImageMagic, sizeof(kManifestImageMagic));
         Word(0);  // the CRC, patched once everything is out

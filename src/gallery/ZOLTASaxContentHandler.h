@@ -15,22 +15,22 @@ class ZOLTASaxContentHandler
 public:
     virtual ~ZOLTASaxContentHandler();
 
-    virtual HRESULT StartDocument();
-    virtual HRESULT EndDocument();
+    [[nodiscard]] virtual HRESULT StartDocument();
+    [[nodiscard]] virtual HRESULT EndDocument();
 
     // `text` is the run of text directly behind the start tag (invalid when there is none
     // or it is white space only); text after a child's end tag is never reported.
-    virtual HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] virtual HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                                  const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
                                  const ZOLTASaxString& text, std::uint32_t position,
                                  std::uint32_t length);
 
     // At an end tag only `qName` is fresh: `prefix` is empty and `localName` still names the
     // last start tag.
-    virtual HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] virtual HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                                const ZOLTASaxString& qName, std::uint32_t position,
                                std::uint32_t length);
 
     // Kept for the shape of the interface; the parser never calls it.
-    virtual HRESULT UnusedEvent();
+    [[nodiscard]] virtual HRESULT UnusedEvent();
 };

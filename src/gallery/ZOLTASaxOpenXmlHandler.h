@@ -29,24 +29,24 @@ public:
     ZOLTASaxOpenXmlHandler(const ZOLTASaxOpenXmlHandler&) = delete;
     ZOLTASaxOpenXmlHandler& operator=(const ZOLTASaxOpenXmlHandler&) = delete;
 
-    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                          const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
                          const ZOLTASaxString& text, std::uint32_t position, std::uint32_t length) override;
-    HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
+    [[nodiscard]] HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
                        const ZOLTASaxString& qName, std::uint32_t position, std::uint32_t length) override;
 
     // Activities whose `resource` has not come yet.
     std::size_t GetWaitingCount() const { return m_waitingCount; }
 
 private:
-    HRESULT StartItem(const ZOLTASaxAttributes& attributes);
-    HRESULT StartOrganization(const ZOLTASaxAttributes& attributes);
-    HRESULT StartResource(const ZOLTASaxAttributes& attributes);
-    HRESULT AddLanguageString(const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text);
-    HRESULT OpenScratchBlock();
+    [[nodiscard]] HRESULT StartItem(const ZOLTASaxAttributes& attributes);
+    [[nodiscard]] HRESULT StartOrganization(const ZOLTASaxAttributes& attributes);
+    [[nodiscard]] HRESULT StartResource(const ZOLTASaxAttributes& attributes);
+    [[nodiscard]] HRESULT AddLanguageString(const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text);
+    [[nodiscard]] HRESULT OpenScratchBlock();
     void FreeScratchBlock();
-    HRESULT EndItem();
-    HRESULT EndScratchField(HRESULT (CGalleryMetadata::*setter)(const wchar_t*));
+    [[nodiscard]] HRESULT EndItem();
+    [[nodiscard]] HRESULT EndScratchField(HRESULT (CGalleryMetadata::*setter)(const wchar_t*));
     CGalleryMetadata* InnermostMetadata() const;
 
     CGalleryManifest& m_manifest;

@@ -36,7 +36,7 @@ public:
         m_attributes.Reserve(ZOLTASaxParser::kAttributeCapacity);
     }
 
-    HRESULT Run()
+    [[nodiscard]] HRESULT Run()
     {
         HRESULT hr = m_handler.StartDocument();
         if (hr != S_OK)
@@ -120,7 +120,7 @@ private:
         return !m_scanner.AtEnd() && m_depth == 0;
     }
 
-    HRESULT ParseContent()
+    [[nodiscard]] HRESULT ParseContent()
     {
         for (;;) {
             m_scanner.Skip(kUntilTagOpen);
@@ -141,7 +141,7 @@ private:
         }
     }
 
-    HRESULT SkipProcessingInstruction(std::size_t from)
+    [[nodiscard]] HRESULT SkipProcessingInstruction(std::size_t from)
     {
         const std::size_t question = FindDeclarationEnd(from);
         if (question >= m_length)
@@ -160,7 +160,7 @@ private:
         return true;
     }
 
-    HRESULT ParseEndTag(std::size_t nameStart)
+    [[nodiscard]] HRESULT ParseEndTag(std::size_t nameStart)
     {
         if (!ReadName(nameStart))
             return E_FAIL;
@@ -207,7 +207,7 @@ private:
         return m_attributes.count < m_attributes.capacity;
     }
 
-    HRESULT ParseStartTag(std::size_t nameStart)
+    [[nodiscard]] HRESULT ParseStartTag(std::size_t nameStart)
     {
         if (!ReadName(nameStart))
             return E_FAIL;
@@ -227,7 +227,7 @@ private:
         return empty ? ReportEmptyElement() : ReportElementWithContent();
     }
 
-    HRESULT ReportEmptyElement()
+    [[nodiscard]] HRESULT ReportEmptyElement()
     {
         ++m_depth;
         HRESULT hr = m_handler.StartElement(ZOLTASaxString::Empty(), m_localName, m_qName,
@@ -244,7 +244,7 @@ private:
     }
 
     // Only the run of text straight behind the start tag is reported, with its white space.
-    HRESULT ReportElementWithContent()
+    [[nodiscard]] HRESULT ReportElementWithContent()
     {
         const std::size_t textStart = m_scanner.Position();
         m_scanner.Skip(kWhileSpace);

@@ -20,12 +20,12 @@ public:
     // Parses one document held in memory. Returns 0 on success, the first non-zero result of
     // a handler that stopped the parse (EndDocument's result as it stands), or E_FAIL when
     // the input ends early or is malformed. A null `data` with a non-zero length is E_POINTER.
-    static HRESULT ParseBuffer(const char* data, std::uint32_t length,
+    [[nodiscard]] static HRESULT ParseBuffer(const char* data, std::uint32_t length,
                                ZOLTASaxContentHandler& handler);
 
     // Maps the file read-only and parses it with ParseBuffer. A file that can't be opened,
     // measured or mapped (an empty one included) gives E_FAIL.
-    static HRESULT ParseFile(const char* path, ZOLTASaxContentHandler& handler);
+    [[nodiscard]] static HRESULT ParseFile(const char* path, ZOLTASaxContentHandler& handler);
     // The same for a wide path, handed to the system as UTF-8.
-    static HRESULT ParseFile(const CAtlString& path, ZOLTASaxContentHandler& handler);
+    [[nodiscard]] static HRESULT ParseFile(const CAtlString& path, ZOLTASaxContentHandler& handler);
 };

@@ -45,7 +45,7 @@ public:
     const CAtlString& GetInstalledVersion() const { return m_installedVersion; }
     bool IsInstalled() const { return m_installed; }
     bool IsUpdateAvailable() const { return m_updateAvailable; }
-    HRESULT GetResult() const { return m_result; }
+    [[nodiscard]] HRESULT GetResult() const { return m_result; }
     void SetResult(HRESULT result) { m_result = result; }
     bool IsFinished() const { return m_finished; }
     void SetFinished(bool finished) { m_finished = finished; }
@@ -56,12 +56,12 @@ public:
     int GetDiskSize() const { return m_diskSize; }
 
     // Reads one category element against the installed records; stops at the first failure.
-    HRESULT Read(const tinyxml2::XMLElement& element, const CGalleryInstalledRecords& installed);
+    [[nodiscard]] HRESULT Read(const tinyxml2::XMLElement& element, const CGalleryInstalledRecords& installed);
 
 private:
-    HRESULT ReadTitles(const tinyxml2::XMLElement& element);
-    HRESULT ReadFiles(const tinyxml2::XMLElement& element, const CGalleryInstalledRecords& installed);
-    HRESULT ReadStrings(const tinyxml2::XMLElement& element);
+    [[nodiscard]] HRESULT ReadTitles(const tinyxml2::XMLElement& element);
+    [[nodiscard]] HRESULT ReadFiles(const tinyxml2::XMLElement& element, const CGalleryInstalledRecords& installed);
+    [[nodiscard]] HRESULT ReadStrings(const tinyxml2::XMLElement& element);
 
     std::vector<CGalleryCategoryFile> m_files;
     std::unordered_map<CAtlString, CAtlString> m_strings;

@@ -30,7 +30,7 @@ public:
     const CGalleryStringVersions& GetStrings() const { return m_strings; }
 
     // Text, `id`, `version` (each required and not empty) and `strings` of a file element.
-    HRESULT Read(const tinyxml2::XMLElement& element);
+    [[nodiscard]] HRESULT Read(const tinyxml2::XMLElement& element);
     // Takes what the install record says, and decides whether the file is current.
     void SetInstalled(const CGalleryInstalledManifest& record);
 
@@ -55,4 +55,4 @@ int CompareVersionText(const wchar_t* a, const wchar_t* b);
 
 // An attribute of an element as a wide string (UTF-8 decoded): E_INVALIDARG when it is missing,
 // E_FAIL when it is empty.
-HRESULT ReadRequiredAttribute(const tinyxml2::XMLElement& element, const char* name, CAtlString& value);
+[[nodiscard]] HRESULT ReadRequiredAttribute(const tinyxml2::XMLElement& element, const char* name, CAtlString& value);

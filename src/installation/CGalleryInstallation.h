@@ -40,10 +40,10 @@ public:
     // Opens the install directory's manifest, fetches or copies the source's categories document
     // into "Uninstall" (a failed fetch is forgiven when an older copy is there, and without
     // `refresh` an existing copy is used as it is) and reads it. A second Open fails.
-    HRESULT Open(const CZoltaDirectoryPath& installDirectory, const CAtlString& source, bool refresh);
+    [[nodiscard]] HRESULT Open(const CZoltaDirectoryPath& installDirectory, const CAtlString& source, bool refresh);
     // Carries out the actions. 0 when all went well, 1 when nothing was done or some files
     // failed beside successes, E_FAIL when only failures, E_ABORT when cancelled.
-    HRESULT Run();
+    [[nodiscard]] HRESULT Run();
     void Cancel() { m_cancel = true; }
     bool IsCancelled() const { return m_cancel; }
 
@@ -92,17 +92,17 @@ public:
 
     // The local path of a file of the source: joined for a folder, fetched into the download
     // directory for a URL (`temporary` is then true on success).
-    HRESULT Locate(const CAtlString& name, CGalleryCategory* category, int overall, CZoltaFilePath& path,
+    [[nodiscard]] HRESULT Locate(const CAtlString& name, CGalleryCategory* category, int overall, CZoltaFilePath& path,
                    bool& temporary);
 
 private:
     CGalleryInstallation() = default;
 
-    HRESULT ReadCategoriesDocument();
+    [[nodiscard]] HRESULT ReadCategoriesDocument();
     void RemoveLeftovers() const;
     // Whether a fetched or copied document can stand for the source: E_INVALIDARG when it does not
     // parse (a cut transfer), E_FAIL without "categories".
-    HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
+    [[nodiscard]] HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
     void RemoveUnlistedRecords(bool& anySucceeded);
     void LoadInstalledRecords(CGalleryInstalledRecords& records) const;
     CZoltaDirectoryPath UninstallFolder() const;
@@ -118,11 +118,12 @@ private:
     void UninstallCategory(CGalleryCategory& category, int total, int& done, bool& anySucceeded);
     void InstallCategory(CGalleryCategory& category, bool isUrl, int total, int& done, bool usePrefetch,
                          const std::map<CAtlString, CZoltaFilePath>& fetched, bool& anyFailed, bool& anySucceeded);
-    HRESULT InstallFile(const CZoltaFilePath& path, CGalleryCategory& category, const CAtlString& name,
+    [[nodiscard]] HRESULT InstallFile(const CZoltaFilePath& path, CGalleryCategory& category, const CAtlString& name,
                         int overall);
     void ApplyStringPackages(bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched);
     void ApplyCatalogues(const std::vector<std::shared_ptr<CGalleryI18N>>& catalogues);
-    void WriteManifest();
+    // Writes the installed manifest when it is dirty; S_FALSE when there is nothing to write.
+    [[nodiscard]] HRESULT WriteManifest();
 
     CAtlString m_source;
     volatile bool m_cancel = false;

@@ -41,7 +41,8 @@ std::vector<CAtlString> FilesToInstall(const CGalleryCategory& category)
 class ScopedManifest
 {
 public:
-    ScopedManifest() { CGalleryManifest::Create(&m_manifest); }
+    // A failed creation leaves the pointer null, which Get() tells the caller.
+    ScopedManifest() { static_cast<void>(CGalleryManifest::Create(&m_manifest)); }
     ~ScopedManifest() { Close(); }
     CGalleryManifest* Get() const { return m_manifest; }
     // After a merge the other side belongs to the target in part; only the shell stays here.
@@ -121,7 +122,8 @@ void CGalleryInstallation::ApplyMandatoryRemovals()
         if (record.Exists())
         {
             m_manifestsChanged = true;
-            CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released);
+            // A record that can't be read releases no files; it goes all the same.
+            static_cast<void>(CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released));
             record.Remove();
         }
     }
@@ -176,8 +178,8 @@ void CGalleryInstallation::UninstallCategory(CGalleryCategory& category, int tot
                               : E_OUTOFMEMORY;
         if (SUCCEEDED(hr))
         {
-            if (!m_cancel)
-                CGalleryManifestIO::CollectRecordFiles(*m_manifest, path, m_released);
+            if (!m_cancel)  // the record was just opened; what it can't list is not released
+                static_cast<void>(CGalleryManifestIO::CollectRecordFiles(*m_manifest, path, m_released));
             if (m_cancel)
                 hr = E_ABORT;
             else if (path.Exists() && !path.Remove())
@@ -419,17 +421,21 @@ void CGalleryInstallation::ApplyCatalogues(const std::vector<std::shared_ptr<CGa
             if (hr == S_OK)
                 changed = true;
         }
+        // String packages are best effort: a record that can't be written keeps its old texts.
         if (changed)
-            CGalleryManifestIO::Save(*record.Get(), path.GetPath(), false);
+            static_cast<void>(CGalleryManifestIO::Save(*record.Get(), path.GetPath(), false));
     }
 }
 
-void CGalleryInstallation::WriteManifest()
+HRESULT CGalleryInstallation::WriteManifest()
 {
     if (!m_manifest || !m_manifest->IsModified())
-        return;
-    CGalleryManifestIO::Save(*m_manifest, m_manifest->GetPath(), true);
-    m_manifest->SetModified(false);
+        return S_FALSE;
+    const HRESULT result = CGalleryManifestIO::Save(*m_manifest, m_manifest->GetPath(), true);
+    // A manifest that could not be written stays dirty, and the journal stays for the next open.
+    if (SUCCEEDED(result))
+        m_manifest->SetModified(false);
+    return result;
 }
 
 void CGalleryInstallation::RemoveUnlistedRecords(bool& anySucceeded)
@@ -441,7 +447,8 @@ void CGalleryInstallation::RemoveUnlistedRecords(bool& anySucceeded)
     {
         if (m_cancel)
             break;
-        CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released);
+        // A record that can't be read releases no files; it goes all the same.
+        static_cast<void>(CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released));
         if (record.Remove())
         {
             m_manifestsChanged = true;
@@ -547,7 +554,8 @@ HRESULT CGalleryInstallation::Run()
     int done = 0;
     if (!m_downloadOnly)
     {
-        m_journal.Begin(UninstallFolder());
+        // Without a journal the run still runs; only a crash in it could not be completed later.
+        static_cast<void>(m_journal.Begin(UninstallFolder()));
         ApplyMandatoryRemovals();
     }
 
@@ -594,8 +602,8 @@ HRESULT CGalleryInstallation::Run()
 
     if (m_cancel)
     {
-        WriteManifest();
-        m_journal.End();
+        if (SUCCEEDED(WriteManifest()))
+            m_journal.End();
         for (const auto& category : m_categories)
         {
             if (!category->IsFinished() && category->GetAction() != eGalleryCategoryActionNone && !m_cancel)
@@ -616,7 +624,9 @@ HRESULT CGalleryInstallation::Run()
     }
     else if (!m_downloadOnly)
     {
-        WriteManifest();
+        const HRESULT written = WriteManifest();
+        if (FAILED(written))
+            return written;
         m_journal.End();
     }
 

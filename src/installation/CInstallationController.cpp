@@ -390,7 +390,7 @@ void CInstallationController::ApplyUpdatesOnly(IGalleryInstallationObserver* obs
         const bool update = category->IsInstalled() && category->IsUpdateAvailable();
         category->SetAction(update ? eGalleryCategoryActionUpdate : eGalleryCategoryActionNone);
     }
-    Run(observer);
+    static_cast<void>(Run(observer));  // the outcome reaches the observers as their events
     for (int i = 0; i < m_installation->CategoryCount(); ++i)
     {
         CGalleryCategory* category = m_installation->Category(i);
@@ -463,7 +463,7 @@ CZoltaDirectoryPath CInstallationController::UninstallAll(IGalleryInstallationOb
             category->SetAction(category->IsInstalled() ? eGalleryCategoryActionUninstall
                                                         : eGalleryCategoryActionNone);
         }
-        Run(observer);
+        static_cast<void>(Run(observer));  // the caller goes on whatever the run returned
     }
     Close();
     return GetDestination();

@@ -69,13 +69,13 @@ public:
     static void SetConnectionAvailable(bool available);
 
     // The window-based open: destination and source as they stand.
-    bool Open(IGalleryInstallationObserver* observer);
-    bool OpenInstallation(const CZoltaDirectoryPath& destination, const CAtlString& source,
+    [[nodiscard]] bool Open(IGalleryInstallationObserver* observer);
+    [[nodiscard]] bool OpenInstallation(const CZoltaDirectoryPath& destination, const CAtlString& source,
                           IGalleryInstallationObserver* observer, bool downloadOnly);
     // Runs the actions as set. A cancel counts as success.
-    bool Run(IGalleryInstallationObserver* observer);
+    [[nodiscard]] bool Run(IGalleryInstallationObserver* observer);
     // Tells OnRunning, clears the results of an earlier run, runs.
-    bool RunSelection(IGalleryInstallationObserver* observer);
+    [[nodiscard]] bool RunSelection(IGalleryInstallationObserver* observer);
     // Runs the updates of installed categories only, leaving the chosen actions as they were.
     void ApplyUpdatesOnly(IGalleryInstallationObserver* observer);
 
@@ -104,7 +104,7 @@ public:
 private:
     void Notify(eEvent event);
     void SelectIds(const std::vector<CAtlString>& ids);
-    bool RunBatch(bool downloadOnly, const std::vector<CAtlString>* ids, IGalleryInstallationObserver* observer);
+    [[nodiscard]] bool RunBatch(bool downloadOnly, const std::vector<CAtlString>* ids, IGalleryInstallationObserver* observer);
     bool BelongsToGallery(const CZoltaFilePath& document) const;
 
     std::unique_ptr<CGalleryInstallation> m_installation;

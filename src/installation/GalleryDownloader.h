@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FetchUrl.h"
 #include "IDownloader.h"
 #include "IProxyObserver.h"
 
@@ -14,7 +15,7 @@ public:
     IProxyObserver* GetProxyObserver() const { return m_proxyObserver; }
 
     // A new "SCVTemp" file with the URL's extension; empty on failure.
-    CZoltaFilePath Download(const CAtlString& url) override;
+    CZoltaFilePath Download(const CAtlString& url) override { return FetchToTempFile(url, m_proxyObserver); }
 
 private:
     IProxyObserver* m_proxyObserver;

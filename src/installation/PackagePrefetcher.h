@@ -59,7 +59,7 @@ public:
     // Waits for the next package, which must be `name`. Its bytes go to `progress` (done, total)
     // while it comes, its console lines are printed when it has come; then its result, its path
     // and, on failure, why. E_ABORT once cancelled.
-    HRESULT Take(const CAtlString& name, CZoltaFilePath& path, CAtlString& reason,
+    [[nodiscard]] HRESULT Take(const CAtlString& name, CZoltaFilePath& path, CAtlString& reason,
                  const std::function<void(unsigned int, unsigned int)>& progress);
     void Cancel();
 

@@ -72,8 +72,8 @@ bool RunJournal::Recover(const CZoltaDirectoryPath& uninstallFolder, CGalleryMan
         if (!IsRecordName(name))
             continue;
         const CZoltaFilePath record = uninstallFolder.GetFile(FromFileSystemEncoding(name.constData()));
-        if (record.Exists())
-            CGalleryManifestIO::CollectRecordFiles(manifest, record, released);
+        if (record.Exists())  // one that can't be read releases nothing, and goes all the same
+            static_cast<void>(CGalleryManifestIO::CollectRecordFiles(manifest, record, released));
         record.Remove();
     }
     // A rebuild that does not get through leaves the journal for the next open to try again.

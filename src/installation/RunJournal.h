@@ -21,7 +21,7 @@ public:
     RunJournal& operator=(const RunJournal&) = delete;
 
     // Starts the journal of a run in `uninstallFolder`; false when it can't be written.
-    bool Begin(const CZoltaDirectoryPath& uninstallFolder);
+    [[nodiscard]] bool Begin(const CZoltaDirectoryPath& uninstallFolder);
     // Notes a record before it is written. Flushed at once, so a killed process leaves it behind.
     void Note(const CZoltaFilePath& record);
     // Everything of the run is in the merged manifest: the journal goes.

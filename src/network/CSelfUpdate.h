@@ -19,8 +19,8 @@ public:
     // The remote document through the downloader (and so through the run's proxy).
     CAtlString FetchRemoteFile() override;
 
-    bool ReadLocal();
-    bool ReadRemote();
+    [[nodiscard]] bool ReadLocal();
+    [[nodiscard]] bool ReadRemote();
     // The installed version is older than the published one.
     bool IsNewer() const;
     // The decision in its order: the local document is read, updates are not switched off, the
@@ -31,7 +31,7 @@ public:
     // Fetches the installer into a folder of its own that only this user can enter, checks it
     // against UpdateInstallSHA256 when the document gives one (a mismatch deletes it), and only
     // then makes it executable. The file is left for the installer to deal with.
-    bool DownloadUpdate();
+    [[nodiscard]] bool DownloadUpdate();
 
     bool IsDownloaded() const { return m_downloaded; }
     const CAtlString& GetDownloadedFile() const { return m_downloadedFile; }

@@ -33,7 +33,7 @@ struct FetchControl
 // the observer knows of (none when the observer is null or its host is empty). The observer
 // answers 407 replies; bytes go to `progress` when given, else to the observer. On failure,
 // `reason` (when given) says why in plain English.
-HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
+[[nodiscard]] HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
                  IByteProgressObserver* progress = nullptr, CAtlString* reason = nullptr,
                  const FetchControl* control = nullptr);
 

@@ -29,7 +29,7 @@ public:
     virtual ~ProxyHandlerBase() = default;
 
     virtual void LoadSettings() = 0;
-    virtual bool SaveSettings() = 0;
+    [[nodiscard]] virtual bool SaveSettings() = 0;
 
 protected:
     CAtlString m_host;
@@ -57,7 +57,7 @@ public:
     // Reads host and port; an absent port gives 8080, an absent host the empty text.
     void LoadSettings() override;
     // Writes host and port; true when the port was written.
-    bool SaveSettings() override;
+    [[nodiscard]] bool SaveSettings() override;
 
     // Takes the text as the host as it stands, "name:port" included; the port is left alone.
     void SetHost(const CAtlString& host);

@@ -50,7 +50,7 @@ public:
 
     // 0 on success; 0x80004005 for a refused scheme, a failed request or an empty result;
     // 0x80004004 when the proxy's credentials were refused; 0x80004001 for an unknown proxy type.
-    HRESULT Download(const CAtlString& url, const CZoltaFilePath& localFile, ConnectionInfoBase* connection);
+    [[nodiscard]] HRESULT Download(const CAtlString& url, const CZoltaFilePath& localFile, ConnectionInfoBase* connection);
 
     // The last HTTP status seen; 0 when no reply came.
     int GetStatus() const { return m_status; }
@@ -82,7 +82,7 @@ private:
     bool TooSlow();
     // Empty while the body may go on; else why it may not.
     QString CheckSpace(const QString& localFile, qint64 bodyBytes, qint64 contentLength) const;
-    HRESULT Fail(QFile& file, HRESULT result, const QString& reason);
+    [[nodiscard]] HRESULT Fail(QFile& file, HRESULT result, const QString& reason);
     bool Aborted();
 
     ConnectionInfoBase* m_connection = nullptr;

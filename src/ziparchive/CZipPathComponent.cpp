@@ -27,13 +27,6 @@ std::string CZipPathComponent::GetFilePath() const
     return cut == std::string::npos ? std::string() : m_path.substr(0, cut);
 }
 
-std::string CZipPathComponent::GetFileExt() const
-{
-    const std::string name = GetFileName();
-    const size_t dot = name.rfind('.');
-    return dot == std::string::npos ? std::string() : name.substr(dot + 1);
-}
-
 std::string CZipPathComponent::ToArchiveName(std::string name)
 {
     for (char& c : name)

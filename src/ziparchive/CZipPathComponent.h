@@ -14,8 +14,6 @@ public:
     std::string GetFileName() const;
     // Everything before the last component, without the separator ("" for a bare name).
     std::string GetFilePath() const;
-    // The extension without its dot.
-    std::string GetFileExt() const;
 
     static bool IsSeparator(char c) { return c == '/' || c == '\\'; }
     static bool HasTrailingSeparator(const std::string& path)

@@ -12,28 +12,28 @@
 // caught: the result is false. Buffers handed out are malloc'ed; the caller frees them with free().
 
 // Adds `source` to the existing `archive` under `nameInArchive`.
-bool ZipAddFile(const CZoltaFilePath& archive, const CAtlString& nameInArchive,
+[[nodiscard]] bool ZipAddFile(const CZoltaFilePath& archive, const CAtlString& nameInArchive,
                 const CZoltaFilePath& source);
 // Creates `archive` holding `source` under its bare file name.
-bool ZipAddFileRelative(const CZoltaFilePath& source, const CZoltaFilePath& archive);
+[[nodiscard]] bool ZipAddFileRelative(const CZoltaFilePath& source, const CZoltaFilePath& archive);
 // Creates `archive` holding every file and folder below `directory`, named relative to it.
-bool ZipAddDirectory(const CZoltaDirectoryPath& directory, const CZoltaFilePath& archive);
+[[nodiscard]] bool ZipAddDirectory(const CZoltaDirectoryPath& directory, const CZoltaFilePath& archive);
 
 // Reads the first entry whose name matches `name` without regard to case ("\" and "/" alike) into
 // a new buffer. `data` and `size` are 0 unless the result is true.
-bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& data,
+[[nodiscard]] bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& data,
                         size_t& size);
 // Extracts the entries below "sounds\" or "sounds/" into `destination`, each under its last name.
-bool ZipExtractMatching(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
+[[nodiscard]] bool ZipExtractMatching(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
 // Extracts the entry `name` into `destination` under its last name; true if that file then exists.
-bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
+[[nodiscard]] bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
                     const CZoltaDirectoryPath& destination);
 // Extracts the entry `name` into memory; `buffer` and `size` are 0 unless the result is true.
-bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name,
+[[nodiscard]] bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name,
                         unsigned char*& buffer, size_t& size);
 // Extracts every entry in index order into `destination`, keeping sub-folders. Refused (28, "No
 // space left on device") when the entries' declared sizes do not fit in the free space.
-bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
+[[nodiscard]] bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
 
 // Why the last helper called on this thread returned false for a damaged or unfit archive, as the
 // archive layer words it; empty when it did not fail that way. Taking it clears it.

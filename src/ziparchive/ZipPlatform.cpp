@@ -191,15 +191,6 @@ void ForceDirectory(const std::string& path)
         CZipException::ThrowErrno(errno, path);
 }
 
-bool GetFileModTime(const std::string& path, time_t& modified)
-{
-    struct stat info;
-    if (::stat(path.c_str(), &info) != 0)
-        return false;
-    modified = info.st_mtime;
-    return true;
-}
-
 void SetFileModTime(const std::string& path, time_t modified)
 {
     struct timespec times[2];
@@ -208,15 +199,6 @@ void SetFileModTime(const std::string& path, time_t modified)
     times[1] = times[0];
     // A time that cannot be set is not worth failing an extraction for.
     ::utimensat(AT_FDCWD, path.c_str(), times, 0);
-}
-
-bool GetFileAttr(const std::string& path, uint32_t& mode)
-{
-    struct stat info;
-    if (::stat(path.c_str(), &info) != 0)
-        return false;
-    mode = uint32_t(info.st_mode);
-    return true;
 }
 
 }  // namespace ZipPlatform

@@ -28,10 +28,7 @@ void ForceDirectory(const std::string& path);
 bool DirectoryExists(const std::string& path);
 bool FileExists(const std::string& path);  // anything but a folder
 
-bool GetFileModTime(const std::string& path, time_t& modified);
 void SetFileModTime(const std::string& path, time_t modified);
-// st_mode of the path (links followed); false when it cannot be examined.
-bool GetFileAttr(const std::string& path, uint32_t& mode);
 
 // Bytes an unprivileged user may still write on the file system that holds `path`, or the
 // nearest existing folder above it; -1 when that cannot be told.

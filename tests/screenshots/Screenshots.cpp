@@ -135,7 +135,9 @@ int main(int argc, char** argv)
         SaveAt(static_cast<QtInstallationObserver*>(reading.GetObserver()), reading,
                eGalleryInstallationProgressReading, "reading");
         reading.ShowCentred();
-        controller->OpenInstallation(CZoltaDirectoryPath(gallery), CAtlString(source), reading.GetObserver(), false);
+        // The dialogs are pictured whatever the engine gives back.
+        static_cast<void>(controller->OpenInstallation(CZoltaDirectoryPath(gallery), CAtlString(source),
+                                                       reading.GetObserver(), false));
         QCoreApplication::processEvents();
         reading.hide();
     }
@@ -148,7 +150,7 @@ int main(int argc, char** argv)
         if (CGalleryInstallation* installation = controller->GetInstallation())
             for (int i = 0; i < installation->CategoryCount(); ++i)
                 installation->Category(i)->SetAction(eGalleryCategoryActionInstall);
-        controller->RunSelection(progress.GetObserver());
+        static_cast<void>(controller->RunSelection(progress.GetObserver()));
         QCoreApplication::processEvents();
         QTimer::singleShot(0, &progress, [&progress] {
             Save(progress, "progress-finished");
@@ -198,7 +200,7 @@ int main(int argc, char** argv)
     const QString primer = SecondCollection(samples, scratch);
     {
         auto withoutLogo = std::make_shared<CConfiguration>();
-        withoutLogo->OpenCollectionDirectory(CAtlString(primer));
+        static_cast<void>(withoutLogo->OpenCollectionDirectory(CAtlString(primer)));  // pictured as it comes
         About about(withoutLogo);
         about.adjustSize();
         Save(about, "about-built-in-picture");

@@ -1,8 +1,0 @@
-#include "GalleryDownloader.h"
-
-#include "FetchUrl.h"
-
-CZoltaFilePath GalleryDownloader::Download(const CAtlString& url)
-{
-    return FetchToTempFile(url, m_proxyObserver);
-}
