@@ -475,7 +475,7 @@ HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t
     }
 
     const bool extracted = manifest.m_extracted;
-    manifest.Reset();
+    static_cast<void>(manifest.Reset());  // IsInitialized() below tells whether it took
     if (!manifest.IsInitialized()) {
         std::free(arena);
         std::free(buffer);
