@@ -319,7 +319,8 @@ void MainWindow::OnOk()
     ProgressDlg progress(m_controller, this);
     progress.setModal(true);
     progress.show();
-    m_controller->RunSelection(progress.GetObserver());
+    // The outcome reaches this window as a lifecycle event, which tells the user.
+    static_cast<void>(m_controller->RunSelection(progress.GetObserver()));
     if (removeRecords)
     {
         m_configuration->RemoveStoredFiles();
@@ -339,7 +340,8 @@ void MainWindow::OnCancel()
 void MainWindow::Reopen()
 {
     m_readProgress->ShowCentred();
-    m_controller->Open(m_readProgress->GetObserver());
+    // A failed read reaches this window as a lifecycle event, which tells the user.
+    static_cast<void>(m_controller->Open(m_readProgress->GetObserver()));
     m_readProgress->hide();
 }
 

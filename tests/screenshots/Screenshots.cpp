@@ -167,7 +167,7 @@ int main(int argc, char** argv)
         {
             for (int i : {0, 1})
                 state->GetInstallation()->Category(i)->SetAction(eGalleryCategoryActionInstall);
-            state->Run(nullptr);
+            static_cast<void>(state->Run(nullptr));  // pictured whatever it returns
         }
         state->Close();
         QFile document(source + "/gallery_categories.xml");
@@ -183,7 +183,7 @@ int main(int argc, char** argv)
         state->SetSource(CAtlString(source));
         MainWindow window(state, configuration, nullptr);
         state->AddObserver(&window);
-        state->Open(nullptr);
+        static_cast<void>(state->Open(nullptr));  // pictured whatever it returns
         auto* categories = window.findChild<QTreeWidget*>(QStringLiteral("treeWidgetCategories"));
         auto* updates = window.findChild<QTreeWidget*>(QStringLiteral("treeWidgetUpdates"));
         window.OnCategoryClicked(categories->topLevelItem(0)->child(2), 0);
