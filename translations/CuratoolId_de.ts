@@ -175,7 +175,7 @@
     </message>
     <message>
         <source>Current File:</source>
-        <translation>Aktuelle Datei:</translation>
+        <translation>Datei:</translation>
     </message>
     <message>
         <source>Cancel</source>
