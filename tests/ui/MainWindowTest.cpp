@@ -11,6 +11,7 @@
 #include "Output.h"
 #include "ProxyAuth.h"
 #include "ProxyHandler.h"
+#include "GallerySourceBuilder.h"
 #include "TestEnvironment.h"
 
 #include <QApplication>
@@ -416,6 +417,21 @@ TEST_F(MainWindowTest, AFailedConnectionTestLeavesOnlyWhatIsInstalledToChange)
 
 TEST_F(MainWindowTest, ACancelDuringTheRunIsToldAndLeavesARecordOfWhatWasDone)
 {
+    // Animals, the first category, carries enough bulk that the cancel lands before the others.
+    std::string bulk;
+    for (int i = 0; i < 40; ++i) {
+        std::string bytes(256 * 1024, '\0');
+        unsigned state = 2166136261u + static_cast<unsigned>(i);
+        for (char& c : bytes)
+            c = static_cast<char>((state = state * 1664525u + 1013904223u) >> 24);
+        const std::string n = std::to_string(i);
+        WritePackageZip(source, "bulk" + n + ".zip", {"pkg.bulk" + n, "1.0", "bulk" + n + ".bin", bytes});
+        bulk += "<file id=\"pkg.bulk" + n + "\" version=\"1.0\">bulk" + n + ".zip</file>";
+    }
+    std::string document = ReadFile(source + "/gallery_categories.xml");
+    document.insert(document.find("animals/birds.zip</file>") + 24, bulk);
+    ASSERT_TRUE(WriteFile(source + "/gallery_categories.xml", document));
+
     ModalAnswers answers;
     answers.cancelRun = true;
     Show();
