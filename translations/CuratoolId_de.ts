@@ -27,6 +27,21 @@
     </message>
 </context>
 <context>
+    <name>CWorkFlow</name>
+    <message>
+        <source>Select a folder for new gallery location</source>
+        <translation>Ordner für den neuen Speicherort der Galerie auswählen</translation>
+    </message>
+    <message>
+        <source>Do you want to remove all the installed Galleries?</source>
+        <translation>Möchten Sie alle installierten Galerien entfernen?</translation>
+    </message>
+    <message>
+        <source>Invalid argument.</source>
+        <translation>Ungültiges Argument.</translation>
+    </message>
+</context>
+<context>
     <name>GalleryChooser</name>
     <message>
         <source>Select a Gallery</source>

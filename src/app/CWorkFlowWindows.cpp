@@ -29,11 +29,6 @@ QString Title()
     return Output::GetTranslated(Output::eTitle);
 }
 
-QString Translate(const char* text)
-{
-    return QCoreApplication::translate("CWorkFlow", text);
-}
-
 // Reads the gallery's state with the reading window up; false when it can't be read.
 bool OpenWithReadDialog(const CWorkFlowEnvironment& environment)
 {
@@ -191,7 +186,7 @@ bool CWorkFlow::ChooseNewDestination(CWorkFlowEnvironment& environment, QWidget*
 {
     PathSelector selector;
     selector.SetPath(environment.controller->GetDestination().GetPath());
-    if (!selector.Exec(parent, CAtlString(Translate("Select a folder for new gallery location"))))
+    if (!selector.Exec(parent, CAtlString(QCoreApplication::translate("CWorkFlow", "Select a folder for new gallery location"))))
         return false;
     environment.configuration->SetInstallDirectory(CZoltaDirectoryPath(selector.GetPath()));
     OpenWithReadDialog(environment);
@@ -212,7 +207,7 @@ int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
     const std::vector<CGalleryRepositoryEntry> entries = CConfiguration::InstalledGalleries();
     if (!entries.empty())
     {
-        QMessageBox box(QMessageBox::Question, Title(), Translate("Do you want to remove all the installed Galleries?"),
+        QMessageBox box(QMessageBox::Question, Title(), QCoreApplication::translate("CWorkFlow", "Do you want to remove all the installed Galleries?"),
                         QMessageBox::Yes | QMessageBox::No);
         if (box.exec() == QMessageBox::Yes)
         {
@@ -241,7 +236,7 @@ int CWorkFlow::WaitForCD(const CCmdLineContext& context, Configuration configura
     PrintErrors(context.errors);
     if (context.source.IsEmpty())
     {
-        QMessageBox::critical(nullptr, Title(), Translate("Invalid argument."));
+        QMessageBox::critical(nullptr, Title(), QCoreApplication::translate("CWorkFlow", "Invalid argument."));
         return eFailure;
     }
     if (!configuration->IsLoaded())
