@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake pkg-config git
-  qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6
+  qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-translations-l10n libqt6svg6
   libtinyxml2-dev zlib1g-dev uuid-dev
   libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev
   zip unzip libarchive-tools p7zip-full python3 tinyproxy curl

@@ -9,7 +9,9 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QStyle>
+#include <QTranslator>
 
 namespace StartupSteps {
 
@@ -17,6 +19,11 @@ void LoadProgramCatalogue()
 {
     // A missing catalogue is no failure: the texts stay English.
     (void)LoadCatalogue(QCoreApplication::applicationDirPath(), QStringLiteral("CuratoolId"), true);
+    // The toolkit's own texts (Yes, No, Cancel of the standard buttons) in the same language,
+    // where the system has its catalogue.
+    static QTranslator toolkit;
+    if (toolkit.load(QStringLiteral("qtbase_") + GetUILanguage(false), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&toolkit);
 }
 
 QString ConfigurationCatalogueDirectory(const CConfiguration& configuration)
