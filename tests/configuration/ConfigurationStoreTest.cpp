@@ -88,7 +88,7 @@ TEST(ConfigurationStore, StoringTheStoredCopyUnderAnotherSpellingKeepsItsFiles)
     CConfiguration respelt;
     ASSERT_TRUE(respelt.OpenCollectionDirectory(W(ConfigurationsFolder() + "/Spelt/../Spelt/Respelt")));
     EXPECT_EQ(about, ReadFile(U(respelt.ResolvePath(respelt.GetApplication()->GetAbout()))));
-    respelt.StoreConfiguration();
+    EXPECT_TRUE(respelt.StoreConfiguration());
     EXPECT_EQ(about, ReadFile(stored + "/about.html"));
     EXPECT_EQ(ReadFile(source + "/metadata.xml"), ReadFile(stored + "/metadata.xml"));
 }

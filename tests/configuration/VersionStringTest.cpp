@@ -50,10 +50,12 @@ TEST(VersionStringParse, DottedAndPackedForms)
          }) {
         const CVersionString version = Version(c.text);
         EXPECT_EQ(c.valid, version.IsValid()) << c.text;
-        if (c.numbers)
+        if (c.numbers) {
             EXPECT_EQ(*c.numbers, Numbers(version)) << c.text;
-        if (c.shown)
+        }
+        if (c.shown) {
             EXPECT_EQ(c.shown, U(version.ToString())) << c.text;
+        }
         EXPECT_EQ(c.text, U(version.GetText())) << c.text;
     }
     EXPECT_EQ("1.2.3.-1", U(Version("1.2.3").GetFormatted()));

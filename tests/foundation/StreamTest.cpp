@@ -202,11 +202,11 @@ TEST(StreamPatchTest, PatchWordWritesInPlaceAndComesBack)
         CComPtr<IStream> stream = CreateWriteStream(FilePath(path));
         ASSERT_TRUE(stream);
         for (int i = 0; i < 4; ++i)
-            WriteWord(stream, 0);
+            EXPECT_EQ(S_OK, WriteWord(stream, 0));
         ASSERT_EQ(16u, GetPosition(stream));
         EXPECT_EQ(S_OK, PatchWord(stream, 4, 8, 0xDEADBEEFu));
         EXPECT_EQ(16u, GetPosition(stream));
-        WriteWord(stream, 0x01020304u);
+        EXPECT_EQ(S_OK, WriteWord(stream, 0x01020304u));
     }
     const std::string bytes = ReadFile(path);
     ASSERT_EQ(20u, bytes.size());
@@ -219,10 +219,10 @@ TEST(StreamPatchTest, PatchStringPointsTheFieldAtTheTextWritten)
 {
     CComPtr<IStreamOnBuffer> buffer = CreateBufferStream();
     const std::uint32_t record = 8;
-    WriteWord(buffer, 0xAAAAAAAAu);
-    WriteWord(buffer, 0xBBBBBBBBu);
-    WriteWord(buffer, 0);  // record field 0
-    WriteWord(buffer, 0);  // record field 4
+    EXPECT_EQ(S_OK, WriteWord(buffer, 0xAAAAAAAAu));
+    EXPECT_EQ(S_OK, WriteWord(buffer, 0xBBBBBBBBu));
+    EXPECT_EQ(S_OK, WriteWord(buffer, 0));  // record field 0
+    EXPECT_EQ(S_OK, WriteWord(buffer, 0));  // record field 4
     ASSERT_EQ(16u, GetPosition(buffer));
 
     EXPECT_EQ(S_OK, PatchString(buffer, record, 4, L"hi"));

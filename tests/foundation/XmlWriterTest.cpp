@@ -165,7 +165,7 @@ TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)
         CComPtr<IZOLTAXMLWriter> writer;
         ASSERT_EQ(S_OK, CreateFileWriter(&writer, FilePath(path)));
         writer->WriteHeader();
-        WriteSimpleElement(writer, "name", "Tom & Jerry");
+        EXPECT_EQ(S_OK, WriteSimpleElement(writer, "name", "Tom & Jerry"));
         EXPECT_EQ(S_OK, writer->GetResult(nullptr));
     }
     EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><name>Tom &amp; Jerry</name>",
@@ -199,7 +199,7 @@ TEST(XmlWriterTest, CompressedFileWriterStoresZlibData)
         ASSERT_TRUE(fileWriter->IsOpen());
         writer->StartElement("root");
         for (int i = 0; i < 200; ++i)
-            WriteSimpleElement(writer, "item", "same text over and over");
+            EXPECT_EQ(S_OK, WriteSimpleElement(writer, "item", "same text over and over"));
         writer->EndElement("root");
     }
     std::vector<std::uint8_t> plain;
@@ -215,21 +215,21 @@ TEST(XmlWriterTest, TypedHelpersFormatTheirValues)
     EXPECT_EQ("<e f=\"3.14\" g=\"-1.50\" h=\"2.00\" i=\"-42\" c=\"#0a0bff\" n=\"none\" d=\"data:;base64,aGVsbG8=\" z=\"data:;base64,\"/>",
               Written([](IZOLTAXMLWriter* w) {
                   w->StartElement("e");
-                  AddAttributeFloat(w, "f", 3.14159);
-                  AddAttributeFloat(w, "g", -1.5);
-                  AddAttributeFloat(w, "h", 2.0);
-                  AddAttributeInt(w, "i", -42);
-                  AddAttributeColor(w, "c", 0x0A0BFF);
-                  AddAttributeColor(w, "n", 0x123456, true);
-                  AddAttributeBinary(w, "d", "hello", 5);
-                  AddAttributeBinary(w, "z", nullptr, 0);
+                  EXPECT_EQ(S_OK, AddAttributeFloat(w, "f", 3.14159));
+                  EXPECT_EQ(S_OK, AddAttributeFloat(w, "g", -1.5));
+                  EXPECT_EQ(S_OK, AddAttributeFloat(w, "h", 2.0));
+                  EXPECT_EQ(S_OK, AddAttributeInt(w, "i", -42));
+                  EXPECT_EQ(S_OK, AddAttributeColor(w, "c", 0x0A0BFF));
+                  EXPECT_EQ(S_OK, AddAttributeColor(w, "n", 0x123456, true));
+                  EXPECT_EQ(S_OK, AddAttributeBinary(w, "d", "hello", 5));
+                  EXPECT_EQ(S_OK, AddAttributeBinary(w, "z", nullptr, 0));
                   w->EndElement("e");
               }));
     EXPECT_EQ("<s>a&lt;b</s><s></s><c><![CDATA[x<&y]]></c>", Written([](IZOLTAXMLWriter* w) {
-                  WriteSimpleElement(w, "s", "a<b");
-                  WriteSimpleElement(w, "s", nullptr);
+                  EXPECT_EQ(S_OK, WriteSimpleElement(w, "s", "a<b"));
+                  EXPECT_EQ(S_OK, WriteSimpleElement(w, "s", nullptr));
                   w->StartElement("c");
-                  AddCData(w, "x<&y");
+                  EXPECT_EQ(S_OK, AddCData(w, "x<&y"));
                   w->EndElement("c");
               }));
     EXPECT_EQ(E_POINTER, WriteSimpleElement(nullptr, "s", "t"));

@@ -27,15 +27,15 @@ const char kCatalogue[] =
 
 void BuildTree(CGalleryManifest& manifest)
 {
-    manifest.m_metadata->SetIdentifier(L"urn:gallery:sample");
-    manifest.m_stringVersions->Add(L"de", L"1.0");
+    EXPECT_EQ(S_OK, manifest.m_metadata->SetIdentifier(L"urn:gallery:sample"));
+    EXPECT_EQ(S_OK, manifest.m_stringVersions->Add(L"de", L"1.0"));
     CGalleryOrganization* organization = AddOrganization(manifest, L"urn:org:main", L"Main");
     CGalleryFolder* animals = AddCategory(organization, L"urn:cat:animals", L"Animals");
-    animals->m_metadata->m_titles->Add(L"de", L"Alt");
-    animals->m_metadata->m_keywords->Add(L"de", L"alt");
-    animals->m_metadata->m_keywords->Add(L"en", L"fur");
+    EXPECT_EQ(S_OK, animals->m_metadata->m_titles->Add(L"de", L"Alt"));
+    EXPECT_EQ(S_OK, animals->m_metadata->m_keywords->Add(L"de", L"alt"));
+    EXPECT_EQ(S_OK, animals->m_metadata->m_keywords->Add(L"en", L"fur"));
     CGalleryActivity* lion = AddActivity(animals, L"urn:a:lion", L"lion.png", L"Lion");
-    lion->m_metadata->m_keywords->Add(L"de", L"Katze");
+    EXPECT_EQ(S_OK, lion->m_metadata->m_keywords->Add(L"de", L"Katze"));
     AddActivity(AddCategory(animals, L"urn:cat:deep", L"Deep"), L"urn:a:x", L"x.png", L"Ex");
 }
 
@@ -86,7 +86,7 @@ TEST(I18NTest, CatalogueForAnotherManifestChangesNothing)
 {
     CGalleryManifest manifest;
     BuildTree(manifest);
-    manifest.m_metadata->SetIdentifier(L"urn:gallery:unrelated");
+    EXPECT_EQ(S_OK, manifest.m_metadata->SetIdentifier(L"urn:gallery:unrelated"));
     const std::string before = Dump(manifest);
     CGalleryI18N catalogue;
     ASSERT_EQ(S_OK, catalogue.Load(W(WriteCatalogue("i18n-other"))));
@@ -97,9 +97,9 @@ TEST(I18NTest, CatalogueForAnotherManifestChangesNothing)
 TEST(I18NTest, RegionalCatalogueKeepsTheGeneralTextForTheOtherRegion)
 {
     CGalleryManifest manifest;
-    manifest.m_metadata->SetIdentifier(L"m");
+    EXPECT_EQ(S_OK, manifest.m_metadata->SetIdentifier(L"m"));
     CGalleryFolder* category = AddCategory(AddOrganization(manifest, L"o", L"Org"), L"c", L"Cat");
-    category->m_metadata->m_titles->Add(L"zh", L"General");
+    EXPECT_EQ(S_OK, category->m_metadata->m_titles->Add(L"zh", L"General"));
     CGalleryI18N catalogue;
     ASSERT_EQ(S_OK, catalogue.Load(W(WriteCatalogue(
                         "i18n-zh", "<i18n language=\"zh-CN\"><manifest id=\"m\" languagestringversion=\"3\">"

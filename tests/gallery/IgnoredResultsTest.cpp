@@ -137,8 +137,9 @@ TEST(IgnoredResultsTest, MetadataIsReadWholeOrFails)
         const HRESULT result = LoadMetadataFromBuffer(*metadata, lom.data(), lom.size());
         const bool failedOne = g_calls >= failAt;
         g_failAt = 0;
-        if (SUCCEEDED(result))
+        if (SUCCEEDED(result)) {
             EXPECT_EQ(whole, describe(*metadata));
+        }
         CGalleryMetadata::Destroy(metadata);
         if (!failedOne)
             break;

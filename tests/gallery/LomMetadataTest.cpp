@@ -83,21 +83,21 @@ int CountAnywhere(const tinyxml2::XMLElement* element, const char* name)
 
 void FillRecord(CGalleryMetadata& metadata)
 {
-    metadata.SetIdentifier(L"urn:item:1");
-    metadata.m_titles->Add(L"en", L"Lion & \"Tiger\"");
-    metadata.m_titles->Add(L"de", L"L\u00f6we");
-    metadata.m_keywords->Add(L"en", L"cat");
-    metadata.m_keywords->Add(L"en", L"big <cat>");
-    metadata.m_keywords->Add(L"fr", L"f\u00e9lin");
-    metadata.SetSortKey(L"0001");
-    metadata.SetVersion(L"2.5");
-    metadata.SetFormat(L"application/x-zoltaworks-galleryitem;x-original-type=png");
-    metadata.SetOriginalId(L"urn:item:0");
-    metadata.SetShowInLanguages(L"en;de");
-    metadata.SetHideInLanguages(L"fr-CA");
-    metadata.m_minimumVersions->Add(L"firefox", L"3.0");
-    metadata.m_maximumVersions->Add(L"firefox", L"99");
-    metadata.m_maximumVersions->Add(L"opera", L"12");
+    EXPECT_EQ(S_OK, metadata.SetIdentifier(L"urn:item:1"));
+    EXPECT_EQ(S_OK, metadata.m_titles->Add(L"en", L"Lion & \"Tiger\""));
+    EXPECT_EQ(S_OK, metadata.m_titles->Add(L"de", L"L\u00f6we"));
+    EXPECT_EQ(S_OK, metadata.m_keywords->Add(L"en", L"cat"));
+    EXPECT_EQ(S_OK, metadata.m_keywords->Add(L"en", L"big <cat>"));
+    EXPECT_EQ(S_OK, metadata.m_keywords->Add(L"fr", L"f\u00e9lin"));
+    EXPECT_EQ(S_OK, metadata.SetSortKey(L"0001"));
+    EXPECT_EQ(S_OK, metadata.SetVersion(L"2.5"));
+    EXPECT_EQ(S_OK, metadata.SetFormat(L"application/x-zoltaworks-galleryitem;x-original-type=png"));
+    EXPECT_EQ(S_OK, metadata.SetOriginalId(L"urn:item:0"));
+    EXPECT_EQ(S_OK, metadata.SetShowInLanguages(L"en;de"));
+    EXPECT_EQ(S_OK, metadata.SetHideInLanguages(L"fr-CA"));
+    EXPECT_EQ(S_OK, metadata.m_minimumVersions->Add(L"firefox", L"3.0"));
+    EXPECT_EQ(S_OK, metadata.m_maximumVersions->Add(L"firefox", L"99"));
+    EXPECT_EQ(S_OK, metadata.m_maximumVersions->Add(L"opera", L"12"));
 }
 
 TEST(LomMetadataWriteTest, EmptyRecordWritesTheWholeTemplateWithBlanks)
@@ -144,9 +144,9 @@ TEST(LomMetadataWriteTest, EmbeddedTreeDeclaresNoNamespaces)
 TEST(LomMetadataWriteTest, BrowserRequirementsFollowTheUnionOfBothMaps)
 {
     const MetadataPtr metadata = NewMetadata();
-    metadata->m_maximumVersions->Add(L"opera", L"12");
-    metadata->m_minimumVersions->Add(L"firefox", L"3");
-    metadata->m_maximumVersions->Add(L"firefox", L"9");
+    EXPECT_EQ(S_OK, metadata->m_maximumVersions->Add(L"opera", L"12"));
+    EXPECT_EQ(S_OK, metadata->m_minimumVersions->Add(L"firefox", L"3"));
+    EXPECT_EQ(S_OK, metadata->m_maximumVersions->Add(L"firefox", L"9"));
     const std::string xml = WriteToString(*metadata, true);
     tinyxml2::XMLDocument document;
     ASSERT_EQ(tinyxml2::XML_SUCCESS, document.Parse(xml.c_str(), xml.size()));
@@ -168,7 +168,7 @@ TEST(LomMetadataWriteTest, CreationDateAndRawVersion)
 {
     const MetadataPtr metadata = NewMetadata();
     metadata->m_creationTime = static_cast<std::uint32_t>(ParseDate(CAtlString(L"2006-11-27T08:09:10")));
-    metadata->SetVersion(L"1<2");
+    EXPECT_EQ(S_OK, metadata->SetVersion(L"1<2"));
     const std::string xml = WriteToString(*metadata, true);
     EXPECT_NE(std::string::npos, xml.find("<zoltagallery:creationdate>2006-11-27T08:09:10</zoltagallery:creationdate>"));
     // The version goes out without escaping.
@@ -230,11 +230,11 @@ TEST(LomMetadataFileTest, ExistingFileIsUpdatedInPlaceKeepingUnknownElements)
         "<custom:note>keep me</custom:note></lom:general>"
         "<lom:technical><lom:format>image/png</lom:format></lom:technical></lom:lom>"));
     const MetadataPtr metadata = NewMetadata();
-    metadata->SetIdentifier(L"new");
-    metadata->m_titles->Add(L"de", L"Neu");
-    metadata->m_keywords->Add(L"de", L"s1");
-    metadata->SetVersion(L"3");
-    metadata->SetHideInLanguages(L"fr");
+    EXPECT_EQ(S_OK, metadata->SetIdentifier(L"new"));
+    EXPECT_EQ(S_OK, metadata->m_titles->Add(L"de", L"Neu"));
+    EXPECT_EQ(S_OK, metadata->m_keywords->Add(L"de", L"s1"));
+    EXPECT_EQ(S_OK, metadata->SetVersion(L"3"));
+    EXPECT_EQ(S_OK, metadata->SetHideInLanguages(L"fr"));
     ASSERT_EQ(S_OK, SaveMetadataXml(*metadata, CAtlString(QString::fromStdString(path))));
 
     tinyxml2::XMLDocument document;
@@ -292,15 +292,15 @@ TEST(LomMetadataVisibilityTest, HideListOutranksShowListAndBlankMeansCurrentLang
 {
     const MetadataPtr metadata = NewMetadata();
     EXPECT_TRUE(IsVisibleInLanguage(*metadata, L"fr"));
-    metadata->SetShowInLanguages(L"en;fr");
+    EXPECT_EQ(S_OK, metadata->SetShowInLanguages(L"en;fr"));
     EXPECT_TRUE(IsVisibleInLanguage(*metadata, L"fr-CA"));  // level 2
     EXPECT_FALSE(IsVisibleInLanguage(*metadata, L"de"));
-    metadata->SetHideInLanguages(L"fr");
+    EXPECT_EQ(S_OK, metadata->SetHideInLanguages(L"fr"));
     EXPECT_FALSE(IsVisibleInLanguage(*metadata, L"fr"));
     EXPECT_TRUE(IsVisibleInLanguage(*metadata, L"en-GB"));
 
-    metadata->SetHideInLanguages(L"");
-    metadata->SetShowInLanguages(L"zh-CN");
+    EXPECT_EQ(S_OK, metadata->SetHideInLanguages(L""));
+    EXPECT_EQ(S_OK, metadata->SetShowInLanguages(L"zh-CN"));
     EXPECT_FALSE(IsVisibleInLanguage(*metadata, L"zh-TW"));  // level 1 only
     EXPECT_TRUE(IsVisibleInLanguage(*metadata, L"zh"));
     const CAtlString previous = GetCurrentLanguage();
@@ -322,7 +322,7 @@ TEST(LomMetadataCopyTest, RebuildCopyTakesTheIdentifierAsOriginalWhenThereIsNone
     EXPECT_EQ(DumpBlock(source->m_maximumVersions), DumpBlock(target->m_maximumVersions));
     EXPECT_STREQ(source->m_format, target->m_format);
 
-    source->SetOriginalId(nullptr);
+    EXPECT_EQ(S_OK, source->SetOriginalId(nullptr));
     ASSERT_EQ(S_OK, CopyMetadataForRebuild(*target, *source));
     EXPECT_STREQ(L"urn:item:1", target->m_originalId);
 }

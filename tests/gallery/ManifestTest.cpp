@@ -19,21 +19,21 @@ namespace {
 // A gallery with two organizations, nested categories and activities, and metadata in most fields.
 void BuildSample(CGalleryManifest& manifest)
 {
-    manifest.m_metadata->SetIdentifier(L"urn:gallery:sample");
-    manifest.m_metadata->SetVersion(L"1.2");
-    manifest.m_metadata->m_titles->Add(L"en", L"Sample gallery");
-    manifest.m_stringVersions->Add(L"de", L"1.5");
+    EXPECT_EQ(S_OK, manifest.m_metadata->SetIdentifier(L"urn:gallery:sample"));
+    EXPECT_EQ(S_OK, manifest.m_metadata->SetVersion(L"1.2"));
+    EXPECT_EQ(S_OK, manifest.m_metadata->m_titles->Add(L"en", L"Sample gallery"));
+    EXPECT_EQ(S_OK, manifest.m_stringVersions->Add(L"de", L"1.5"));
     CGalleryOrganization* animals = AddOrganization(manifest, L"urn:org:animals", L"Animals & Co");
     CGalleryFolder* mammals = AddCategory(animals, L"urn:cat:mammals", L"Mammals");
     CGalleryFolder* cats = AddCategory(mammals, L"urn:cat:cats", L"Cats");
     CGalleryActivity* lion = AddActivity(cats, L"urn:act:lion", L"lion.png", L"Lion <big>");
-    lion->m_metadata->m_titles->Add(L"de", L"L\u00f6we");
-    lion->m_metadata->m_keywords->Add(L"en", L"mane");
-    lion->m_metadata->m_keywords->Add(L"en", L"savanna");
-    lion->m_metadata->SetSortKey(L"aa01");
-    lion->m_metadata->SetVersion(L"3.1");
-    lion->m_metadata->SetOriginalId(L"urn:act:lion-old");
-    lion->m_metadata->m_maximumVersions->Add(L"firefox", L"99");
+    EXPECT_EQ(S_OK, lion->m_metadata->m_titles->Add(L"de", L"L\u00f6we"));
+    EXPECT_EQ(S_OK, lion->m_metadata->m_keywords->Add(L"en", L"mane"));
+    EXPECT_EQ(S_OK, lion->m_metadata->m_keywords->Add(L"en", L"savanna"));
+    EXPECT_EQ(S_OK, lion->m_metadata->SetSortKey(L"aa01"));
+    EXPECT_EQ(S_OK, lion->m_metadata->SetVersion(L"3.1"));
+    EXPECT_EQ(S_OK, lion->m_metadata->SetOriginalId(L"urn:act:lion-old"));
+    EXPECT_EQ(S_OK, lion->m_metadata->m_maximumVersions->Add(L"firefox", L"99"));
     AddActivity(mammals, L"urn:act:whale", L"sea/whale.png", L"Whale");
     CGalleryOrganization* maps = AddOrganization(manifest, L"urn:org:maps", L"Maps");
     maps->m_readOnly = true;
@@ -301,9 +301,9 @@ TEST(ManifestContainerTest, HostileHrefNeverLeavesTheTargetFolder)
     const std::string root = MakeScratchDir("hostile-save");
     ASSERT_TRUE(WriteFile(root + "/victim.txt", "ORIGINAL"));
     ASSERT_TRUE(WriteFile(root + "/source/victim.txt", "EVIL"));
-    for (const std::wstring href : {std::wstring(L"../victim.txt"), std::wstring(W(root + "/victim.txt").GetString())}) {
+    for (const std::wstring& href : {std::wstring(L"../victim.txt"), std::wstring(W(root + "/victim.txt").GetString())}) {
         CGalleryManifest manifest;
-        manifest.SetPath(W(root + "/source/imsmanifest.xml").GetString());
+        EXPECT_EQ(S_OK, manifest.SetPath(W(root + "/source/imsmanifest.xml").GetString()));
         CGalleryOrganization* organization = AddOrganization(manifest, L"o", L"Org");
         AddActivity(AddCategory(organization, L"c", L"Cat"), L"a", href.c_str(), L"Evil");
         EXPECT_EQ(E_FAIL, CGalleryManifestIO::Save(manifest, W(root + "/target/inner").GetString(), false));

@@ -35,12 +35,19 @@ inline std::string N(const wchar_t* text)
     return U(text);
 }
 
+// Fails the test when a set-up step fails, for helpers that cannot ASSERT.
+inline void Ok(HRESULT result)
+{
+    if (FAILED(result))
+        ADD_FAILURE() << "set-up step failed with " << std::hex << result;
+}
+
 inline CGalleryOrganization* AddOrganization(CGalleryManifest& manifest, const wchar_t* id, const wchar_t* title)
 {
     CGalleryOrganization* organization = nullptr;
     EXPECT_EQ(S_OK, CGalleryOrganization::Create(&organization));
-    organization->m_metadata->SetIdentifier(id);
-    organization->m_metadata->m_titles->Add(L"en", title);
+    Ok(organization->m_metadata->SetIdentifier(id));
+    Ok(organization->m_metadata->m_titles->Add(L"en", title));
     EXPECT_EQ(S_OK, manifest.AddOrganization(organization));
     return organization;
 }
@@ -49,8 +56,8 @@ inline CGalleryFolder* NewCategory(const wchar_t* id, const wchar_t* title)
 {
     CGalleryFolder* folder = nullptr;
     EXPECT_EQ(S_OK, CGalleryFolder::Create(&folder));
-    folder->m_metadata->SetIdentifier(id);
-    folder->m_metadata->m_titles->Add(L"en", title);
+    Ok(folder->m_metadata->SetIdentifier(id));
+    Ok(folder->m_metadata->m_titles->Add(L"en", title));
     return folder;
 }
 
@@ -73,10 +80,10 @@ inline CGalleryActivity* AddActivity(CGalleryFolder* folder, const wchar_t* id, 
 {
     CGalleryActivity* activity = nullptr;
     EXPECT_EQ(S_OK, CGalleryActivity::Create(&activity));
-    activity->m_metadata->SetIdentifier(id);
-    activity->m_metadata->m_titles->Add(L"en", title);
-    activity->m_metadata->SetFormat(L"application/x-zoltaworks-galleryitem");
-    activity->SetHref(href);
+    Ok(activity->m_metadata->SetIdentifier(id));
+    Ok(activity->m_metadata->m_titles->Add(L"en", title));
+    Ok(activity->m_metadata->SetFormat(L"application/x-zoltaworks-galleryitem"));
+    Ok(activity->SetHref(href));
     EXPECT_EQ(S_OK, folder->AddActivity(activity));
     return activity;
 }

@@ -26,7 +26,7 @@ std::string WritePackage(const std::string& name, const std::vector<std::wstring
 {
     const std::string folder = MakeScratchDir(name);
     CGalleryManifest manifest;
-    manifest.m_metadata->SetIdentifier(W("urn:pkg:" + name).GetString());
+    Ok(manifest.m_metadata->SetIdentifier(W("urn:pkg:" + name).GetString()));
     CGalleryOrganization* organization = AddOrganization(manifest, L"urn:org", L"Organization");
     CGalleryFolder* category = AddCategory(organization, L"urn:cat", L"Category");
     int n = 0;

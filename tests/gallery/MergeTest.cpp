@@ -19,7 +19,7 @@ struct PackageSpec
     std::wstring id;
     std::wstring category;
     std::vector<std::pair<std::wstring, std::wstring>> activities;  // identifier, href
-    std::wstring parent;                                             // optional shared parent category
+    std::wstring parent{};                                           // optional shared parent category
     std::wstring title = L"Package title";
 };
 
@@ -28,8 +28,8 @@ std::string WritePackage(const std::string& name, const PackageSpec& offer)
 {
     const std::string folder = MakeScratchDir(name);
     CGalleryManifest manifest;
-    manifest.m_metadata->SetIdentifier(offer.id.c_str());
-    manifest.m_metadata->SetVersion(L"1.0");
+    Ok(manifest.m_metadata->SetIdentifier(offer.id.c_str()));
+    Ok(manifest.m_metadata->SetVersion(L"1.0"));
     CGalleryOrganization* organization = AddOrganization(manifest, L"urn:org:shared", L"Shared organization");
     CGalleryFolder* category = offer.parent.empty()
                                    ? AddCategory(organization, offer.category.c_str(), offer.title.c_str())
@@ -37,8 +37,9 @@ std::string WritePackage(const std::string& name, const PackageSpec& offer)
                                                  offer.category.c_str(), offer.title.c_str());
     for (const auto& [id, href] : offer.activities) {
         AddActivity(category, id.c_str(), href.c_str(), (L"Title of " + id).c_str());
-        if (href.find(L"..") == std::wstring::npos && href[0] != L'/')
+        if (href.find(L"..") == std::wstring::npos && href[0] != L'/') {
             EXPECT_TRUE(WriteFile(folder + "/" + U(href.c_str()), U(href.c_str()) + "@" + U(offer.id.c_str())));
+        }
     }
     EXPECT_EQ(S_OK, CGalleryManifestIO::Save(manifest, W(folder + "/imsmanifest.xml").GetString(), false));
     return folder;
@@ -172,7 +173,7 @@ TEST_F(MergeTest, MergedThenRemovedPackageLeavesTheGalleryAsBefore)
 
 TEST_F(MergeTest, RebuildKeepsTheManifestIdentityAndEveryFileNoRecordListed)
 {
-    installed.m_metadata->SetIdentifier(L"urn:gallery:main");
+    EXPECT_EQ(S_OK, installed.m_metadata->SetIdentifier(L"urn:gallery:main"));
     ASSERT_EQ(S_OK, Install(WritePackage("pkg-a", kAnimals)));
     ASSERT_TRUE(WriteFile(gallery + "/stray.txt", "left over"));
     ASSERT_TRUE(WriteFile(gallery + "/notes", "no dot, not listed"));

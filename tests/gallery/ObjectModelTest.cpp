@@ -161,10 +161,10 @@ TEST(GalleryOrdering, CompareObjectsBySortKeyTitleTimeIdentifierAddress)
     CGalleryActivity* zebra = NewActivity(L"1", L"Zebra");
     CGalleryActivity* apple = NewActivity(L"2", L"apple");
     EXPECT_LT(CompareObjects(apple, zebra), 0);
-    zebra->m_metadata->SetSortKey(L"aaa");
+    EXPECT_EQ(S_OK, zebra->m_metadata->SetSortKey(L"aaa"));
     EXPECT_LT(CompareObjects(zebra, apple), 0);
     // A blank sort key falls back to the title.
-    zebra->m_metadata->SetSortKey(L"\xFFFE");
+    EXPECT_EQ(S_OK, zebra->m_metadata->SetSortKey(L"\xFFFE"));
     EXPECT_GT(CompareObjects(zebra, apple), 0);
 
     CGalleryActivity* early = NewActivity(L"b", L"Same");
@@ -174,7 +174,7 @@ TEST(GalleryOrdering, CompareObjectsBySortKeyTitleTimeIdentifierAddress)
     EXPECT_LT(CompareObjects(early, late), 0);
     late->m_metadata->m_creationTime = 10;
     EXPECT_GT(CompareObjects(early, late), 0);  // identifiers "b" > "a"
-    early->m_metadata->SetIdentifier(L"a");
+    EXPECT_EQ(S_OK, early->m_metadata->SetIdentifier(L"a"));
     EXPECT_EQ(CompareObjects(early, late), -CompareObjects(late, early));
     EXPECT_NE(CompareObjects(early, late), 0);
     EXPECT_EQ(CompareObjects(early, early), 0);
@@ -189,15 +189,15 @@ TEST(GalleryOrdering, ObjectTitles)
 {
     SetCurrentLanguage(L"fr");
     CGalleryActivity* activity = NewActivity(L"x", L"Dog");
-    activity->m_metadata->m_titles->Add(L"fr", L"Chien");
+    EXPECT_EQ(S_OK, activity->m_metadata->m_titles->Add(L"fr", L"Chien"));
     EXPECT_EQ(GetObjectTitle(activity), CAtlString(L"Chien"));
-    activity->m_metadata->SetIdentifier(MyContentCategoryIdentifier().GetString());
+    EXPECT_EQ(S_OK, activity->m_metadata->SetIdentifier(MyContentCategoryIdentifier().GetString()));
     EXPECT_EQ(GetObjectTitle(activity), CAtlString(L"My Content"));
     SetCurrentLanguage(L"");
     CGalleryActivity::Destroy(activity);
 
     CGalleryManifest manifest;
-    manifest.SetPath(L"/galleries/Physical Content/imsmanifest.xml");
+    EXPECT_EQ(S_OK, manifest.SetPath(L"/galleries/Physical Content/imsmanifest.xml"));
     EXPECT_EQ(GetObjectTitle(&manifest), CAtlString(L"Physical Content"));
     EXPECT_TRUE(GetObjectTitle(nullptr).IsEmpty());
 }
@@ -230,14 +230,14 @@ TEST(GalleryIdentifierText, IndexFindsEveryObjectAndTheFirstOfDuplicates)
 {
     CGalleryManifest manifest;
     CGalleryOrganization* organization = NewOrganization(L"org");
-    manifest.AddOrganization(organization);
+    EXPECT_EQ(S_OK, manifest.AddOrganization(organization));
     CGalleryFolder* root = NewFolder(L"root");
     CGalleryFolder* child = NewFolder(L"dup");
     CGalleryActivity* first = NewActivity(L"dup");
-    organization->AddItem(root);
-    root->AddActivity(first);
-    root->AddChild(child);
-    child->AddActivity(NewActivity(L"leaf"));
+    EXPECT_EQ(S_OK, organization->AddItem(root));
+    EXPECT_EQ(S_OK, root->AddActivity(first));
+    EXPECT_EQ(S_OK, root->AddChild(child));
+    EXPECT_EQ(S_OK, child->AddActivity(NewActivity(L"leaf")));
 
     CGalleryIdentifierIndex index;
     index.Build(manifest);

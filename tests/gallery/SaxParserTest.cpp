@@ -119,8 +119,9 @@ TEST(SaxParserEvents, SingleEventsAndCounts)
     };
     for (const SpotCase& c : cases) {
         const Events events = ParseEvents(c.document, c.result);
-        if (c.count)
+        if (c.count) {
             EXPECT_EQ(events.size(), c.count) << c.document;
+        }
         if (!c.event.empty()) {
             const int index = c.at < 0 ? static_cast<int>(events.size()) + c.at : c.at;
             ASSERT_TRUE(index >= 0 && index < static_cast<int>(events.size())) << c.document;

@@ -211,8 +211,9 @@ TEST_F(ScriptedServerTest, BadStatusesRemoveTheFileAndBrokenRepliesLeaveItEmpty)
         EXPECT_EQ(one.reason, downloader.GetFailureReason()) << one.path.toStdString();
         EXPECT_EQ(!one.removed, curatool::test::Exists(local)) << one.path.toStdString();
         EXPECT_EQ("", curatool::test::ReadFile(local)) << one.path.toStdString();
-        if (!one.removed)
+        if (!one.removed) {
             EXPECT_TRUE(connection.progress.empty()) << one.path.toStdString();
+        }
         requested << QStringLiteral("GET %1 HTTP/1.1").arg(one.path);
     }
     // The redirect was not followed: one request per fetch, and none to its target.
@@ -263,8 +264,9 @@ TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)
         EXPECT_TRUE(one.reason.isEmpty() ? downloader.GetFailureReason().isEmpty()
                                          : downloader.GetFailureReason().startsWith(one.reason))
             << one.path.toStdString() << ": " << downloader.GetFailureReason().toStdString();
-        if (!one.printed.empty())
+        if (!one.printed.empty()) {
             EXPECT_EQ(one.printed, printed);
+        }
         if (one.path == "/endless") {
             // Checked every megabyte: no more than that beyond the margin.
             ASSERT_FALSE(connection.progress.empty());
@@ -287,11 +289,11 @@ TEST_F(ScriptedServerTest, IdlenessAndATrickleBelowTheRateEndAFetchButDurationDo
         bool exists;
         qint64 minimumMs, maximumMs;
         QString reason;
-        std::string local;
+        std::string local{};
         HRESULT result = S_FALSE;
         qint64 elapsedMs = 0;
-        QString failure;
-        std::unique_ptr<QThreadWithLoop> thread;
+        QString failure{};
+        std::unique_ptr<QThreadWithLoop> thread{};
     };
     std::string trickled;
     for (int index = 0; index < 13; ++index)

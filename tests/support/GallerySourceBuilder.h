@@ -17,8 +17,8 @@ struct PackageSpec
     std::string content;            // name of its one content file
     std::string contentBytes = "picture bytes";
     std::string title = "Picture";  // title of the activity
-    std::string activityId;         // identifier of the activity; id + ".a" when empty
-    std::vector<std::pair<std::string, std::string>> stringVersions;  // language, version
+    std::string activityId{};       // identifier of the activity; id + ".a" when empty
+    std::vector<std::pair<std::string, std::string>> stringVersions{};  // language, version
 };
 
 // The text of a package's imsmanifest.xml.

@@ -93,7 +93,7 @@ struct GalleryChooserTest : ::testing::Test
     {
         Output::Initialize();
         for (const CGalleryRepositoryEntry& entry : CConfiguration::InstalledGalleries())
-            entry.Remove();
+            EXPECT_TRUE(entry.Remove());
     }
 };
 
