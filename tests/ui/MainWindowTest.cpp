@@ -18,8 +18,8 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
-#include <QMouseEvent>
 #include <QPushButton>
+#include <QTest>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -138,13 +138,7 @@ struct MainWindowTest : ::testing::Test
     void Click(QTreeWidget* tree, QTreeWidgetItem* item)
     {
         tree->scrollToItem(item);
-        const QPointF at = tree->visualItemRect(item).center();
-        for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
-        {
-            QMouseEvent event(type, at, tree->viewport()->mapToGlobal(at), Qt::LeftButton,
-                              type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
-            QApplication::sendEvent(tree->viewport(), &event);
-        }
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualItemRect(item).center());
     }
 
     QStringList Summary() const
