@@ -1,83 +1,29 @@
-// The self-update from the question to the restarted program: the update check of a window-based
-// start runs in this process over the real fetch from a loopback server, its boxes answered from a
-// timer; the installer is a script that records its argument and then starts the real binary with
-// it, as a real installer would, and that run carries out the command line kept for it. Also the
-// desktop's open-file events reaching the restart's arguments.
+// The self-update from the question to the restarted program: the check runs in this process over
+// a loopback server; the installer is a script that records its argument and starts the real binary
+// with it, and that run carries out the command line kept for it.
 
 #include "E2EGallery.h"
+#include "ModalAnswerer.h"
+#include "ScratchUpdate.h"
 #include "TestEnvironment.h"
 
 #include "CApplicationFactory.h"
 #include "CConfiguration.h"
 #include "CProgramIdentity.h"
-#include "CSelfUpdate.h"
 #include "CWorkFlow.h"
 #include "GalleryDownloader.h"
 #include "Output.h"
 #include "QtEventProxy.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QFileOpenEvent>
-#include <QMessageBox>
 #include <QThread>
-#include <QTimer>
 
 #include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <string>
 
 using namespace curatool::test;
 
 namespace {
-
-// The local document read from a scratch file instead of the program's share folder.
-class ScratchUpdate : public CSelfUpdate
-{
-public:
-    ScratchUpdate(const std::string& localFile, std::shared_ptr<IDownloader> downloader)
-        : CSelfUpdate(CAtlString(L"CuratoolId.xml"), std::move(downloader)), m_path(localFile)
-    {
-    }
-    CAtlString LocalFilePath() override { return CAtlString(QString::fromStdString(m_path)); }
-
-private:
-    std::string m_path;
-};
-
-// What the message boxes of one call said; each is answered with `answer` (or its only button).
-struct Boxes
-{
-    QStringList texts;
-    QStringList buttons;  // the standard buttons of each box, as "Ok|Cancel"
-};
-
-Boxes AnswerBoxes(QMessageBox::StandardButton answer, const std::function<void()>& call)
-{
-    Boxes boxes;
-    QTimer answering;
-    QObject::connect(&answering, &QTimer::timeout, [&] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible())
-            return;
-        boxes.texts << box->text();
-        QStringList names;
-        for (QAbstractButton* button : box->buttons())
-            names << button->text().remove(QLatin1Char('&'));
-        names.sort();
-        boxes.buttons << names.join(QLatin1Char('|'));
-        QAbstractButton* chosen = box->button(answer);
-        (chosen ? chosen : box->buttons().first())->click();
-    });
-    answering.start(20);
-    call();
-    answering.stop();
-    return boxes;
-}
 
 bool WaitForFile(const std::string& path)
 {
@@ -111,30 +57,21 @@ protected:
         m_environment = CWorkFlow::MakeEnvironment(m_context, std::make_shared<CConfiguration>());
     }
 
-    void Publish(int port, const std::string& localExtra, const std::string& remoteExtra) const
+    void Publish(int port, const std::string& remoteExtra) const
     {
         const std::string url = HttpUrl(port, QStringLiteral("/")).toStdString();
         ASSERT_TRUE(WriteFile(m_local, "<Update><Product CurrentVersion=\"1.0.0.0\" RemoteVersionFile=\"update.xml\" "
-                                       "RemoteVersionFileURL=\"" + url + "\" " + localExtra + "/></Update>"));
+                                       "RemoteVersionFileURL=\"" + url + "\"/></Update>"));
         ASSERT_TRUE(WriteFile(m_published + "/update.xml",
                               "<Update><Product UpdateVersion=\"1.1.0.0\" UpdateInstallFile=\"setup.sh\" "
                               "UpdateArgument=\"--justupdated\" UpdateInstallURL=\"" + url + "\" " + remoteExtra +
                                   "/></Update>"));
     }
 
-    bool Check(QMessageBox::StandardButton answer, Boxes& boxes)
+    bool Check()
     {
         ScratchUpdate update(m_local, m_environment.downloader);
-        bool started = false;
-        boxes = AnswerBoxes(answer, [&] { started = CWorkFlow::CheckSelfUpdate(m_environment, update); });
-        return started;
-    }
-
-    std::string Sha256(const std::string& bytes) const
-    {
-        return QCryptographicHash::hash(QByteArray::fromStdString(bytes), QCryptographicHash::Sha256)
-            .toHex()
-            .toStdString();
+        return CWorkFlow::CheckSelfUpdate(m_environment, update);
     }
 
     std::string m_published;
@@ -149,19 +86,16 @@ TEST_F(SelfUpdateFlow, AnAcceptedUpdateStartsTheInstallerAndTheRestartedProgramR
 {
     ServerProcess server;
     ASSERT_TRUE(server.StartStaticServer(QString::fromStdString(m_published)));
-    Publish(server.Port(), "", "UpdateInstallSHA256=\"" + Sha256(m_installer) + "\"");
+    Publish(server.Port(), "UpdateInstallSHA256=\"" + Sha256Hex(m_installer) + "\"");
 
     // From the event loop, as a work flow runs; the update leaves it with 0.
-    Boxes boxes;
-    bool started = false;
+    ModalAnswerer boxes;
     QTimer::singleShot(0, [&] {
-        started = Check(QMessageBox::Ok, boxes);
-        if (!started)
+        if (!Check())
             QCoreApplication::exit(1);  // the update did not leave the loop itself
     });
     EXPECT_EQ(0, QCoreApplication::exec());
-    EXPECT_TRUE(started);
-    EXPECT_EQ(QStringList{"There is an update for the application. Click OK to start."}, boxes.texts);
+    EXPECT_EQ(QStringList{"There is an update for the application. Click OK to start."}, boxes.boxes);
     EXPECT_EQ(QStringList{"Cancel|OK"}, boxes.buttons);
 
     ASSERT_TRUE(WaitForFile(m_record + "code")) << "the installer or the restart did not finish";
@@ -191,33 +125,20 @@ TEST_F(SelfUpdateFlow, ADeclinedOrFailedUpdateStartsNothingAndKeepsNoArguments)
     const QString question = "There is an update for the application. Click OK to start.";
     const Case cases[] = {
         {"declined", QMessageBox::Cancel, "", {question}},
-        {"other bytes than the digest", QMessageBox::Ok, "UpdateInstallSHA256=\"" + Sha256("other") + "\"",
+        {"other bytes than the digest", QMessageBox::Ok, "UpdateInstallSHA256=\"" + Sha256Hex("other") + "\"",
          {question, "Could not download the update for Curatool."}},
     };
     for (const Case& c : cases) {
-        Publish(server.Port(), "", c.remoteExtra);
-        Boxes boxes;
-        EXPECT_FALSE(Check(c.answer, boxes)) << c.name;
-        EXPECT_EQ(c.texts, boxes.texts) << c.name;
+        Publish(server.Port(), c.remoteExtra);
+        ModalAnswerer boxes(c.answer);
+        EXPECT_FALSE(Check()) << c.name;
+        EXPECT_EQ(c.texts, boxes.boxes) << c.name;
         QStringList stored;
         CWorkFlow::LoadArguments(stored);
         EXPECT_TRUE(stored.isEmpty()) << c.name;
     }
     QThread::msleep(300);
     EXPECT_FALSE(Exists(m_record + "arguments")) << ReadFile(m_record + "arguments");
-}
-
-TEST_F(SelfUpdateFlow, UpdatesSwitchedOffAskNothingOfTheServer)
-{
-    const std::string log = MakeScratchDir("log") + "/requests";
-    ServerProcess server;
-    ASSERT_TRUE(server.StartScriptedServer(QString::fromStdString(log)));
-    Publish(server.Port(), "NoUpdates=\"true\"", "");
-
-    Boxes boxes;
-    EXPECT_FALSE(Check(QMessageBox::Ok, boxes));
-    EXPECT_TRUE(boxes.texts.isEmpty());
-    EXPECT_EQ("", ReadFile(log));
 }
 
 TEST(FileOpenEvent, FilesHandedOverByTheDesktopJoinTheRestartArguments)

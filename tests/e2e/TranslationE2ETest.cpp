@@ -1,7 +1,5 @@
-// A German desktop: the program's catalogue, as built next to the real binary, turns the texts of
-// the windows German while standard error stays English; a collection's own catalogue comes from
-// the collection's folder. The language is read from LANG once per process, so the checks run in
-// a child of this test started under LANG=de_DE.UTF-8.
+// A German desktop sees German windows while standard error stays English. LANG is read once per
+// process, so the checks run in a child of this test started under LANG=de_DE.UTF-8.
 
 #include "E2EGallery.h"
 #include "TestEnvironment.h"
@@ -9,15 +7,12 @@
 #include "CApplicationFactory.h"
 #include "CPasswordDialog.h"
 #include "LanguageSettings.h"
+#include "ModalAnswerer.h"
 #include "Output.h"
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -32,39 +27,18 @@ const char kChildMarker[] = "CURATOOL_GERMAN_CHILD";
 const char kTestName[] = "TranslationE2E.AGermanDesktopSeesGermanWindowsWhileStandardErrorStaysEnglish";
 
 // The folder of the real program, where its catalogues are built.
-QString ProgramFolder()
-{
-    return QFileInfo(QStringLiteral(CURATOOL_BINARY)).absolutePath();
-}
+const QString kProgramFolder = QFileInfo(QStringLiteral(CURATOOL_BINARY)).absolutePath();
 
-// Shows code 1 in a box (answered from a timer); gives the box's title and text and what went to
-// standard error.
-struct Shown
+// Shows code 1 in a box (answered by the caller's ModalAnswerer); gives what went to standard error.
+std::string ShowError()
 {
-    QString title;
-    QString text;
-    std::string err;
-};
-Shown ShowError()
-{
-    Shown shown;
-    QTimer closer;
-    QObject::connect(&closer, &QTimer::timeout, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            shown.title = box->windowTitle();
-            shown.text = box->text();
-            box->button(QMessageBox::Ok)->click();
-        }
-    });
-    closer.start(20);
     // The offscreen platform's own chatter is not the program's.
     const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     testing::internal::CaptureStderr();
     Output::Error(Output::eNoWritePermission, "/srv/g", true);
-    shown.err = testing::internal::GetCapturedStderr();
+    const std::string err = testing::internal::GetCapturedStderr();
     qInstallMessageHandler(previous);
-    closer.stop();
-    return shown;
+    return err;
 }
 
 void CheckInGerman()
@@ -80,25 +54,25 @@ void CheckInGerman()
         std::filesystem::copy(CURATOOL_SOURCE_DIR "/samples/collection", collection,
                               std::filesystem::copy_options::recursive);
         std::filesystem::create_directories(collection + "/Languages/de");
-        std::filesystem::copy_file(ProgramFolder().toStdString() + "/Languages/de/CuratoolId.qm",
+        std::filesystem::copy_file(kProgramFolder.toStdString() + "/Languages/de/CuratoolId.qm",
                                    collection + "/Languages/de/CuratoolId.qm");
         CApplicationFactory factory;
         ASSERT_TRUE(factory.LoadConfigurationPath(CAtlString(QString::fromStdString(collection))));
         factory.InstallTranslator(qApp);
-        const Shown shown = ShowError();
-        EXPECT_EQ(german, shown.text);
-        EXPECT_EQ(english, shown.err);
+        ModalAnswerer answers;
+        EXPECT_EQ(english, ShowError());
+        EXPECT_EQ(QStringList{german}, answers.boxes);
     }
     EXPECT_EQ(QStringLiteral("You must have write permissions for the destination directory:\n%1"),
               Output::GetTranslated(Output::eNoWritePermission))
         << "the collection's catalogue goes with its factory";
 
     // The program's own catalogue, from where start-up looks beside the program.
-    ASSERT_TRUE(LoadCatalogue(ProgramFolder(), QStringLiteral("CuratoolId"), true));
-    const Shown shown = ShowError();
-    EXPECT_EQ(QStringLiteral("Curatool"), shown.title);
-    EXPECT_EQ(german, shown.text);
-    EXPECT_EQ(english, shown.err);
+    ASSERT_TRUE(LoadCatalogue(kProgramFolder, QStringLiteral("CuratoolId"), true));
+    ModalAnswerer answers;
+    EXPECT_EQ(english, ShowError());
+    EXPECT_EQ(QStringList{"Curatool"}, answers.titles);
+    EXPECT_EQ(QStringList{german}, answers.boxes);
 
     // Every coded message has its German text (the title is the name in both languages).
     for (int code = 0; code <= 13; ++code) {

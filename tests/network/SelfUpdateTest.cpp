@@ -1,14 +1,14 @@
-// The update check and the installer's fetch against python's http.server on loopback: which
-// document rows decide, when the network is asked at all, and what becomes of a fetched installer.
+// The update check and the installer's fetch against a loopback server: which rows decide, when
+// the network is asked at all, and what becomes of a fetched installer.
 
 #include "LoopbackServers.h"
+#include "ScratchUpdate.h"
 #include "TestEnvironment.h"
 
 #include "CSelfUpdate.h"
 #include "FetchUrl.h"
 
 #include <QCoreApplication>
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
 
@@ -36,31 +36,12 @@ public:
     int requests = 0;
 };
 
-// The local document read from a scratch file instead of the program's share folder.
-class ScratchUpdate : public CSelfUpdate
-{
-public:
-    ScratchUpdate(const std::string& localFile, std::shared_ptr<IDownloader> downloader)
-        : CSelfUpdate(CAtlString(L"CuratoolId.xml"), std::move(downloader)), m_path(localFile)
-    {
-    }
-    CAtlString LocalFilePath() override { return CAtlString(QString::fromStdString(m_path)); }
-
-private:
-    std::string m_path;
-};
-
 const char kInstaller[] = "#!/bin/sh\necho installing\n";
 
 std::string LocalDocument(const std::string& attributes)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Update Location=\"Client\">\n  <Product " + attributes +
            "/>\n</Update>\n";
-}
-
-std::string Sha256Hex(const std::string& bytes)
-{
-    return QCryptographicHash::hash(QByteArray::fromStdString(bytes), QCryptographicHash::Sha256).toHex().toStdString();
 }
 
 class SelfUpdateTest : public ::testing::Test
@@ -183,7 +164,6 @@ TEST_F(SelfUpdateTest, TheInstallerIsFetchedIntoAPrivateFolderAndHeldToItsDigest
         auto update = MakeUpdate();
         ASSERT_TRUE(update->IsUpdateAvailable()) << c.name;
         EXPECT_EQ(c.fetched, update->DownloadUpdate()) << c.name;
-        EXPECT_EQ(c.fetched, update->IsDownloaded()) << c.name;
         const QStringList after = base.entryList({"Curatool-update-*"}, QDir::Dirs);
         if (!c.fetched) {
             EXPECT_EQ(before, after) << c.name << ": nothing is left behind";
