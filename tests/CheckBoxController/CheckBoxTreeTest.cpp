@@ -164,11 +164,11 @@ TEST(CheckBoxUpdateParentsTest, TieBreaks)
         tree.Add(1, 0);
         CHeckBox* root = tree.Add(2, 1);
         int id = 3;
-        for (const Child& spec : cases[i].children)
+        for (const Child& wanted : cases[i].children)
         {
             MemoryBox* child = tree.Add(id++, 2);
-            child->SetOwnState(spec.state);
-            child->SetEnabled(spec.enabled);
+            child->SetOwnState(wanted.state);
+            child->SetEnabled(wanted.enabled);
         }
         tree.UpdateParents(root);
         EXPECT_EQ(cases[i].parentState, root->GetState()) << "case " << i;
