@@ -19,6 +19,7 @@ inline constexpr HRESULT E_GALLERY_BUSY = static_cast<HRESULT>(0x800700AAu);
 class CGalleryI18N;
 class IGalleryInstallationObserver;
 class IProxyObserver;
+class PackagePrefetcher;
 struct CGalleryManifest;
 
 // The engine: binds an install directory to a data source, reads what the source offers into
@@ -137,6 +138,8 @@ private:
     CZoltaFilePath m_categoriesDocument;
     CGalleryInstallationMetaObserver m_observer;
     int m_prefetch = 0;
+    // The packages of this run coming ahead over several connections, for the length of Run's loop.
+    PackagePrefetcher* m_ahead = nullptr;
     bool m_manifestsChanged = false;
     CZoltaDirectoryPath m_installDirectory;
     RunJournal m_journal;

@@ -58,10 +58,6 @@ private:
     CGalleryManifest* m_manifest = nullptr;
 };
 
-// The packages of this run coming ahead of the install loop over several connections, if any.
-// Run sets it for the length of the loop, which runs on the same thread.
-thread_local PackagePrefetcher* t_ahead = nullptr;
-
 // Several connections at once over a URL, unless the user settings ask for one; null then.
 std::unique_ptr<PackagePrefetcher> FetchAhead(std::vector<PackagePrefetcher::Package> packages,
                                               IProxyObserver* proxyObserver, const volatile bool* cancel)
@@ -79,22 +75,25 @@ PackagePrefetcher::Package ToFetch(const CAtlString& name, const CAtlString& sou
     return {name, source + L"/" + CGalleryInstallation::EncodeUrlName(name), folder.GetFile(name)};
 }
 
+// Lends the prefetcher to the installation's pointer while the install loop runs.
 class ScopedAhead
 {
 public:
-    explicit ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead) : m_ahead(std::move(ahead))
+    ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead, PackagePrefetcher*& lent)
+        : m_ahead(std::move(ahead)), m_lent(lent)
     {
-        t_ahead = m_ahead.get();
+        m_lent = m_ahead.get();
     }
     ~ScopedAhead() { Reset(); }
     void Reset()
     {
-        t_ahead = nullptr;
+        m_lent = nullptr;
         m_ahead.reset();
     }
 
 private:
     std::unique_ptr<PackagePrefetcher> m_ahead;
+    PackagePrefetcher*& m_lent;
 };
 
 }  // namespace
@@ -270,12 +269,12 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
         HRESULT hr = S_OK;
         if (!usePrefetch)
         {
-            if (t_ahead && t_ahead->IsNext(name))
+            if (m_ahead && m_ahead->IsNext(name))
             {
                 // Fetched ahead, or still on its way: its events come now, as its own fetch would send them.
                 Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
                 CAtlString reason;
-                hr = t_ahead->Take(name, path, reason,
+                hr = m_ahead->Take(name, path, reason,
                                    [this](unsigned int got, unsigned int size) { m_observer.ReadProgress(got, size); });
                 if (FAILED(hr))
                     NoteFailureReason(reason + L" (" + m_source + L"/" + EncodeUrlName(name) + L")");
@@ -571,7 +570,7 @@ HRESULT CGalleryInstallation::Run()
         if (isUrl && !usePrefetch && IsInstallAction(category->GetAction()))
             for (const CAtlString& name : FilesToInstall(*category))
                 packages.push_back(ToFetch(name, m_source, m_downloadDirectory));
-    ScopedAhead ahead(FetchAhead(std::move(packages), m_observer.GetProxyObserver(), &m_cancel));
+    ScopedAhead ahead(FetchAhead(std::move(packages), m_observer.GetProxyObserver(), &m_cancel), m_ahead);
 
     bool anyFailed = false;
     bool anySucceeded = false;
