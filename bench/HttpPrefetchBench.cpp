@@ -6,11 +6,11 @@
 //
 //     bench_HttpPrefetchBench [rounds]      (default 5)
 
-#include "CGalleryCategory.h"
-#include "CGalleryInstallation.h"
-#include "CSettingsStore.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/CGalleryInstallation.h"
+#include "foundation/CSettingsStore.h"
 #include "GeneratedSource.h"
-#include "PackagePrefetcher.h"
+#include "installation/PackagePrefetcher.h"
 
 #include <QCoreApplication>
 #include <QProcess>

@@ -2,10 +2,10 @@
 // against the floor of any cache reader: reading the file and computing its CRC. Each comparison
 // runs in interleaved pairs (5 unless the first argument asks for more) and prints the median and
 // the spread of both sides and of the ratio. Works in a temporary home of its own.
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "CGalleryMetadata.h"
-#include "ManifestCache.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/cache/ManifestCache.h"
 #include "Pairs.h"
 
 #include <benchmark/benchmark.h>

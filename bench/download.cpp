@@ -4,9 +4,9 @@
 //
 //     bench_download [megabytes...]      (default: 50 200)
 
-#include "FetchUrl.h"
+#include "network/FetchUrl.h"
 
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaFilePath.h"
 #include "Pairs.h"
 
 #include <QCoreApplication>

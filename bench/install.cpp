@@ -2,11 +2,11 @@
 // against the floor of extracting the same packages with Info-ZIP's unzip into one folder, in the
 // same run, in interleaved pairs (5 unless the first argument asks for more). Prints the median and
 // the spread of both times and of the ratio (install / unzip).
-#include "CGalleryCategory.h"
-#include "CGalleryInstallation.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/CGalleryInstallation.h"
 #include "GeneratedSource.h"
 #include "Pairs.h"
-#include "ZipHelpers.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <QCoreApplication>
 

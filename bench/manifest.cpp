@@ -7,13 +7,13 @@
 //                 every category and activity is looked up by identifier
 //   merge-many:   install N packages one after another into one gallery
 //   find:         look up each of N sibling categories by identifier
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "CGalleryMergeIndex.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "gallery/CGalleryMergeIndex.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
 #include "Pairs.h"
 
 #include <QString>

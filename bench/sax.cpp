@@ -3,7 +3,7 @@
 // more). Prints the median and the spread of the ratio (DOM time / SAX time): 1.0 or more means
 // the SAX reader is at least as fast.
 #include "Pairs.h"
-#include "ZOLTASaxParser.h"
+#include "gallery/sax/ZOLTASaxParser.h"
 
 #include <benchmark/benchmark.h>
 

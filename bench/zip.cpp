@@ -2,7 +2,7 @@
 // data in the same run. The data: 1,000 files, 200 MB, a mix of gallery-like text and random
 // bytes. Each comparison runs in interleaved pairs (5 unless the first argument asks for more) and
 // prints the median and the spread of the time ratios (ours / theirs).
-#include "ZipHelpers.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include "Pairs.h"
 

@@ -1,10 +1,16 @@
 # One library target per source folder: every .cpp/.h/.ui/.qrc in the folder belongs to it,
-# so adding a file never means editing a list.
+# so adding a file never means editing a list. SUBDIRS names sub-folders that belong to the same
+# library; a sub-folder with a CMakeLists.txt of its own is a library of its own. Only src/ is an
+# include root, so every include names its folder ("gallery/CGalleryManifest.h").
 function(curatool_library name)
-  cmake_parse_arguments(ARG "" "" "DEPS;EXCLUDE" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS
-       ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h
-       ${CMAKE_CURRENT_SOURCE_DIR}/*.ui ${CMAKE_CURRENT_SOURCE_DIR}/*.qrc)
+  cmake_parse_arguments(ARG "" "" "DEPS;EXCLUDE;SUBDIRS" ${ARGN})
+  set(patterns)
+  foreach(dir IN ITEMS . ${ARG_SUBDIRS})
+    foreach(ext IN ITEMS cpp h ui qrc)
+      list(APPEND patterns ${CMAKE_CURRENT_SOURCE_DIR}/${dir}/*.${ext})
+    endforeach()
+  endforeach()
+  file(GLOB sources CONFIGURE_DEPENDS ${patterns})
   foreach(excluded IN LISTS ARG_EXCLUDE)
     list(REMOVE_ITEM sources ${CMAKE_CURRENT_SOURCE_DIR}/${excluded})
   endforeach()
@@ -15,7 +21,7 @@ function(curatool_library name)
     set(sources ${stub})
   endif()
   add_library(${name} STATIC ${sources})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/src)
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
 

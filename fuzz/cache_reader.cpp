@@ -1,9 +1,9 @@
 // Opens arbitrary bytes as a binary manifest image, walks whatever tree comes out, edits it a
 // little as a gallery user would, and frees it.
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "LanguageStringBlock.h"
-#include "ManifestCache.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/LanguageStringBlock.h"
+#include "gallery/cache/ManifestCache.h"
 
 #include <cstddef>
 #include <cstdint>

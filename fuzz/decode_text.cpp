@@ -1,6 +1,6 @@
 // Feeds arbitrary bytes to DecodeText as one text slice.
-#include "CAtlString.h"
-#include "ZOLTASaxDecodeText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
 
 #include <cstddef>
 #include <cstdint>

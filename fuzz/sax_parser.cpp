@@ -1,8 +1,8 @@
 // Feeds arbitrary bytes to the gallery SAX parser with a handler that reads every slice it
 // is given and decodes texts and attribute values, as the manifest reader does.
-#include "CAtlString.h"
-#include "ZOLTASaxDecodeText.h"
-#include "ZOLTASaxParser.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
+#include "gallery/sax/ZOLTASaxParser.h"
 
 #include <cstddef>
 #include <cstdint>

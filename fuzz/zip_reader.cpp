@@ -1,8 +1,8 @@
 // Opens arbitrary bytes as an archive, lists every entry, reads each into memory and extracts
 // all of them into a scratch folder, then checks that nothing landed beside that folder.
-#include "CZipArchive.h"
-#include "CZipException.h"
-#include "CZipMemFile.h"
+#include "ziparchive/CZipArchive.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/CZipMemFile.h"
 
 #include <cstdint>
 #include <cstdio>

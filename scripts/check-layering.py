@@ -1,54 +1,69 @@
 #!/usr/bin/env python3
-"""Fails when a folder of src/ includes a header of a folder it does not link.
+"""Fails when a library of src/ includes a header of a library it does not link.
 
-Each folder is one library whose CMakeLists.txt names what it links (DEPS); a file may include
-headers of its own folder and of the folders below it in that graph, never of one above or beside
-it. An include is found by its path below src/ ("gallery/CGalleryManifest.h") or by its bare name.
+Each folder with a CMakeLists.txt is one library (a sub-folder without one belongs to its parent);
+its curatool_library() call names what it links (DEPS). A file may include headers of its own
+library and of the libraries below it in that graph, never of one above or beside it. Includes are
+written with their path below src/ ("gallery/CGalleryManifest.h"); a bare name is a fault too.
 """
 import pathlib
 import re
 import sys
 
 src = pathlib.Path(__file__).resolve().parent.parent / "src"
-folders = sorted(p.name for p in src.iterdir() if (p / "CMakeLists.txt").exists())
+call = re.compile(r"curatool_library\(\s*([^\s)]+)((?:\s+(?!EXCLUDE\b|SUBDIRS\b)[^\s)]+)*)", re.S)
 
-links = {}
-for folder in folders:
-    text = (src / folder / "CMakeLists.txt").read_text()
-    match = re.search(r"curatool_library\(\s*\S+\s+DEPS\s+([^)]*?)(?:\s+EXCLUDE\b[^)]*)?\)", text)
-    links[folder] = [d for d in (match.group(1).split() if match else []) if d in folders]
+libraries = {}  # target name -> (folder, linked target names)
+for cmake in src.rglob("CMakeLists.txt"):
+    match = call.search(cmake.read_text())
+    if match:
+        words = match.group(2).split()
+        libraries[match.group(1)] = (cmake.parent, [w for w in words if w != "DEPS"])
+for name, (folder, deps) in libraries.items():
+    libraries[name] = (folder, [d for d in deps if d in libraries])
 
 
-def below(folder, seen=None):
+def library_of(path):
+    """The library owning a file: the nearest folder above it that is a library."""
+    best = None
+    for name, (folder, _) in libraries.items():
+        if path.is_relative_to(folder) and (best is None or folder.is_relative_to(libraries[best][0])):
+            best = name
+    return best
+
+
+def below(name, seen=None):
     seen = set() if seen is None else seen
-    for dep in links[folder]:
+    for dep in libraries[name][1]:
         if dep not in seen:
             seen.add(dep)
             below(dep, seen)
     return seen
 
 
-owner = {}
-for folder in folders:
-    for header in (src / folder).rglob("*.h"):
-        owner.setdefault(header.name, set()).add(folder)
-        owner.setdefault(header.relative_to(src).as_posix(), set()).add(folder)
-
 include = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 faults = []
-for folder in folders:
-    allowed = below(folder) | {folder}
-    if folder in below(folder):
-        faults.append(f"{folder}: links itself through a cycle")
-    for path in sorted((src / folder).rglob("*")):
-        if path.suffix not in (".h", ".cpp"):
+for name in sorted(libraries):
+    if name in below(name):
+        faults.append(f"{name}: links itself through a cycle")
+for path in sorted(src.rglob("*")):
+    if path.suffix not in (".h", ".cpp"):
+        continue
+    mine = library_of(path)
+    allowed = below(mine) | {mine}
+    for target in include.findall(path.read_text(errors="replace")):
+        header = src / target
+        where = path.relative_to(src)
+        if pathlib.PurePosixPath(target).name.startswith("ui_"):
+            continue  # a form generated beside its own dialog
+        if not header.exists():
+            faults.append(f"{where}: includes {target}, which is not a path below src/")
             continue
-        for name in include.findall(path.read_text(errors="replace")):
-            owners = owner.get(name) or owner.get(pathlib.PurePosixPath(name).name)
-            if owners and not owners & allowed:
-                faults.append(f"{path.relative_to(src)}: includes {name} of {'/'.join(sorted(owners))}")
+        owner = library_of(header)
+        if owner not in allowed:
+            faults.append(f"{where}: includes {target} of {owner}, which {mine} does not link")
 
 for fault in faults:
     print(fault)
-print(f"layering: {len(faults)} fault(s) in {len(folders)} folders")
+print(f"layering: {len(faults)} fault(s) in {len(libraries)} libraries")
 sys.exit(1 if faults else 0)

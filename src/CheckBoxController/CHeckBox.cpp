@@ -1,7 +1,7 @@
-#include "CHeckBox.h"
+#include "CheckBoxController/CHeckBox.h"
 
-#include "IBoxObserver.h"
-#include "ZoltaAssert.h"
+#include "CheckBoxController/IBoxObserver.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 CHeckBox::CHeckBox(int id, IBoxObserver* observer)
     : m_id(id), m_observer(observer)

@@ -1,4 +1,4 @@
-#include "CHeckBoxController.h"
+#include "CheckBoxController/CHeckBoxController.h"
 
 CHeckBoxController::CHeckBoxController() = default;
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CHeckBox.h"
-#include "IBoxObserver.h"
+#include "CheckBoxController/CHeckBox.h"
+#include "CheckBoxController/IBoxObserver.h"
 
 #include <map>
 #include <memory>

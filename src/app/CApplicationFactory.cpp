@@ -1,8 +1,8 @@
-#include "CApplicationFactory.h"
+#include "app/CApplicationFactory.h"
 
-#include "CAuthentication.h"
-#include "CConfiguration.h"
-#include "StartupSteps.h"
+#include "ui/CAuthentication.h"
+#include "configuration/CConfiguration.h"
+#include "app/StartupSteps.h"
 
 #include <QApplication>
 #include <QFile>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CCmdLineContext.h"
-#include "CCmdLineParser.h"
-#include "CWorkFlow.h"
-#include "CmdLineParameters.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "app/CCmdLineContext.h"
+#include "app/CCmdLineParser.h"
+#include "app/CWorkFlow.h"
+#include "app/CmdLineParameters.h"
 
 #include <QString>
 #include <QTranslator>

@@ -1,6 +1,6 @@
-#include "CCmdLineParser.h"
+#include "app/CCmdLineParser.h"
 
-#include "CmdLineParameters.h"
+#include "app/CmdLineParameters.h"
 
 bool CCmdLineParser::StripOptionPrefix(CAtlString& token)
 {

@@ -1,4 +1,4 @@
-#include "CInstanceSemaphore.h"
+#include "app/CInstanceSemaphore.h"
 
 #include <sys/ipc.h>
 #include <sys/sem.h>

@@ -1,6 +1,6 @@
-#include "CLIProgress.h"
+#include "app/CLIProgress.h"
 
-#include "CGalleryCategory.h"
+#include "installation/CGalleryCategory.h"
 
 #include <cstdio>
 

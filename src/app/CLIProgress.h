@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CAtlStringA.h"
-#include "IGalleryInstallationObserver.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "installation/IGalleryInstallationObserver.h"
 
 // The console's view of an installation run: under -verbose, one line on standard output per
 // finished item; always, one line on standard error per failed item, with its reason when the

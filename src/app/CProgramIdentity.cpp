@@ -1,4 +1,4 @@
-#include "CProgramIdentity.h"
+#include "app/CProgramIdentity.h"
 
 #include <QCoreApplication>
 

@@ -1,8 +1,8 @@
-#include "CWorkFlow.h"
+#include "app/CWorkFlow.h"
 
-#include "CCmdLineContext.h"
-#include "CAtlStringA.h"
-#include "CSettingsStore.h"
+#include "app/CCmdLineContext.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "foundation/CSettingsStore.h"
 
 #include <cstdio>
 

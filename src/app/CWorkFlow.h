@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CWorkFlowEnvironment.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "app/CWorkFlowEnvironment.h"
 
 #include <QStringList>
 

@@ -1,14 +1,14 @@
 // Local copies of a source: the gallery's data fetched from its server into a folder that can
 // later serve as -source. Neither an installation nor the settings store is touched.
-#include "CWorkFlow.h"
+#include "app/CWorkFlow.h"
 
-#include "CAtlStringA.h"
-#include "CCmdLineContext.h"
-#include "CConfiguration.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "CLIProgress.h"
-#include "Output.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "app/CCmdLineContext.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "app/CLIProgress.h"
+#include "ui/Output.h"
 
 #include <cstdio>
 #include <filesystem>

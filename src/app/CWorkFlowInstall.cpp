@@ -1,14 +1,14 @@
 // The unattended installs. Their exit code reports the preparation only: a run that fails inside
 // the engine has said so through the progress lines and still ends with "Done." and 0.
-#include "CWorkFlow.h"
+#include "app/CWorkFlow.h"
 
-#include "CAtlStringA.h"
-#include "CCmdLineContext.h"
-#include "CConfiguration.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "CLIProgress.h"
-#include "Output.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "app/CCmdLineContext.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "app/CLIProgress.h"
+#include "ui/Output.h"
 
 #include <QFile>
 

@@ -1,13 +1,13 @@
 // The update question of a window-based start, and the desktop's hand-over of a collection file.
-#include "CApplicationFactory.h"
-#include "CWorkFlow.h"
+#include "app/CApplicationFactory.h"
+#include "app/CWorkFlow.h"
 
-#include "CCmdLineContext.h"
-#include "CSelfUpdate.h"
-#include "GalleryDownloader.h"
-#include "Output.h"
-#include "QtEventProxy.h"
-#include "ZoltaAssert.h"
+#include "app/CCmdLineContext.h"
+#include "network/CSelfUpdate.h"
+#include "installation/GalleryDownloader.h"
+#include "ui/Output.h"
+#include "foundation/QtEventProxy.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QCoreApplication>
 #include <QFileOpenEvent>

@@ -1,21 +1,21 @@
 // The steps every console mode shares: the environment, the connection check, the destination
 // and the -c aliases.
-#include "CWorkFlow.h"
+#include "app/CWorkFlow.h"
 
-#include "CAtlStringA.h"
-#include "CCmdLineContext.h"
-#include "CConfiguration.h"
-#include "CGalleryData.h"
-#include "CInstallationController.h"
-#include "CLIProgress.h"
-#include "CZoltaDirectoryPath.h"
-#include "GalleryDownloader.h"
-#include "InstalledXmlWriter.h"
-#include "Output.h"
-#include "PathSelector.h"
-#include "ProxyAuth.h"
-#include "ProxyHandler.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "app/CCmdLineContext.h"
+#include "configuration/CConfiguration.h"
+#include "configuration/CGalleryData.h"
+#include "installation/CInstallationController.h"
+#include "app/CLIProgress.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "installation/GalleryDownloader.h"
+#include "installation/InstalledXmlWriter.h"
+#include "ui/Output.h"
+#include "ui/PathSelector.h"
+#include "ui/ProxyAuth.h"
+#include "network/ProxyHandler.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QCoreApplication>
 

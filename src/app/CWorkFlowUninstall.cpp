@@ -1,16 +1,16 @@
 // Removal and registration from the console.
-#include "CWorkFlow.h"
+#include "app/CWorkFlow.h"
 
-#include "CAtlStringA.h"
-#include "CCmdLineContext.h"
-#include "CConfiguration.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "CLIProgress.h"
-#include "FileAssociations.h"
-#include "Output.h"
-#include "PathSelector.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "app/CCmdLineContext.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "app/CLIProgress.h"
+#include "app/FileAssociations.h"
+#include "ui/Output.h"
+#include "ui/PathSelector.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QDir>
 

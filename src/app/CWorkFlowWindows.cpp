@@ -1,22 +1,22 @@
 // The window-based modes: the main window over a chosen gallery, the removal of galleries with
 // dialogs, and the start from a disc.
-#include "CWorkFlow.h"
+#include "app/CWorkFlow.h"
 
-#include "CAtlStringA.h"
-#include "CCmdLineContext.h"
-#include "CConfiguration.h"
-#include "CGalleryRepositoryEntry.h"
-#include "CInstallationController.h"
-#include "FileAssociations.h"
-#include "GalleryChooser.h"
-#include "MainWindow.h"
-#include "Output.h"
-#include "PathSelector.h"
-#include "ProgressDlg.h"
-#include "ProxyHandler.h"
-#include "ReadProgressDlg.h"
-#include "WaitForCDDlg.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "app/CCmdLineContext.h"
+#include "configuration/CConfiguration.h"
+#include "configuration/CGalleryRepositoryEntry.h"
+#include "installation/CInstallationController.h"
+#include "app/FileAssociations.h"
+#include "ui/GalleryChooser.h"
+#include "ui/MainWindow.h"
+#include "ui/Output.h"
+#include "ui/PathSelector.h"
+#include "ui/ProgressDlg.h"
+#include "network/ProxyHandler.h"
+#include "ui/ReadProgressDlg.h"
+#include "ui/WaitForCDDlg.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "CmdLineParameters.h"
+#include "app/CmdLineParameters.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "DisplayPlatform.h"
+#include "app/DisplayPlatform.h"
 
 #include <QString>
 #include <QtGlobal>

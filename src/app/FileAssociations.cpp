@@ -1,4 +1,4 @@
-#include "FileAssociations.h"
+#include "app/FileAssociations.h"
 
 namespace FileAssociations {
 

@@ -1,11 +1,11 @@
-#include "StartupSteps.h"
+#include "app/StartupSteps.h"
 
-#include "CApplicationFactory.h"
-#include "CConfiguration.h"
-#include "CZoltaDirectoryPath.h"
-#include "GalleryLibrary.h"
-#include "LanguageSettings.h"
-#include "UiResources.h"
+#include "app/CApplicationFactory.h"
+#include "configuration/CConfiguration.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "gallery/GalleryLibrary.h"
+#include "foundation/LanguageSettings.h"
+#include "ui/UiResources.h"
 
 #include <QApplication>
 #include <QIcon>

@@ -1,11 +1,11 @@
-#include "CApplicationFactory.h"
-#include "CInstanceSemaphore.h"
-#include "CProgramIdentity.h"
-#include "DisplayPlatform.h"
-#include "Output.h"
-#include "Qtfier.h"
-#include "RunTempFolder.h"
-#include "StartupSteps.h"
+#include "app/CApplicationFactory.h"
+#include "app/CInstanceSemaphore.h"
+#include "app/CProgramIdentity.h"
+#include "app/DisplayPlatform.h"
+#include "ui/Output.h"
+#include "foundation/Qtfier.h"
+#include "foundation/RunTempFolder.h"
+#include "app/StartupSteps.h"
 
 #include <QApplication>
 #include <QTimer>

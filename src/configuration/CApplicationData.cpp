@@ -1,7 +1,7 @@
-#include "CApplicationData.h"
+#include "configuration/CApplicationData.h"
 
-#include "ConfigurationText.h"
-#include "ConfigurationXml.h"
+#include "configuration/ConfigurationText.h"
+#include "configuration/ConfigurationXml.h"
 
 #include <tinyxml2.h>
 

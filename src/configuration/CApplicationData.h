@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "FileList.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "configuration/FileList.h"
 
 #include <memory>
 

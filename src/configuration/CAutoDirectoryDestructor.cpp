@@ -1,6 +1,6 @@
-#include "CAutoDirectoryDestructor.h"
+#include "configuration/CAutoDirectoryDestructor.h"
 
-#include "ConfigurationText.h"
+#include "configuration/ConfigurationText.h"
 
 #include <filesystem>
 #include <system_error>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CZoltaDirectoryPath.h"
+#include "foundation/CZoltaDirectoryPath.h"
 
 // Owns a folder on disk: when the last holder lets go, the folder goes with all it contains.
 // Used for the unpacked copy of a .gallerycollection file.

@@ -1,12 +1,12 @@
-#include "CConfiguration.h"
+#include "configuration/CConfiguration.h"
 
-#include "SafeReplace.h"
+#include "foundation/SafeReplace.h"
 
-#include "CollectionFolders.h"
-#include "ConfigurationText.h"
-#include "SystemLocation.h"
-#include "ZipHelpers.h"
-#include "ZoltaAssert.h"
+#include "configuration/CollectionFolders.h"
+#include "configuration/ConfigurationText.h"
+#include "foundation/SystemLocation.h"
+#include "ziparchive/ZipHelpers.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <tinyxml2.h>
 

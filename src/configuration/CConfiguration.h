@@ -1,16 +1,16 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CApplicationData.h"
-#include "CAutoDirectoryDestructor.h"
-#include "CGalleryData.h"
-#include "CGalleryRepositoryEntry.h"
-#include "COrganizationData.h"
-#include "CVersionString.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "FileList.h"
-#include "MetaDataXml.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "configuration/CApplicationData.h"
+#include "configuration/CAutoDirectoryDestructor.h"
+#include "configuration/CGalleryData.h"
+#include "configuration/CGalleryRepositoryEntry.h"
+#include "configuration/COrganizationData.h"
+#include "configuration/CVersionString.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "configuration/FileList.h"
+#include "configuration/MetaDataXml.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
-#include "CGalleryData.h"
+#include "configuration/CGalleryData.h"
 
-#include "ConfigurationText.h"
-#include "ConfigurationXml.h"
+#include "configuration/ConfigurationText.h"
+#include "configuration/ConfigurationXml.h"
 
 #include <tinyxml2.h>
 

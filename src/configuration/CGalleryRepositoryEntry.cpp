@@ -1,6 +1,6 @@
-#include "CGalleryRepositoryEntry.h"
+#include "configuration/CGalleryRepositoryEntry.h"
 
-#include "CSettingsStore.h"
+#include "foundation/CSettingsStore.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "COrganizationData.h"
+#include "configuration/COrganizationData.h"
 
-#include "ConfigurationText.h"
-#include "ConfigurationXml.h"
+#include "configuration/ConfigurationText.h"
+#include "configuration/ConfigurationXml.h"
 
 #include <tinyxml2.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 // A four-part version value. The parser is lenient: besides "a.b.c.d" it understands the packed
 // digit strings of older data, and text that is no version at all still compares, by its text.

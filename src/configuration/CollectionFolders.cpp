@@ -1,4 +1,4 @@
-#include "CollectionFolders.h"
+#include "configuration/CollectionFolders.h"
 
 #include <algorithm>
 #include <system_error>

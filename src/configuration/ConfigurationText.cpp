@@ -1,4 +1,4 @@
-#include "ConfigurationText.h"
+#include "configuration/ConfigurationText.h"
 
 namespace configuration_text {
 

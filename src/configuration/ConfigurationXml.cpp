@@ -1,6 +1,6 @@
-#include "ConfigurationXml.h"
+#include "configuration/ConfigurationXml.h"
 
-#include "ConfigurationText.h"
+#include "configuration/ConfigurationText.h"
 
 #include <tinyxml2.h>
 

@@ -1,4 +1,4 @@
-#include "FileList.h"
+#include "configuration/FileList.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
 
 #include <vector>
 

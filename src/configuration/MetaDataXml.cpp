@@ -1,6 +1,6 @@
-#include "MetaDataXml.h"
+#include "configuration/MetaDataXml.h"
 
-#include "ConfigurationText.h"
+#include "configuration/ConfigurationText.h"
 
 #include <tinyxml2.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZoltaAssert.h"
-#include "ZoltaUnknown.h"
+#include "libZoltaAtl/ZoltaAssert.h"
+#include "foundation/ZoltaUnknown.h"
 
 #include <cstddef>
 #include <utility>

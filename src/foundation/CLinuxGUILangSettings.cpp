@@ -1,4 +1,4 @@
-#include "CLinuxGUILangSettings.h"
+#include "foundation/CLinuxGUILangSettings.h"
 
 namespace {
 constexpr int32_t kEnglishCanada = 0x1009;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "IGUILang.h"
+#include "foundation/IGUILang.h"
 
 // The language record of this platform. One instance serves the whole process: it is made on first
 // use and lives until the process ends. It never knows a code of its own; the code comes from

@@ -1,7 +1,7 @@
-#include "CQtGalleryThreadBase.h"
+#include "foundation/CQtGalleryThreadBase.h"
 
-#include "QtEventLoopWorkaround.h"
-#include "WaitWithQtEvents.h"
+#include "foundation/QtEventLoopWorkaround.h"
+#include "foundation/WaitWithQtEvents.h"
 
 #include <QTimer>
 

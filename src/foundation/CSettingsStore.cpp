@@ -1,6 +1,6 @@
-#include "CSettingsStore.h"
+#include "foundation/CSettingsStore.h"
 
-#include "SystemLocation.h"
+#include "foundation/SystemLocation.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,7 +1,7 @@
-#include "CZOLTALanguageSettingsCache.h"
+#include "foundation/CZOLTALanguageSettingsCache.h"
 
-#include "CSettingsStore.h"
-#include "LanguageSettings.h"
+#include "foundation/CSettingsStore.h"
+#include "foundation/LanguageSettings.h"
 
 #include <QSettings>
 

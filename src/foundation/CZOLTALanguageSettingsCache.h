@@ -1,6 +1,6 @@
 #pragma once
 
-#include "IGUILang.h"
+#include "foundation/IGUILang.h"
 
 #include <QString>
 

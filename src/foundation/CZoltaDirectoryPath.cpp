@@ -1,4 +1,4 @@
-#include "CZoltaDirectoryPath.h"
+#include "foundation/CZoltaDirectoryPath.h"
 
 #include <QDir>
 #include <QStandardPaths>

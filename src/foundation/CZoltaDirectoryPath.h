@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaFilePath.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaFilePath.h"
 
 #include <QString>
 

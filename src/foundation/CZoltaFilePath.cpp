@@ -1,7 +1,7 @@
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaFilePath.h"
 
-#include "CZoltaDirectoryPath.h"
-#include "ZoltaAssert.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QDir>
 

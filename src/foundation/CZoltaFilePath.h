@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "FileLock.h"
+#include "foundation/FileLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaFilePath.h"
 
 // An advisory lock (flock) on one file, held while the object lives. It is taken by whatever
 // process opens the same file, whichever copy of the program it runs, and the system lets it go

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZoltaUnknown.h"
+#include "foundation/ZoltaUnknown.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "LanguageSettings.h"
+#include "foundation/LanguageSettings.h"
 
-#include "CZOLTALanguageSettingsCache.h"
+#include "foundation/CZOLTALanguageSettingsCache.h"
 
 #include <QCoreApplication>
 #include <QLocale>

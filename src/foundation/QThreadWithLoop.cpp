@@ -1,7 +1,7 @@
-#include "QThreadWithLoop.h"
+#include "foundation/QThreadWithLoop.h"
 
-#include "Qtfier.h"
-#include "WaitWithQtEvents.h"
+#include "foundation/Qtfier.h"
+#include "foundation/WaitWithQtEvents.h"
 
 #include <QTimer>
 

@@ -1,4 +1,4 @@
-#include "QtEventLoopWorkaround.h"
+#include "foundation/QtEventLoopWorkaround.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

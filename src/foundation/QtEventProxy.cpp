@@ -1,4 +1,4 @@
-#include "QtEventProxy.h"
+#include "foundation/QtEventProxy.h"
 
 QtEventProxy::QtEventProxy(QObject* parent) : QObject(parent) {}
 

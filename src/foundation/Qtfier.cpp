@@ -1,4 +1,4 @@
-#include "Qtfier.h"
+#include "foundation/Qtfier.h"
 
 #include <utility>
 

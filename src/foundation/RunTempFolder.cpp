@@ -1,4 +1,4 @@
-#include "RunTempFolder.h"
+#include "foundation/RunTempFolder.h"
 
 #include <QByteArray>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CZoltaDirectoryPath.h"
-#include "FileLock.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/FileLock.h"
 
 // The temporary folder of one run: "curatool-run-<pid>" below the system's temporary folder,
 // held by a lock file inside it. While it exists every temporary file of the process goes there

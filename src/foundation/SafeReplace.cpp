@@ -1,6 +1,6 @@
-#include "SafeReplace.h"
+#include "foundation/SafeReplace.h"
 
-#include "CZoltaDirectoryPath.h"
+#include "foundation/CZoltaDirectoryPath.h"
 
 #include <QDir>
 #include <QFile>

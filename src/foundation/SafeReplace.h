@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaFilePath.h"
 
 #include <cstdio>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "SystemLocation.h"
+#include "foundation/SystemLocation.h"
 
 #include <cstdlib>
 

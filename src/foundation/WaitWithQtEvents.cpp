@@ -1,6 +1,6 @@
-#include "WaitWithQtEvents.h"
+#include "foundation/WaitWithQtEvents.h"
 
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

@@ -1,9 +1,9 @@
-#include "ZOLTAXMLWriter.h"
+#include "foundation/ZOLTAXMLWriter.h"
 
-#include "CAtlStringA.h"
-#include "ZoltaAssert.h"
-#include "ZoltaBufferStream.h"
-#include "ZoltaFileStreams.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "libZoltaAtl/ZoltaAssert.h"
+#include "foundation/ZoltaBufferStream.h"
+#include "foundation/ZoltaFileStreams.h"
 
 #include <cstring>
 #include <utility>

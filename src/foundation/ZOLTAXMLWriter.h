@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CComPtr.h"
-#include "IZOLTAXMLWriter.h"
-#include "ZoltaStreams.h"
+#include "foundation/CComPtr.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "foundation/ZoltaStreams.h"
 
 #include <cstddef>
 #include <cstdint>

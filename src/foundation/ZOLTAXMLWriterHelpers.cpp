@@ -1,4 +1,4 @@
-#include "IZOLTAXMLWriter.h"
+#include "foundation/IZOLTAXMLWriter.h"
 
 #include <QByteArray>
 

@@ -1,6 +1,6 @@
-#include "ZoltaBufferStream.h"
+#include "foundation/ZoltaBufferStream.h"
 
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <algorithm>
 #include <cstdlib>

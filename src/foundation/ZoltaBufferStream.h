@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZoltaStreamBase.h"
+#include "foundation/ZoltaStreamBase.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "ZoltaFileStreams.h"
+#include "foundation/ZoltaFileStreams.h"
 
-#include "CZoltaDirectoryPath.h"
-#include "ZoltaAssert.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <zlib.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CZoltaFilePath.h"
-#include "ZoltaStreamBase.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/ZoltaStreamBase.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZoltaAssert.h"
-#include "ZoltaStreams.h"
+#include "libZoltaAtl/ZoltaAssert.h"
+#include "foundation/ZoltaStreams.h"
 
 #include <cstdint>
 

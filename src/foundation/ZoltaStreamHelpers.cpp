@@ -1,4 +1,4 @@
-#include "ZoltaStreamHelpers.h"
+#include "foundation/ZoltaStreamHelpers.h"
 
 #include <cwchar>
 

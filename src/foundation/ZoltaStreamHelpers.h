@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZoltaStreams.h"
+#include "foundation/ZoltaStreams.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CComPtr.h"
-#include "ZoltaUnknown.h"
+#include "foundation/CComPtr.h"
+#include "foundation/ZoltaUnknown.h"
 
 #include <cstddef>
 #include <cstdint>

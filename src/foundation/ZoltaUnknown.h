@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZoltaResult.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 

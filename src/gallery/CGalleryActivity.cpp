@@ -1,7 +1,7 @@
-#include "CGalleryActivity.h"
+#include "gallery/CGalleryActivity.h"
 
-#include "CGalleryMetadata.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/GalleryText.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CGalleryObject.h"
-#include "ZoltaResult.h"
+#include "gallery/CGalleryObject.h"
+#include "foundation/ZoltaResult.h"
 
 struct CGalleryFolder;
 

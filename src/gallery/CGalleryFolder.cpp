@@ -1,7 +1,7 @@
-#include "CGalleryFolder.h"
+#include "gallery/CGalleryFolder.h"
 
-#include "CGalleryMetadata.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/GalleryText.h"
 
 #include <cstdlib>
 #include <vector>

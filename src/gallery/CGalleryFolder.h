@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CGalleryActivity.h"
-#include "CGalleryList.h"
-#include "CGalleryObject.h"
-#include "ZoltaResult.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryList.h"
+#include "gallery/CGalleryObject.h"
+#include "foundation/ZoltaResult.h"
 
 struct CGalleryFolder;
 struct CGalleryOrganization;

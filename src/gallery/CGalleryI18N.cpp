@@ -1,12 +1,12 @@
-#include "CGalleryI18N.h"
+#include "gallery/CGalleryI18N.h"
 
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "CZoltaFilePath.h"
-#include "ZOLTASaxDecodeText.h"
-#include "ZOLTASaxParser.h"
-#include "ZipHelpers.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "foundation/CZoltaFilePath.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
+#include "gallery/sax/ZOLTASaxParser.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <cstdlib>
 #include <cwctype>

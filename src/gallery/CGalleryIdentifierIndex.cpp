@@ -1,7 +1,7 @@
-#include "CGalleryIdentifierIndex.h"
+#include "gallery/CGalleryIdentifierIndex.h"
 
-#include "CGalleryManifest.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/GalleryText.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
-#include "CGalleryImageRegistry.h"
+#include "gallery/CGalleryImageRegistry.h"
 
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <algorithm>
 #include <atomic>

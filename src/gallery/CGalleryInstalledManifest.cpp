@@ -1,8 +1,8 @@
-#include "CGalleryInstalledManifest.h"
+#include "gallery/CGalleryInstalledManifest.h"
 
-#include "CZoltaFilePath.h"
-#include "ZOLTASaxDecodeText.h"
-#include "ZOLTASaxParser.h"
+#include "foundation/CZoltaFilePath.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
+#include "gallery/sax/ZOLTASaxParser.h"
 
 CGalleryInstalledManifest::~CGalleryInstalledManifest() = default;
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "ZOLTASaxContentHandler.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/sax/ZOLTASaxContentHandler.h"
+#include "foundation/ZoltaResult.h"
 
 #include <unordered_map>
 

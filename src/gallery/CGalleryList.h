@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CGalleryImageRegistry.h"
-#include "CGalleryObject.h"
-#include "GalleryText.h"
-#include "ZoltaResult.h"
+#include "gallery/CGalleryImageRegistry.h"
+#include "gallery/CGalleryObject.h"
+#include "gallery/GalleryText.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 #include <cstdlib>

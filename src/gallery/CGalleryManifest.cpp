@@ -1,7 +1,7 @@
-#include "CGalleryManifest.h"
+#include "gallery/CGalleryManifest.h"
 
-#include "CGalleryMetadata.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/GalleryText.h"
 
 #include <new>
 

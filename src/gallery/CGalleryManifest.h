@@ -1,11 +1,11 @@
 #pragma once
 
-#include "CGalleryImageRegistry.h"
-#include "CGalleryList.h"
-#include "CGalleryObject.h"
-#include "CGalleryOrganization.h"
-#include "LanguageStringBlock.h"
-#include "ZoltaResult.h"
+#include "gallery/CGalleryImageRegistry.h"
+#include "gallery/CGalleryList.h"
+#include "gallery/CGalleryObject.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/LanguageStringBlock.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 

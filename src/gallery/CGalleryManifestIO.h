@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/ZoltaResult.h"
 
 #include <vector>
 

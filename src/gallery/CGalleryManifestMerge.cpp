@@ -1,16 +1,16 @@
-#include "CGalleryManifestIO.h"
+#include "gallery/CGalleryManifestIO.h"
 
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMergeIndex.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "GalleryContentFiles.h"
-#include "GalleryText.h"
-#include "LomMetadata.h"
-#include "ManifestLock.h"
-#include "SafeReplace.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMergeIndex.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/GalleryContentFiles.h"
+#include "gallery/GalleryText.h"
+#include "gallery/lom/LomMetadata.h"
+#include "gallery/ManifestLock.h"
+#include "foundation/SafeReplace.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,14 +1,14 @@
-#include "CGalleryManifestIO.h"
+#include "gallery/CGalleryManifestIO.h"
 
-#include "CGalleryManifest.h"
-#include "CGalleryMergeIndex.h"
-#include "CGalleryOrganization.h"
-#include "GalleryContentFiles.h"
-#include "GalleryText.h"
-#include "ManifestCache.h"
-#include "ZOLTASaxOpenXmlHandler.h"
-#include "ZOLTASaxParser.h"
-#include "ZipHelpers.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMergeIndex.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/GalleryContentFiles.h"
+#include "gallery/GalleryText.h"
+#include "gallery/cache/ManifestCache.h"
+#include "gallery/ZOLTASaxOpenXmlHandler.h"
+#include "gallery/sax/ZOLTASaxParser.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <cstdio>
 #include <ctime>

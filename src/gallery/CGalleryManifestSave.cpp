@@ -1,13 +1,13 @@
-#include "CGalleryManifestIO.h"
+#include "gallery/CGalleryManifestIO.h"
 
-#include "CGalleryManifest.h"
-#include "CGalleryManifestWriter.h"
-#include "GalleryContentFiles.h"
-#include "IZOLTAXMLWriter.h"
-#include "ManifestCache.h"
-#include "ManifestLock.h"
-#include "SafeReplace.h"
-#include "ZipHelpers.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestWriter.h"
+#include "gallery/GalleryContentFiles.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "gallery/cache/ManifestCache.h"
+#include "gallery/ManifestLock.h"
+#include "foundation/SafeReplace.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <sys/stat.h>
 

@@ -1,14 +1,14 @@
-#include "CGalleryManifestWriter.h"
+#include "gallery/CGalleryManifestWriter.h"
 
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "GalleryUtf8.h"
-#include "IZOLTAXMLWriter.h"
-#include "LanguageStringBlock.h"
-#include "LomMetadata.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/GalleryUtf8.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "gallery/LanguageStringBlock.h"
+#include "gallery/lom/LomMetadata.h"
 
 namespace {
 

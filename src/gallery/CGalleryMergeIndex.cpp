@@ -1,6 +1,6 @@
-#include "CGalleryMergeIndex.h"
+#include "gallery/CGalleryMergeIndex.h"
 
-#include "GalleryText.h"
+#include "gallery/GalleryText.h"
 
 #include <cwchar>
 #include <mutex>

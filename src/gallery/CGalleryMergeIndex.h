@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CGalleryList.h"
-#include "CGalleryObject.h"
+#include "gallery/CGalleryList.h"
+#include "gallery/CGalleryObject.h"
 
 #include <cstdint>
 #include <memory>

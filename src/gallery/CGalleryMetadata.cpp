@@ -1,6 +1,6 @@
-#include "CGalleryMetadata.h"
+#include "gallery/CGalleryMetadata.h"
 
-#include "GalleryText.h"
+#include "gallery/GalleryText.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "LanguageStringBlock.h"
-#include "ZoltaResult.h"
+#include "gallery/LanguageStringBlock.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 

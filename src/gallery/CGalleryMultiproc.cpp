@@ -1,6 +1,6 @@
-#include "CGalleryMultiproc.h"
+#include "gallery/CGalleryMultiproc.h"
 
-#include "GalleryInitializeThread.h"
+#include "gallery/GalleryInitializeThread.h"
 
 CGalleryMultiproc::CGalleryMultiproc(std::vector<CAtlString> manifestPaths) : m_paths(std::move(manifestPaths)) {}
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CQtGalleryThreadBase.h"
-#include "IGalleryManifestOpenObserver.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CQtGalleryThreadBase.h"
+#include "gallery/IGalleryManifestOpenObserver.h"
+#include "foundation/ZoltaResult.h"
 
 #include <memory>
 #include <vector>

@@ -1,7 +1,7 @@
-#include "CGalleryObject.h"
+#include "gallery/CGalleryObject.h"
 
-#include "CGalleryMetadata.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/GalleryText.h"
 
 const wchar_t* CGalleryObject::GetIdentifier() const
 {

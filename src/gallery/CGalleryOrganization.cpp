@@ -1,7 +1,7 @@
-#include "CGalleryOrganization.h"
+#include "gallery/CGalleryOrganization.h"
 
-#include "CGalleryMetadata.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/GalleryText.h"
 
 #include <cstdlib>
 

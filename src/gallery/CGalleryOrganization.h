@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CGalleryFolder.h"
-#include "CGalleryObject.h"
-#include "ZoltaResult.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryObject.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 

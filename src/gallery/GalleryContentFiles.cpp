@@ -1,9 +1,9 @@
-#include "GalleryContentFiles.h"
+#include "gallery/GalleryContentFiles.h"
 
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "GalleryText.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/GalleryText.h"
 
 #include <QByteArray>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "ZoltaResult.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/ZoltaResult.h"
 
 #include <functional>
 

@@ -1,7 +1,7 @@
-#include "GalleryIdentifiers.h"
+#include "gallery/GalleryIdentifiers.h"
 
-#include "CAtlString.h"
-#include "GalleryText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/GalleryText.h"
 
 #include <uuid/uuid.h>
 

@@ -1,19 +1,19 @@
-#include "GalleryInitializeThread.h"
+#include "gallery/GalleryInitializeThread.h"
 
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "CSettingsStore.h"
-#include "GalleryIdentifiers.h"
-#include "GalleryLibrary.h"
-#include "GalleryPlaces.h"
-#include "ManifestLock.h"
-#include "Trace.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "foundation/CSettingsStore.h"
+#include "gallery/GalleryIdentifiers.h"
+#include "gallery/GalleryLibrary.h"
+#include "gallery/GalleryPlaces.h"
+#include "gallery/ManifestLock.h"
+#include "foundation/Trace.h"
 
-#include "CGalleryActivity.h"
-#include "CQtGalleryThreadBase.h"
+#include "gallery/CGalleryActivity.h"
+#include "foundation/CQtGalleryThreadBase.h"
 
 #include <QFile>
 #include <QStringList>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CQtGalleryThreadBase.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "IGalleryManifestOpenObserver.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CQtGalleryThreadBase.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "gallery/IGalleryManifestOpenObserver.h"
+#include "foundation/ZoltaResult.h"
 
 #include <memory>
 #include <vector>

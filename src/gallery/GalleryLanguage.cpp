@@ -1,7 +1,7 @@
-#include "GalleryLanguage.h"
+#include "gallery/GalleryLanguage.h"
 
-#include "CAtlString.h"
-#include "GalleryText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/GalleryText.h"
 
 #include <cwctype>
 #include <string>

@@ -1,7 +1,7 @@
-#include "GalleryLibrary.h"
+#include "gallery/GalleryLibrary.h"
 
-#include "CGalleryManifest.h"
-#include "GalleryInitializeThread.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/GalleryInitializeThread.h"
 
 bool g_enableContentCreatorTools = false;
 bool g_browseChunking = false;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/ZoltaResult.h"
 
 #include <memory>
 #include <vector>

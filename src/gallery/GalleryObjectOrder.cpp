@@ -1,10 +1,10 @@
-#include "GalleryObjectOrder.h"
+#include "gallery/GalleryObjectOrder.h"
 
-#include "CAtlString.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "GalleryIdentifiers.h"
-#include "GalleryText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/GalleryIdentifiers.h"
+#include "gallery/GalleryText.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
-#include "GalleryPlaces.h"
+#include "gallery/GalleryPlaces.h"
 
-#include "SystemLocation.h"
+#include "foundation/SystemLocation.h"
 
 #include <QDir>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
 
 // The fixed places of galleries on disk and in the settings store. Absolute system places go
 // through curatool::SystemLocation, so that a test root moves them all.

@@ -1,6 +1,6 @@
-#include "GalleryText.h"
+#include "gallery/GalleryText.h"
 
-#include "CGalleryImageRegistry.h"
+#include "gallery/CGalleryImageRegistry.h"
 
 #include <cstdlib>
 #include <cwchar>

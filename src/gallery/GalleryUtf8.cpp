@@ -1,7 +1,7 @@
-#include "GalleryUtf8.h"
+#include "gallery/GalleryUtf8.h"
 
-#include "GalleryText.h"
-#include "UniCharUtils.h"
+#include "gallery/GalleryText.h"
+#include "libZoltaAtl/UniCharUtils.h"
 
 #include <cstdlib>
 

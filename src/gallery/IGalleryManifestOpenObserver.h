@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZoltaResult.h"
+#include "foundation/ZoltaResult.h"
 
 // Told how far the reading of a manifest has come, after every end tag. A failure returned
 // from here stops the parse: that is how a cancel ends a long read.

@@ -1,8 +1,8 @@
-#include "LanguageStringBlock.h"
+#include "gallery/LanguageStringBlock.h"
 
-#include "CAtlString.h"
-#include "GalleryLanguage.h"
-#include "GalleryText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/GalleryLanguage.h"
+#include "gallery/GalleryText.h"
 
 #include <cstdlib>
 #include <cwchar>

@@ -1,4 +1,4 @@
-#include "ManifestLock.h"
+#include "gallery/ManifestLock.h"
 
 std::recursive_mutex& GetManifestLock()
 {

@@ -1,15 +1,15 @@
-#include "ZOLTASaxOpenXmlHandler.h"
+#include "gallery/ZOLTASaxOpenXmlHandler.h"
 
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "GalleryText.h"
-#include "IGalleryManifestOpenObserver.h"
-#include "LanguageStringBlock.h"
-#include "LomDate.h"
-#include "ZOLTASaxDecodeText.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/GalleryText.h"
+#include "gallery/IGalleryManifestOpenObserver.h"
+#include "gallery/LanguageStringBlock.h"
+#include "gallery/lom/LomDate.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "CGalleryCategory.h"
+#include "installation/CGalleryCategory.h"
 
-#include "CGalleryInstalledManifest.h"
-#include "GalleryLanguage.h"
+#include "gallery/CGalleryInstalledManifest.h"
+#include "gallery/GalleryLanguage.h"
 
 #include <tinyxml2.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CGalleryCategoryFile.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "installation/CGalleryCategoryFile.h"
+#include "foundation/ZoltaResult.h"
 
 #include <memory>
 #include <unordered_map>

@@ -1,6 +1,6 @@
-#include "CGalleryCategoryFile.h"
+#include "installation/CGalleryCategoryFile.h"
 
-#include "CGalleryInstalledManifest.h"
+#include "gallery/CGalleryInstalledManifest.h"
 
 #include <tinyxml2.h>
 

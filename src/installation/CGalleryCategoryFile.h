@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaFilePath.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/ZoltaResult.h"
 
 #include <unordered_map>
 

@@ -1,10 +1,10 @@
-#include "CGalleryInstallation.h"
+#include "installation/CGalleryInstallation.h"
 
-#include "CGalleryInstalledManifest.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "FetchUrl.h"
-#include "SafeReplace.h"
+#include "gallery/CGalleryInstalledManifest.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "network/FetchUrl.h"
+#include "foundation/SafeReplace.h"
 
 #include <QByteArray>
 #include <QFile>

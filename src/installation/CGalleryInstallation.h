@@ -1,13 +1,13 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CGalleryCategory.h"
-#include "CGalleryInstallationMetaObserver.h"
-#include "CZoltaDirectoryPath.h"
-#include "RunJournal.h"
-#include "CZoltaFilePath.h"
-#include "FileLock.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/CGalleryInstallationMetaObserver.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "installation/RunJournal.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/FileLock.h"
+#include "foundation/ZoltaResult.h"
 
 #include <map>
 #include <memory>

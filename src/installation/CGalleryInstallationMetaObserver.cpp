@@ -1,4 +1,4 @@
-#include "CGalleryInstallationMetaObserver.h"
+#include "installation/CGalleryInstallationMetaObserver.h"
 
 #include <cmath>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "FetchUrl.h"
-#include "IGalleryInstallationObserver.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "network/FetchUrl.h"
+#include "installation/IGalleryInstallationObserver.h"
 
 class IProxyObserver;
 

@@ -1,11 +1,11 @@
 // The run of an installation: removals, fetches, installs, string packages, and the manifest.
-#include "CGalleryInstallation.h"
+#include "installation/CGalleryInstallation.h"
 
-#include "CGalleryI18N.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "PackagePrefetcher.h"
-#include "ZipHelpers.h"
+#include "gallery/CGalleryI18N.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "installation/PackagePrefetcher.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <algorithm>
 #include <cmath>

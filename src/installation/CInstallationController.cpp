@@ -1,11 +1,11 @@
-#include "CInstallationController.h"
+#include "installation/CInstallationController.h"
 
-#include "CConfiguration.h"
-#include "CGalleryInstallation.h"
-#include "FetchUrl.h"
-#include "IInstallationObserver.h"
-#include "QThreadWithLoop.h"
-#include "ZoltaAssert.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryInstallation.h"
+#include "network/FetchUrl.h"
+#include "installation/IInstallationObserver.h"
+#include "foundation/QThreadWithLoop.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QByteArray>
 #include <QDir>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaDirectoryPath.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaDirectoryPath.h"
 
 #include <memory>
 #include <vector>

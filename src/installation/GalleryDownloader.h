@@ -1,8 +1,8 @@
 #pragma once
 
-#include "FetchUrl.h"
-#include "IDownloader.h"
-#include "IProxyObserver.h"
+#include "network/FetchUrl.h"
+#include "network/IDownloader.h"
+#include "network/IProxyObserver.h"
 
 // The downloader handed to the parts of the program that know nothing of installation (the
 // self-update): each URL lands in a temporary file of its own, through the run's proxy.

@@ -1,7 +1,7 @@
 // Which string packages of a category a run applies, and in which order.
-#include "CGalleryInstallation.h"
+#include "installation/CGalleryInstallation.h"
 
-#include "GalleryLanguage.h"
+#include "gallery/GalleryLanguage.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "InstalledXmlWriter.h"
+#include "installation/InstalledXmlWriter.h"
 
-#include "SafeReplace.h"
+#include "foundation/SafeReplace.h"
 
-#include "CConfiguration.h"
-#include "CGalleryInstallation.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryInstallation.h"
 
 #include <tinyxml2.h>
 

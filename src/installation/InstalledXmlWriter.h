@@ -1,6 +1,6 @@
 #pragma once
 
-#include "IInstallationObserver.h"
+#include "installation/IInstallationObserver.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
-#include "PackagePrefetcher.h"
+#include "installation/PackagePrefetcher.h"
 
-#include "CGalleryInstallation.h"
-#include "CSettingsStore.h"
-#include "CZoltaDirectoryPath.h"
-#include "FetchUrl.h"
+#include "installation/CGalleryInstallation.h"
+#include "foundation/CSettingsStore.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "network/FetchUrl.h"
 
 #include <QCoreApplication>
 #include <QThread>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CZoltaFilePath.h"
-#include "SharedProxyCredentials.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaFilePath.h"
+#include "network/SharedProxyCredentials.h"
+#include "foundation/ZoltaResult.h"
 
 #include <QByteArray>
 

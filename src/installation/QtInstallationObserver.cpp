@@ -1,6 +1,6 @@
-#include "QtInstallationObserver.h"
+#include "installation/QtInstallationObserver.h"
 
-#include "CGalleryCategory.h"
+#include "installation/CGalleryCategory.h"
 
 QtInstallationObserver::QtInstallationObserver(QObject* parent) : QObject(parent)
 {

@@ -1,7 +1,7 @@
-#include "RunJournal.h"
+#include "installation/RunJournal.h"
 
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
 
 #include <QByteArray>
 #include <QFile>

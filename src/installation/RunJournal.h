@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
 
 #include <cstdio>
 

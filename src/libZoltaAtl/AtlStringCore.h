@@ -5,9 +5,9 @@
 // in their StringTraits below (and in their own sources, for the conversions); everything else
 // must behave the same for both, so a fault here is fixed for both.
 
-#include "CAtlString.h"
-#include "CAtlStringA.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <cctype>
 #include <cstdarg>

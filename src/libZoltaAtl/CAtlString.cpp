@@ -1,9 +1,9 @@
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
-#include "AtlStringCore.h"
-#include "CAtlStringA.h"
-#include "UniCharUtils.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/AtlStringCore.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "libZoltaAtl/UniCharUtils.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <cstddef>
 #include <cstring>

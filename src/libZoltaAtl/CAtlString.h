@@ -4,7 +4,7 @@
 // of the system travels as a CAtlString. Reference counts are plain integers: a string that
 // crosses threads must be copied by value first.
 
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 #include <QString>
 

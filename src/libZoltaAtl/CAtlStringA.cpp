@@ -1,9 +1,9 @@
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
-#include "AtlStringCore.h"
-#include "CAtlString.h"
-#include "UniCharUtils.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/AtlStringCore.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/UniCharUtils.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,6 +1,6 @@
-#include "UniCharUtils.h"
+#include "libZoltaAtl/UniCharUtils.h"
 
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <cstdint>
 #include <cstdlib>

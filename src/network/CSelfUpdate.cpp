@@ -1,8 +1,8 @@
-#include "CSelfUpdate.h"
+#include "network/CSelfUpdate.h"
 
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "ZoltaAssert.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CUpdateXmlReader.h"
-#include "IDownloader.h"
+#include "network/CUpdateXmlReader.h"
+#include "network/IDownloader.h"
 
 #include <memory>
 

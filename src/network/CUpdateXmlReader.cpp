@@ -1,6 +1,6 @@
-#include "CUpdateXmlReader.h"
+#include "network/CUpdateXmlReader.h"
 
-#include "SystemLocation.h"
+#include "foundation/SystemLocation.h"
 
 #include <QByteArray>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CVersionString.h"
+#include "configuration/CVersionString.h"
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 // The two documents that decide a self-update: the local one says which version is installed and
 // where the publisher keeps its document; the remote one says what is current and where the

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 // The narrow view of the proxy settings that one fetch works with: where to connect and how, with
 // which credentials, and the three callbacks the fetch makes. Kept apart from IProxyObserver so

@@ -1,7 +1,7 @@
-#include "FetchUrl.h"
+#include "network/FetchUrl.h"
 
-#include "ConnectionInfo.h"
-#include "QtDownloader.h"
+#include "network/ConnectionInfo.h"
+#include "network/QtDownloader.h"
 
 #include <QUrl>
 

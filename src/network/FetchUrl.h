@@ -1,11 +1,11 @@
 #pragma once
 
-#include "IProxyObserver.h"
+#include "network/IProxyObserver.h"
 
-#include "CZoltaFilePath.h"
-#include "ZoltaResult.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/ZoltaResult.h"
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 #include <QByteArray>
 

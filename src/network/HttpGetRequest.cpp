@@ -1,4 +1,4 @@
-#include "HttpGetRequest.h"
+#include "network/HttpGetRequest.h"
 
 #include <QAtomicInt>
 #include <QIODevice>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "HttpResponseParser.h"
+#include "network/HttpResponseParser.h"
 
 #include <QByteArray>
 #include <QNetworkProxy>

@@ -1,4 +1,4 @@
-#include "HttpResponseParser.h"
+#include "network/HttpResponseParser.h"
 
 #include <QList>
 

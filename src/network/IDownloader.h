@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaFilePath.h"
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 // One URL to one local file, for the parts of the program that know nothing of installation.
 class IDownloader

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 // What the download layer needs to know of the proxy, and whom it tells when the proxy asks for
 // credentials, when a fetch was given up, and how far the running fetch has come.

@@ -1,6 +1,6 @@
-#include "ProxyHandler.h"
+#include "network/ProxyHandler.h"
 
-#include "CSettingsStore.h"
+#include "foundation/CSettingsStore.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>

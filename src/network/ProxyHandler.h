@@ -1,8 +1,8 @@
 #pragma once
 
-#include "IProxyObserver.h"
+#include "network/IProxyObserver.h"
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 #include <functional>
 

@@ -1,6 +1,6 @@
-#include "QtDownloader.h"
+#include "network/QtDownloader.h"
 
-#include "QtEventLoopWorkaround.h"
+#include "foundation/QtEventLoopWorkaround.h"
 
 #include <QFile>
 #include <QStorageInfo>

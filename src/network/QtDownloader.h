@@ -1,12 +1,12 @@
 #pragma once
 
-#include "ConnectionInfo.h"
-#include "HttpGetRequest.h"
+#include "network/ConnectionInfo.h"
+#include "network/HttpGetRequest.h"
 
-#include "CZoltaFilePath.h"
-#include "ZoltaResult.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/ZoltaResult.h"
 
-#include "CAtlString.h"
+#include "libZoltaAtl/CAtlString.h"
 
 #include <QElapsedTimer>
 #include <QObject>

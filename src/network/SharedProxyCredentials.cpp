@@ -1,4 +1,4 @@
-#include "SharedProxyCredentials.h"
+#include "network/SharedProxyCredentials.h"
 
 void SharedProxyCredentials::Connection::GetProxy(CAtlString& host, int& port, CAtlString& user,
                                                   CAtlString& password)

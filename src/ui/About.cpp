@@ -1,10 +1,10 @@
-#include "About.h"
+#include "ui/About.h"
 
-#include "CConfiguration.h"
-#include "PanelSetup.h"
-#include "TranslatedHtml.h"
-#include "UiResources.h"
-#include "ZoltaAssert.h"
+#include "configuration/CConfiguration.h"
+#include "ui/PanelSetup.h"
+#include "ui/TranslatedHtml.h"
+#include "ui/UiResources.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 About::About(std::shared_ptr<CConfiguration> configuration, QWidget* parent)
     : QDialog(parent), m_configuration(std::move(configuration))

@@ -1,4 +1,4 @@
-#include "AboutWidget.h"
+#include "ui/AboutWidget.h"
 
 #include <QPainter>
 

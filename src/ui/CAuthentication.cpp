@@ -1,6 +1,6 @@
-#include "CAuthentication.h"
+#include "ui/CAuthentication.h"
 
-#include "CPasswordDialog.h"
+#include "ui/CPasswordDialog.h"
 
 #include <QApplication>
 #include <QFile>

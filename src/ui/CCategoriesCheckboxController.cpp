@@ -1,9 +1,9 @@
-#include "CCategoriesCheckboxController.h"
+#include "ui/CCategoriesCheckboxController.h"
 
-#include "CContentChooserCheckBox.h"
-#include "CGalleryCategory.h"
-#include "GalleryItemWrapper.h"
-#include "ITotalObserver.h"
+#include "ui/CContentChooserCheckBox.h"
+#include "installation/CGalleryCategory.h"
+#include "ui/GalleryItemWrapper.h"
+#include "ui/ITotalObserver.h"
 
 #include <QTreeWidgetItem>
 

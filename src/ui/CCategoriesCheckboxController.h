@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CContentChooserCheckboxController.h"
+#include "ui/CContentChooserCheckboxController.h"
 
 class ITotalObserver;
 

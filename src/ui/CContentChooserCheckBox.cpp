@@ -1,8 +1,8 @@
-#include "CContentChooserCheckBox.h"
+#include "ui/CContentChooserCheckBox.h"
 
-#include "CGalleryCategory.h"
-#include "GalleryItemWrapper.h"
-#include "IBoxObserver.h"
+#include "installation/CGalleryCategory.h"
+#include "ui/GalleryItemWrapper.h"
+#include "CheckBoxController/IBoxObserver.h"
 
 CContentChooserCheckBox::CContentChooserCheckBox(int id, IBoxObserver* observer)
     : CQtTreeCheckBox(id, observer)

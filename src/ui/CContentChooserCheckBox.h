@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CQtTreeCheckBox.h"
+#include "ui/CQtTreeCheckBox.h"
 
 #include <memory>
 

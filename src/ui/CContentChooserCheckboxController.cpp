@@ -1,7 +1,7 @@
-#include "CContentChooserCheckboxController.h"
+#include "ui/CContentChooserCheckboxController.h"
 
-#include "CContentChooserCheckBox.h"
-#include "ZoltaAssert.h"
+#include "ui/CContentChooserCheckBox.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 CContentChooserCheckboxController::CContentChooserCheckboxController() = default;
 

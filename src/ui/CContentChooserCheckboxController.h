@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CHeckBoxController.h"
+#include "CheckBoxController/CHeckBoxController.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "CPasswordDialog.h"
+#include "ui/CPasswordDialog.h"
 
 #include "ui_CPasswordDialog.h"
 

@@ -1,6 +1,6 @@
-#include "CQtCheckBox.h"
+#include "ui/CQtCheckBox.h"
 
-#include "CQtTreeCheckBox.h"
+#include "ui/CQtTreeCheckBox.h"
 
 #include <QCheckBox>
 

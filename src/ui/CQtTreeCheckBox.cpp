@@ -1,4 +1,4 @@
-#include "CQtTreeCheckBox.h"
+#include "ui/CQtTreeCheckBox.h"
 
 #include <QTreeWidget>
 #include <QTreeWidgetItem>

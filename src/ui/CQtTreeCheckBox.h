@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CHeckBox.h"
+#include "CheckBoxController/CHeckBox.h"
 
 #include <QObject>
 

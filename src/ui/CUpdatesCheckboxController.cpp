@@ -1,8 +1,8 @@
-#include "CUpdatesCheckboxController.h"
+#include "ui/CUpdatesCheckboxController.h"
 
-#include "CContentChooserCheckBox.h"
-#include "CGalleryCategory.h"
-#include "GalleryItemWrapper.h"
+#include "ui/CContentChooserCheckBox.h"
+#include "installation/CGalleryCategory.h"
+#include "ui/GalleryItemWrapper.h"
 
 CUpdatesCheckboxController::CUpdatesCheckboxController() = default;
 

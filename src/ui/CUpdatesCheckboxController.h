@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CContentChooserCheckboxController.h"
+#include "ui/CContentChooserCheckboxController.h"
 
 // The tree of updates. A row shows only while its category is installed, has an update, is not
 // marked for removal and the source can be reached.

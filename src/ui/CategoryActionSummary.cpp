@@ -1,6 +1,6 @@
-#include "CategoryActionSummary.h"
+#include "ui/CategoryActionSummary.h"
 
-#include "CGalleryCategory.h"
+#include "installation/CGalleryCategory.h"
 
 #include <QCoreApplication>
 

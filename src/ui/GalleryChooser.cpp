@@ -1,10 +1,10 @@
-#include "GalleryChooser.h"
+#include "ui/GalleryChooser.h"
 
-#include "CConfiguration.h"
-#include "MetaDataXml.h"
-#include "Output.h"
-#include "UiResources.h"
-#include "ZoltaAssert.h"
+#include "configuration/CConfiguration.h"
+#include "configuration/MetaDataXml.h"
+#include "ui/Output.h"
+#include "ui/UiResources.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QFileDialog>
 #include <QMessageBox>

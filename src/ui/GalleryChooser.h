@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CGalleryRepositoryEntry.h"
+#include "configuration/CGalleryRepositoryEntry.h"
 #include "ui_GalleryChooser.h"
 
 #include <QDialog>

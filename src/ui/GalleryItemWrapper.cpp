@@ -1,7 +1,7 @@
-#include "GalleryItemWrapper.h"
+#include "ui/GalleryItemWrapper.h"
 
-#include "CGalleryCategory.h"
-#include "ZoltaAssert.h"
+#include "installation/CGalleryCategory.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 GalleryItemWrapper::GalleryItemWrapper(CGalleryCategory* category)
     : m_category(category)

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CCategoriesCheckboxController.h"
-#include "CUpdatesCheckboxController.h"
-#include "IInstallationObserver.h"
-#include "ITotalObserver.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "ui/CCategoriesCheckboxController.h"
+#include "ui/CUpdatesCheckboxController.h"
+#include "installation/IInstallationObserver.h"
+#include "ui/ITotalObserver.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

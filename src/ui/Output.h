@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 #include <QString>
 

@@ -1,8 +1,8 @@
-#include "PanelSetup.h"
+#include "ui/PanelSetup.h"
 
-#include "AboutWidget.h"
-#include "CConfiguration.h"
-#include "UiResources.h"
+#include "ui/AboutWidget.h"
+#include "configuration/CConfiguration.h"
+#include "ui/UiResources.h"
 
 #include <QFile>
 #include <QTextStream>

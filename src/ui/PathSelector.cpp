@@ -1,6 +1,6 @@
-#include "PathSelector.h"
+#include "ui/PathSelector.h"
 
-#include "CZoltaDirectoryPath.h"
+#include "foundation/CZoltaDirectoryPath.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,9 +1,9 @@
-#include "ProgressDlg.h"
+#include "ui/ProgressDlg.h"
 
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "QtInstallationObserver.h"
-#include "UiResources.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "installation/QtInstallationObserver.h"
+#include "ui/UiResources.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "IGalleryInstallationObserver.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "installation/IGalleryInstallationObserver.h"
 #include "ui_ProgressDlg.h"
 
 #include <QDialog>

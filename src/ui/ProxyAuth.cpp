@@ -1,4 +1,4 @@
-#include "ProxyAuth.h"
+#include "ui/ProxyAuth.h"
 
 #include "ui_ProxyAuth.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProxyHandler.h"
+#include "network/ProxyHandler.h"
 
 #include <QDialog>
 #include <QString>

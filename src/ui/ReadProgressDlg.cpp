@@ -1,12 +1,12 @@
-#include "ReadProgressDlg.h"
+#include "ui/ReadProgressDlg.h"
 
-#include "CConfiguration.h"
-#include "PanelSetup.h"
-#include "ProgressDlg.h"
-#include "QtInstallationObserver.h"
-#include "TranslatedHtml.h"
+#include "configuration/CConfiguration.h"
+#include "ui/PanelSetup.h"
+#include "ui/ProgressDlg.h"
+#include "installation/QtInstallationObserver.h"
+#include "ui/TranslatedHtml.h"
 #include "ui_ReadProgressDlg.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QCloseEvent>
 #include <QScreen>

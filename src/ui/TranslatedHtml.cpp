@@ -1,4 +1,4 @@
-#include "TranslatedHtml.h"
+#include "ui/TranslatedHtml.h"
 
 #include <QObject>
 

@@ -1,11 +1,11 @@
-#include "WaitForCDDlg.h"
+#include "ui/WaitForCDDlg.h"
 
-#include "CConfiguration.h"
-#include "CInstallationController.h"
-#include "GalleryChooser.h"
-#include "PanelSetup.h"
-#include "UiResources.h"
-#include "ZoltaAssert.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CInstallationController.h"
+#include "ui/GalleryChooser.h"
+#include "ui/PanelSetup.h"
+#include "ui/UiResources.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <QFileDialog>
 #include <QTimer>

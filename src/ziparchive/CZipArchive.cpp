@@ -1,11 +1,11 @@
-#include "CZipArchive.h"
+#include "ziparchive/CZipArchive.h"
 
-#include "CZipAutoBuffer.h"
-#include "CZipException.h"
-#include "CZipFile.h"
-#include "CZipPathComponent.h"
-#include "ZipBytes.h"
-#include "ZipPlatform.h"
+#include "ziparchive/CZipAutoBuffer.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/CZipFile.h"
+#include "ziparchive/CZipPathComponent.h"
+#include "ziparchive/ZipBytes.h"
+#include "ziparchive/ZipPlatform.h"
 
 #include <algorithm>
 #include <cassert>

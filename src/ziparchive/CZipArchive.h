@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CZipCentralDir.h"
-#include "CZipFileHeader.h"
+#include "ziparchive/CZipCentralDir.h"
+#include "ziparchive/CZipFileHeader.h"
 
 #include <zlib.h>
 

@@ -1,10 +1,10 @@
-#include "CZipCentralDir.h"
+#include "ziparchive/CZipCentralDir.h"
 
-#include "CZipAbstractFile.h"
-#include "CZipAutoBuffer.h"
-#include "CZipException.h"
-#include "CZipPathComponent.h"
-#include "ZipBytes.h"
+#include "ziparchive/CZipAbstractFile.h"
+#include "ziparchive/CZipAutoBuffer.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/CZipPathComponent.h"
+#include "ziparchive/ZipBytes.h"
 
 #include <algorithm>
 #include <cerrno>

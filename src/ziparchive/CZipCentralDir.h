@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CZipFileHeader.h"
+#include "ziparchive/CZipFileHeader.h"
 
 #include <cstdint>
 #include <string>

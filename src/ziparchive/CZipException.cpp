@@ -1,4 +1,4 @@
-#include "CZipException.h"
+#include "ziparchive/CZipException.h"
 
 #include <zlib.h>
 

@@ -1,6 +1,6 @@
-#include "CZipFile.h"
+#include "ziparchive/CZipFile.h"
 
-#include "CZipException.h"
+#include "ziparchive/CZipException.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CZipAbstractFile.h"
+#include "ziparchive/CZipAbstractFile.h"
 
 // A file on disk through a POSIX descriptor.
 class CZipFile : public CZipAbstractFile

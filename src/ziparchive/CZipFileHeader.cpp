@@ -1,10 +1,10 @@
-#include "CZipFileHeader.h"
+#include "ziparchive/CZipFileHeader.h"
 
-#include "CZipAbstractFile.h"
-#include "CZipException.h"
-#include "CZipPathComponent.h"
-#include "ZipBytes.h"
-#include "ZipPlatform.h"
+#include "ziparchive/CZipAbstractFile.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/CZipPathComponent.h"
+#include "ziparchive/ZipBytes.h"
+#include "ziparchive/ZipPlatform.h"
 
 #include <sys/stat.h>
 

@@ -1,6 +1,6 @@
-#include "CZipMemFile.h"
+#include "ziparchive/CZipMemFile.h"
 
-#include "CZipException.h"
+#include "ziparchive/CZipException.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CZipAbstractFile.h"
+#include "ziparchive/CZipAbstractFile.h"
 
 // A growing block of memory used as a file. It either owns its block (from malloc, so that Detach
 // can hand it to a caller who frees it), or reads a caller's block without copying it.

@@ -1,6 +1,6 @@
-#include "CZipPathComponent.h"
+#include "ziparchive/CZipPathComponent.h"
 
-#include "ZipPlatform.h"
+#include "ziparchive/ZipPlatform.h"
 
 #include <cwctype>
 

@@ -1,10 +1,10 @@
-#include "ZipHelpers.h"
+#include "ziparchive/ZipHelpers.h"
 
-#include "CZipArchive.h"
-#include "CZipException.h"
-#include "CZipMemFile.h"
-#include "CZipPathComponent.h"
-#include "ZipPlatform.h"
+#include "ziparchive/CZipArchive.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/CZipMemFile.h"
+#include "ziparchive/CZipPathComponent.h"
+#include "ziparchive/ZipPlatform.h"
 
 #include <algorithm>
 #include <cerrno>

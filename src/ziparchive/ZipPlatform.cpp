@@ -1,6 +1,6 @@
-#include "ZipPlatform.h"
+#include "ziparchive/ZipPlatform.h"
 
-#include "CZipException.h"
+#include "ziparchive/CZipException.h"
 
 #include <atomic>
 #include <cassert>

@@ -1,6 +1,6 @@
 // The widget-free check-box model: clicks, pushes from parents and recomputation of parents.
 
-#include "CHeckBoxController.h"
+#include "CheckBoxController/CHeckBoxController.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "CApplicationFactory.h"
-#include "CConfiguration.h"
-#include "CWorkFlow.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "app/CApplicationFactory.h"
+#include "configuration/CConfiguration.h"
+#include "app/CWorkFlow.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "CLIProgress.h"
+#include "app/CLIProgress.h"
 
 #include <gtest/gtest.h>
 

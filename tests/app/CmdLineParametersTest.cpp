@@ -1,6 +1,6 @@
-#include "CCmdLineContext.h"
-#include "CmdLineParameters.h"
-#include "TestText.h"
+#include "app/CCmdLineContext.h"
+#include "app/CmdLineParameters.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "CCmdLineContext.h"
-#include "CCmdLineParser.h"
-#include "CmdLineParameters.h"
-#include "TestText.h"
+#include "app/CCmdLineContext.h"
+#include "app/CCmdLineParser.h"
+#include "app/CmdLineParameters.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

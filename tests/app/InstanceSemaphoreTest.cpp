@@ -1,5 +1,5 @@
-#include "CInstanceSemaphore.h"
-#include "TestEnvironment.h"
+#include "app/CInstanceSemaphore.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

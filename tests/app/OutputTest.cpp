@@ -1,4 +1,4 @@
-#include "Output.h"
+#include "ui/Output.h"
 
 #include <gtest/gtest.h>
 

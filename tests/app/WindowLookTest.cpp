@@ -1,5 +1,5 @@
-#include "CApplicationFactory.h"
-#include "StartupSteps.h"
+#include "app/CApplicationFactory.h"
+#include "app/StartupSteps.h"
 
 #include <QApplication>
 #include <QIcon>

@@ -1,13 +1,13 @@
 // The window-based steps of the work flows over the real engine and a copy of the sample source.
-#include "CCmdLineContext.h"
-#include "CConfiguration.h"
-#include "CGalleryCategory.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "CWorkFlow.h"
-#include "ModalAnswerer.h"
-#include "Output.h"
-#include "TestEnvironment.h"
+#include "app/CCmdLineContext.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "app/CWorkFlow.h"
+#include "support/ModalAnswerer.h"
+#include "ui/Output.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

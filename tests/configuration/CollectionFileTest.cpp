@@ -1,7 +1,7 @@
-#include "CConfiguration.h"
+#include "configuration/CConfiguration.h"
 
 #include "CollectionFixture.h"
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "CollectionFixture.h"
 
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
 #include <cstdlib>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TestText.h"
+#include "support/TestText.h"
 
 #include <QString>
 

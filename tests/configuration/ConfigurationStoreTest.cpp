@@ -1,8 +1,8 @@
-#include "CConfiguration.h"
-#include "CSettingsStore.h"
+#include "configuration/CConfiguration.h"
+#include "foundation/CSettingsStore.h"
 
 #include "CollectionFixture.h"
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

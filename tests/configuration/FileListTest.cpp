@@ -1,9 +1,9 @@
-#include "CAutoDirectoryDestructor.h"
-#include "FileList.h"
-#include "MetaDataXml.h"
+#include "configuration/CAutoDirectoryDestructor.h"
+#include "configuration/FileList.h"
+#include "configuration/MetaDataXml.h"
 
 #include "CollectionFixture.h"
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

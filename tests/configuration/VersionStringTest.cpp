@@ -1,4 +1,4 @@
-#include "CVersionString.h"
+#include "configuration/CVersionString.h"
 
 #include "CollectionFixture.h"
 

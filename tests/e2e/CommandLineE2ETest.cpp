@@ -1,7 +1,7 @@
 // The command line of the real binary: usage text, complaints and exit codes. Every run here is
 // on a machine without any display, where Qt must say nothing of its own.
-#include "RunBinary.h"
-#include "TestEnvironment.h"
+#include "support/RunBinary.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Nothing lost, nothing falsely reported: user files in and beside a gallery, full disks, damaged
 // and hostile packages, a second run on the same gallery, leftovers of killed runs.
-#include "E2EGallery.h"
-#include "FileLock.h"
-#include "GallerySourceBuilder.h"
-#include "TestEnvironment.h"
-#include "ZipTestSupport.h"
+#include "support/E2EGallery.h"
+#include "foundation/FileLock.h"
+#include "support/GallerySourceBuilder.h"
+#include "support/TestEnvironment.h"
+#include "support/ZipTestSupport.h"
 
 #include <gtest/gtest.h>
 

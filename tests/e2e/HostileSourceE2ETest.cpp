@@ -1,10 +1,10 @@
 // Sources that misbehave, seen from the console: the server given is the one asked, every failed
 // file says why on standard error, the download modes count their failures in the exit code, and
 // nothing a source names reaches the terminal unescaped.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
-#include "ZipTestSupport.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
+#include "support/ZipTestSupport.h"
 
 #include <gtest/gtest.h>
 

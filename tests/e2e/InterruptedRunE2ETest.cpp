@@ -1,6 +1,6 @@
-#include "E2EGallery.h"
-#include "GallerySourceBuilder.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/GallerySourceBuilder.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Several packages fetched at once (the user setting ParallelDownloads) change nothing of what a
 // run prints: the same lines in the same order as one fetch after another, a failure included.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

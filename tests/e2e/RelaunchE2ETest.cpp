@@ -1,7 +1,7 @@
 // The window-based runs start the program again through a privilege tool. Fake tools on a
 // scratch PATH stand in for the desktop's.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

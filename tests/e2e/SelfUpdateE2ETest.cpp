@@ -2,18 +2,18 @@
 // a loopback server; the installer is a script that records its argument and starts the real binary
 // with it, and that run carries out the command line kept for it.
 
-#include "E2EGallery.h"
-#include "ModalAnswerer.h"
-#include "ScratchUpdate.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/ModalAnswerer.h"
+#include "support/ScratchUpdate.h"
+#include "support/TestEnvironment.h"
 
-#include "CApplicationFactory.h"
-#include "CConfiguration.h"
-#include "CProgramIdentity.h"
-#include "CWorkFlow.h"
-#include "GalleryDownloader.h"
-#include "Output.h"
-#include "QtEventProxy.h"
+#include "app/CApplicationFactory.h"
+#include "configuration/CConfiguration.h"
+#include "app/CProgramIdentity.h"
+#include "app/CWorkFlow.h"
+#include "installation/GalleryDownloader.h"
+#include "ui/Output.h"
+#include "foundation/QtEventProxy.h"
 
 #include <QDeadlineTimer>
 #include <QFileOpenEvent>

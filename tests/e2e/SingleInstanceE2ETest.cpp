@@ -1,8 +1,8 @@
 // Two runs of the same binary exclude each other. To keep a first run alive inside its locked
 // section, its standard output is a pipe that is already full: the run takes the lock, then
 // blocks writing the usage text until the test drains the pipe or kills it.
-#include "RunBinary.h"
-#include "TestEnvironment.h"
+#include "support/RunBinary.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,14 +1,14 @@
 // A German desktop sees German windows while standard error stays English. LANG is read once per
 // process, so the checks run in a child of this test started under LANG=de_DE.UTF-8.
 
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
-#include "CApplicationFactory.h"
-#include "CPasswordDialog.h"
-#include "LanguageSettings.h"
-#include "ModalAnswerer.h"
-#include "Output.h"
+#include "app/CApplicationFactory.h"
+#include "ui/CPasswordDialog.h"
+#include "foundation/LanguageSettings.h"
+#include "support/ModalAnswerer.h"
+#include "ui/Output.h"
 
 #include <QFileInfo>
 #include <QLabel>

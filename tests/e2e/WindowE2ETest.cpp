@@ -1,7 +1,7 @@
 // The window-based program on a real X display (Xvfb), driven with xdotool as a user would; the
 // gallery on disc tells the result.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

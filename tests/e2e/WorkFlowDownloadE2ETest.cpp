@@ -1,7 +1,7 @@
 // --downloadall and --downloadsome: a local copy of a server's gallery data that later serves
 // as -source, the tidy-up of the copy, and the refusals of both modes.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Installs from a loopback HTTP server: the connection check, an unreachable server, a URL given
 // as -source, and the road through a proxy that wants Basic credentials.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

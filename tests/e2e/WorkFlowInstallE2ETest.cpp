@@ -1,8 +1,8 @@
 // --installall and --installsome from a local folder: what lands in the gallery, what is
 // printed on which stream, and every refusal before the engine runs.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
-#include "ZipHelpers.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // --uninstall and --register: what goes, what stays, what the settings store holds, and the
 // refusals of both, with a gallery named by its collection or by its GUID.
-#include "E2EGallery.h"
-#include "TestEnvironment.h"
+#include "support/E2EGallery.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

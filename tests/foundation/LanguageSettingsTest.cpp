@@ -1,8 +1,8 @@
-#include "CSettingsStore.h"
-#include "CZOLTALanguageSettingsCache.h"
-#include "LanguageSettings.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "foundation/CSettingsStore.h"
+#include "foundation/CZOLTALanguageSettingsCache.h"
+#include "foundation/LanguageSettings.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

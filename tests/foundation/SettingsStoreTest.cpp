@@ -1,6 +1,6 @@
-#include "CSettingsStore.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "foundation/CSettingsStore.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

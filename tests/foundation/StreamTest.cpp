@@ -1,11 +1,11 @@
-#include "CComPtr.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
-#include "ZoltaBufferStream.h"
-#include "ZoltaFileStreams.h"
-#include "ZoltaStreamHelpers.h"
+#include "foundation/CComPtr.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
+#include "foundation/ZoltaBufferStream.h"
+#include "foundation/ZoltaFileStreams.h"
+#include "foundation/ZoltaStreamHelpers.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>

@@ -1,8 +1,8 @@
-#include "CQtGalleryThreadBase.h"
-#include "QThreadWithLoop.h"
-#include "QtEventLoopWorkaround.h"
-#include "QtEventProxy.h"
-#include "WaitWithQtEvents.h"
+#include "foundation/CQtGalleryThreadBase.h"
+#include "foundation/QThreadWithLoop.h"
+#include "foundation/QtEventLoopWorkaround.h"
+#include "foundation/QtEventProxy.h"
+#include "foundation/WaitWithQtEvents.h"
 
 #include <QCoreApplication>
 #include <QEvent>

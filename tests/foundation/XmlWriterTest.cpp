@@ -1,12 +1,12 @@
-#include "CAtlStringA.h"
-#include "CComPtr.h"
-#include "CZoltaFilePath.h"
-#include "IZOLTAXMLWriter.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
-#include "ZOLTAXMLWriter.h"
-#include "ZoltaFileStreams.h"
-#include "ZoltaStreamBase.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "foundation/CComPtr.h"
+#include "foundation/CZoltaFilePath.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
+#include "foundation/ZOLTAXMLWriter.h"
+#include "foundation/ZoltaFileStreams.h"
+#include "foundation/ZoltaStreamBase.h"
 
 #include <gtest/gtest.h>
 

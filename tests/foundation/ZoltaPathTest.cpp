@@ -1,7 +1,7 @@
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

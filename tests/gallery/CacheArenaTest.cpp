@@ -1,6 +1,6 @@
 // A cache image is read in one walk when its objects fit the first guess of room, and in a
 // counting walk and a building one when they do not: both give the tree that was written.
-#include "ManifestCache.h"
+#include "gallery/cache/ManifestCache.h"
 #include "ManifestTestTree.h"
 
 #include <gtest/gtest.h>

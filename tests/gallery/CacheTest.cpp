@@ -1,6 +1,6 @@
-#include "GalleryPlaces.h"
-#include "GalleryText.h"
-#include "ManifestCache.h"
+#include "gallery/GalleryPlaces.h"
+#include "gallery/GalleryText.h"
+#include "gallery/cache/ManifestCache.h"
 #include "ManifestTestTree.h"
 
 #include <gtest/gtest.h>

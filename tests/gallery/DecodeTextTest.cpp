@@ -1,5 +1,5 @@
-#include "CAtlString.h"
-#include "ZOLTASaxDecodeText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "CSettingsStore.h"
-#include "CGalleryMultiproc.h"
-#include "GalleryIdentifiers.h"
-#include "GalleryInitializeThread.h"
-#include "GalleryLibrary.h"
-#include "GalleryPlaces.h"
-#include "ManifestCache.h"
+#include "foundation/CSettingsStore.h"
+#include "gallery/CGalleryMultiproc.h"
+#include "gallery/GalleryIdentifiers.h"
+#include "gallery/GalleryInitializeThread.h"
+#include "gallery/GalleryLibrary.h"
+#include "gallery/GalleryPlaces.h"
+#include "gallery/cache/ManifestCache.h"
 #include "ManifestTestTree.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "CGalleryI18N.h"
+#include "gallery/CGalleryI18N.h"
 #include "ManifestTestTree.h"
-#include "ZipHelpers.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "CAtlString.h"
-#include "GalleryLanguage.h"
-#include "GalleryText.h"
-#include "LanguageStringBlock.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/GalleryLanguage.h"
+#include "gallery/GalleryText.h"
+#include "gallery/LanguageStringBlock.h"
 
 #include <gtest/gtest.h>
 

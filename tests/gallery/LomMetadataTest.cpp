@@ -1,13 +1,13 @@
-#include "CAtlStringA.h"
-#include "CGalleryMetadata.h"
-#include "CZoltaDirectoryPath.h"
-#include "GalleryLanguage.h"
-#include "GalleryUtf8.h"
-#include "IZOLTAXMLWriter.h"
-#include "LomMetadata.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "gallery/CGalleryMetadata.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "gallery/GalleryLanguage.h"
+#include "gallery/GalleryUtf8.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "gallery/lom/LomMetadata.h"
 #include "ManifestTestTree.h"
-#include "TestEnvironment.h"
-#include "ZipHelpers.h"
+#include "support/TestEnvironment.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <tinyxml2.h>
 

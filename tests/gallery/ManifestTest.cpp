@@ -1,7 +1,7 @@
-#include "CGalleryInstalledManifest.h"
-#include "IGalleryManifestOpenObserver.h"
+#include "gallery/CGalleryInstalledManifest.h"
+#include "gallery/IGalleryManifestOpenObserver.h"
 #include "ManifestTestTree.h"
-#include "ZipHelpers.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <gtest/gtest.h>
 

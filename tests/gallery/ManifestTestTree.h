@@ -2,17 +2,17 @@
 
 // Small builders and views of gallery trees for the manifest tests.
 
-#include "CAtlString.h"
-#include "CAtlStringA.h"
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "IZOLTAXMLWriter.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <QString>
 

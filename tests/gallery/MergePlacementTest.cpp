@@ -1,8 +1,8 @@
 // How content files reach the gallery: moved out of a temporary extraction, copied from a folder
 // package, and never through a link that stands in the gallery.
-#include "GalleryContentFiles.h"
+#include "gallery/GalleryContentFiles.h"
 #include "ManifestTestTree.h"
-#include "ZipHelpers.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <gtest/gtest.h>
 

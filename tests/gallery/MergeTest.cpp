@@ -1,4 +1,4 @@
-#include "CGalleryMergeIndex.h"
+#include "gallery/CGalleryMergeIndex.h"
 #include "ManifestTestTree.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "SaxRecorder.h"
-#include "TestEnvironment.h"
-#include "ZOLTASaxParser.h"
+#include "support/TestEnvironment.h"
+#include "gallery/sax/ZOLTASaxParser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZOLTASaxContentHandler.h"
+#include "gallery/sax/ZOLTASaxContentHandler.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
-#include "CGalleryInstallation.h"
-#include "GallerySourceBuilder.h"
+#include "installation/CGalleryInstallation.h"
+#include "support/GallerySourceBuilder.h"
 #include "ProgressRecorder.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
-#include "CConfiguration.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "GallerySourceBuilder.h"
-#include "IInstallationObserver.h"
-#include "InstalledXmlWriter.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "support/GallerySourceBuilder.h"
+#include "installation/IInstallationObserver.h"
+#include "installation/InstalledXmlWriter.h"
 #include "ProgressRecorder.h"
-#include "QtInstallationObserver.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "installation/QtInstallationObserver.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <QCoreApplication>
 #include <QThread>

@@ -1,9 +1,9 @@
-#include "CGalleryInstallation.h"
-#include "GallerySourceBuilder.h"
-#include "LocalHttpServer.h"
+#include "installation/CGalleryInstallation.h"
+#include "support/GallerySourceBuilder.h"
+#include "support/LocalHttpServer.h"
 #include "ProgressRecorder.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "CGalleryInstallation.h"
-#include "GallerySourceBuilder.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "installation/CGalleryInstallation.h"
+#include "support/GallerySourceBuilder.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "CGalleryInstallation.h"
-#include "CGalleryManifest.h"
-#include "CGalleryManifestIO.h"
-#include "GallerySourceBuilder.h"
+#include "installation/CGalleryInstallation.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "support/GallerySourceBuilder.h"
 #include "ProgressRecorder.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
 #include <gtest/gtest.h>
 

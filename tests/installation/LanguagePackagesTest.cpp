@@ -1,7 +1,7 @@
-#include "CGalleryInstallation.h"
-#include "CGalleryInstalledManifest.h"
-#include "GallerySourceBuilder.h"
-#include "TestEnvironment.h"
+#include "installation/CGalleryInstallation.h"
+#include "gallery/CGalleryInstalledManifest.h"
+#include "support/GallerySourceBuilder.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 #include <tinyxml2.h>

@@ -1,14 +1,14 @@
 // Several packages on their way at once over HTTP: failures stay with their files and in their
 // place, a proxy's request for credentials is answered once for all connections, and a cancel
 // stops every transfer at once without leaving part of a file.
-#include "CGalleryInstallation.h"
-#include "CSettingsStore.h"
-#include "GallerySourceBuilder.h"
-#include "IProxyObserver.h"
-#include "LocalHttpServer.h"
-#include "PackagePrefetcher.h"
+#include "installation/CGalleryInstallation.h"
+#include "foundation/CSettingsStore.h"
+#include "support/GallerySourceBuilder.h"
+#include "network/IProxyObserver.h"
+#include "support/LocalHttpServer.h"
+#include "installation/PackagePrefetcher.h"
 #include "ProgressRecorder.h"
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

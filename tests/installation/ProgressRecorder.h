@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CGalleryCategory.h"
-#include "IGalleryInstallationObserver.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/IGalleryInstallationObserver.h"
 
 #include <mutex>
 #include <string>

@@ -1,7 +1,7 @@
-#include "CGalleryInstallation.h"
-#include "GallerySourceBuilder.h"
-#include "RunJournal.h"
-#include "TestEnvironment.h"
+#include "installation/CGalleryInstallation.h"
+#include "support/GallerySourceBuilder.h"
+#include "installation/RunJournal.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

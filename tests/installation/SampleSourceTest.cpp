@@ -2,16 +2,16 @@
 // controller as the console install does it. Expectations are read from the sample itself: the
 // categories document and its string catalogues.
 
-#include "CConfiguration.h"
-#include "CGalleryI18N.h"
-#include "CGalleryInstallation.h"
-#include "CGalleryManifestIO.h"
-#include "CInstallationController.h"
-#include "InstalledXmlWriter.h"
+#include "configuration/CConfiguration.h"
+#include "gallery/CGalleryI18N.h"
+#include "installation/CGalleryInstallation.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "installation/CInstallationController.h"
+#include "installation/InstalledXmlWriter.h"
 #include "ProgressRecorder.h"
-#include "TestEnvironment.h"
-#include "TestText.h"
-#include "ZipTestSupport.h"
+#include "support/TestEnvironment.h"
+#include "support/TestText.h"
+#include "support/ZipTestSupport.h"
 
 #include <QProcess>
 #include <QStandardPaths>

@@ -1,8 +1,8 @@
 // CAtlStringA: the 8-bit class, where it differs from the wide one and how it converts.
 
 #include "AssertionPattern.h"
-#include "CAtlString.h"
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 #include <QString>
 

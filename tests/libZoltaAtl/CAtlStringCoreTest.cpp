@@ -3,8 +3,8 @@
 // for CAtlString and CAtlStringA; where they differ deliberately, see their own test files.
 
 #include "AssertionPattern.h"
-#include "CAtlString.h"
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 // substring, MakeReverse's narrowing and "%s" taking a wide string.
 
 #include "AssertionPattern.h"
-#include "CAtlString.h"
-#include "CAtlStringA.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 #include <QString>
 

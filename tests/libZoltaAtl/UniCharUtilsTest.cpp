@@ -1,7 +1,7 @@
 // UTF-8 <-> 32-bit conversions and their length rules.
 
 #include "AssertionPattern.h"
-#include "UniCharUtils.h"
+#include "libZoltaAtl/UniCharUtils.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
 // The contract checks stay on in every build type and say what failed and where.
 
 #include "AssertionPattern.h"
-#include "ZoltaAssert.h"
+#include "libZoltaAtl/ZoltaAssert.h"
 
 #include <gtest/gtest.h>
 

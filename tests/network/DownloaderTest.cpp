@@ -1,18 +1,18 @@
 // The downloader against real loopback servers: python's http.server for the normal road, and a
 // scripted server for replies that go wrong.
 
-#include "LoopbackServers.h"
-#include "TestEnvironment.h"
+#include "support/LoopbackServers.h"
+#include "support/TestEnvironment.h"
 
-#include "ConnectionInfo.h"
-#include "CZoltaDirectoryPath.h"
-#include "FetchUrl.h"
-#include "HttpGetRequest.h"
-#include "ProxyHandler.h"
-#include "QtDownloader.h"
+#include "network/ConnectionInfo.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "network/FetchUrl.h"
+#include "network/HttpGetRequest.h"
+#include "network/ProxyHandler.h"
+#include "network/QtDownloader.h"
 
-#include "QThreadWithLoop.h"
-#include "WaitWithQtEvents.h"
+#include "foundation/QThreadWithLoop.h"
+#include "foundation/WaitWithQtEvents.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 // The response reader, fed the same replies in pieces of every size.
 
-#include "HttpResponseParser.h"
+#include "network/HttpResponseParser.h"
 
 #include <gtest/gtest.h>
 

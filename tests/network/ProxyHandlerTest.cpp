@@ -1,11 +1,11 @@
 // ProxyHandler: its two stored values, and when it hands out credentials or asks for them.
 
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
-#include "ProxyHandler.h"
+#include "network/ProxyHandler.h"
 
-#include "CSettingsStore.h"
-#include "QThreadWithLoop.h"
+#include "foundation/CSettingsStore.h"
+#include "foundation/QThreadWithLoop.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,11 +1,11 @@
 // Fetches through a real HTTP proxy (tinyproxy) that wants Basic credentials.
 
-#include "LoopbackServers.h"
-#include "TestEnvironment.h"
+#include "support/LoopbackServers.h"
+#include "support/TestEnvironment.h"
 
-#include "FetchUrl.h"
-#include "ProxyHandler.h"
-#include "QtDownloader.h"
+#include "network/FetchUrl.h"
+#include "network/ProxyHandler.h"
+#include "network/QtDownloader.h"
 
 #include <QNetworkProxy>
 

@@ -1,12 +1,12 @@
 // The update check and the installer's fetch against a loopback server: which rows decide, when
 // the network is asked at all, and what becomes of a fetched installer.
 
-#include "LoopbackServers.h"
-#include "ScratchUpdate.h"
-#include "TestEnvironment.h"
+#include "support/LoopbackServers.h"
+#include "support/ScratchUpdate.h"
+#include "support/TestEnvironment.h"
 
-#include "CSelfUpdate.h"
-#include "FetchUrl.h"
+#include "network/CSelfUpdate.h"
+#include "network/FetchUrl.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "GallerySourceBuilder.h"
 
 #include "TestEnvironment.h"
-#include "CGalleryManifestIO.h"
-#include "ZipHelpers.h"
+#include "gallery/CGalleryManifestIO.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CSelfUpdate.h"
+#include "network/CSelfUpdate.h"
 
 #include <QCryptographicHash>
 

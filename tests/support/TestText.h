@@ -3,9 +3,9 @@
 // Text and paths in the forms the tests compare: UTF-8 std::string on the test side, CAtlString
 // and the path classes on the program's side.
 
-#include "CAtlString.h"
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
 
 #include <QString>
 

@@ -3,8 +3,8 @@
 // Shared pieces of the archive tests: a raw archive writer that does not use the code under test
 // (so hostile and damaged archives can be made byte by byte), tree comparison, and tool runs.
 
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
 #include "TestEnvironment.h"
 #include "TestText.h"
 

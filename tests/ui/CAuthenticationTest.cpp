@@ -1,6 +1,6 @@
-#include "CAuthentication.h"
-#include "CPasswordDialog.h"
-#include "TestEnvironment.h"
+#include "ui/CAuthentication.h"
+#include "ui/CPasswordDialog.h"
+#include "support/TestEnvironment.h"
 
 #include <QApplication>
 #include <QLineEdit>

@@ -2,13 +2,13 @@
 // reads from a copy of the bundled sample source with "Animals" and "Maps" installed and a newer
 // "Animals" offered.
 
-#include "CCategoriesCheckboxController.h"
-#include "CContentChooserCheckBox.h"
-#include "CGalleryInstallation.h"
-#include "CUpdatesCheckboxController.h"
-#include "GalleryItemWrapper.h"
-#include "ITotalObserver.h"
-#include "TestEnvironment.h"
+#include "ui/CCategoriesCheckboxController.h"
+#include "ui/CContentChooserCheckBox.h"
+#include "installation/CGalleryInstallation.h"
+#include "ui/CUpdatesCheckboxController.h"
+#include "ui/GalleryItemWrapper.h"
+#include "ui/ITotalObserver.h"
+#include "support/TestEnvironment.h"
 
 #include <QTreeWidget>
 

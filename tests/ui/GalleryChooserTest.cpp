@@ -1,13 +1,13 @@
 // The gallery chooser over galleries registered in this process's own settings store, and the
 // folder selection's warning loop.
 
-#include "CConfiguration.h"
-#include "GalleryChooser.h"
+#include "configuration/CConfiguration.h"
+#include "ui/GalleryChooser.h"
 #include "ModalAnswer.h"
-#include "Output.h"
-#include "PathSelector.h"
-#include "TestEnvironment.h"
-#include "ZipHelpers.h"
+#include "ui/Output.h"
+#include "ui/PathSelector.h"
+#include "support/TestEnvironment.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <QFileDialog>
 #include <QLineEdit>

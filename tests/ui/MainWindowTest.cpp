@@ -1,18 +1,18 @@
 // The main window over the real engine: a copy of the bundled sample collection and source, a
 // gallery folder in the test's scratch tree, and modal windows answered from a timer.
 
-#include "CConfiguration.h"
-#include "CGalleryCategory.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "InstalledXmlWriter.h"
-#include "MainWindow.h"
-#include "ModalAnswerer.h"
-#include "Output.h"
-#include "ProxyAuth.h"
-#include "ProxyHandler.h"
-#include "GallerySourceBuilder.h"
-#include "TestEnvironment.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "installation/InstalledXmlWriter.h"
+#include "ui/MainWindow.h"
+#include "support/ModalAnswerer.h"
+#include "ui/Output.h"
+#include "ui/ProxyAuth.h"
+#include "network/ProxyHandler.h"
+#include "support/GallerySourceBuilder.h"
+#include "support/TestEnvironment.h"
 
 #include <QDialogButtonBox>
 #include <QKeyEvent>

@@ -1,13 +1,13 @@
 // The collection's panel in the About box and the wait for the disc, and the translation of the
 // marked pieces of a collection's HTML.
 
-#include "About.h"
-#include "AboutWidget.h"
-#include "CConfiguration.h"
+#include "ui/About.h"
+#include "ui/AboutWidget.h"
+#include "configuration/CConfiguration.h"
 #include "ModalAnswer.h"
-#include "TestEnvironment.h"
-#include "TranslatedHtml.h"
-#include "WaitForCDDlg.h"
+#include "support/TestEnvironment.h"
+#include "ui/TranslatedHtml.h"
+#include "ui/WaitForCDDlg.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
-#include "PathSelector.h"
+#include "ui/PathSelector.h"
 
-#include "TestEnvironment.h"
+#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 

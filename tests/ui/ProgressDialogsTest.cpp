@@ -1,14 +1,14 @@
 // The progress dialogs over the real engine: the sample collection and a copy of its source,
 // installed into a gallery folder in the scratch home.
 
-#include "CConfiguration.h"
-#include "CGalleryCategory.h"
-#include "CGalleryInstallation.h"
-#include "CInstallationController.h"
-#include "ProgressDlg.h"
-#include "QtInstallationObserver.h"
-#include "ReadProgressDlg.h"
-#include "TestEnvironment.h"
+#include "configuration/CConfiguration.h"
+#include "installation/CGalleryCategory.h"
+#include "installation/CGalleryInstallation.h"
+#include "installation/CInstallationController.h"
+#include "ui/ProgressDlg.h"
+#include "installation/QtInstallationObserver.h"
+#include "ui/ReadProgressDlg.h"
+#include "support/TestEnvironment.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>

@@ -1,8 +1,8 @@
 // The two Qt bindings of the check-box model, driven through their widgets' own signals.
 
-#include "CHeckBoxController.h"
-#include "CQtCheckBox.h"
-#include "CQtTreeCheckBox.h"
+#include "CheckBoxController/CHeckBoxController.h"
+#include "ui/CQtCheckBox.h"
+#include "ui/CQtTreeCheckBox.h"
 
 #include <QCheckBox>
 #include <QTreeWidget>

@@ -1,10 +1,10 @@
 // Damaged, truncated and hostile archives: the right codes, no crash, nothing written outside.
-#include "CZipArchive.h"
-#include "CZipException.h"
-#include "CZipMemFile.h"
-#include "TestEnvironment.h"
-#include "ZipHelpers.h"
-#include "ZipTestSupport.h"
+#include "ziparchive/CZipArchive.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/CZipMemFile.h"
+#include "support/TestEnvironment.h"
+#include "ziparchive/ZipHelpers.h"
+#include "support/ZipTestSupport.h"
 
 #include <gtest/gtest.h>
 

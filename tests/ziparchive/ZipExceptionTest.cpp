@@ -1,6 +1,6 @@
 // Codes and texts of CZipException, and the name conversion they meet on the way.
-#include "CZipException.h"
-#include "ZipPlatform.h"
+#include "ziparchive/CZipException.h"
+#include "ziparchive/ZipPlatform.h"
 
 #include <gtest/gtest.h>
 

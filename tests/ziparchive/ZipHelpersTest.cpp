@@ -1,10 +1,10 @@
 // The helpers the system uses, over archives this layer writes itself.
-#include "CZipArchive.h"
-#include "CZipMemFile.h"
-#include "ZipPlatform.h"
-#include "TestEnvironment.h"
-#include "ZipHelpers.h"
-#include "ZipTestSupport.h"
+#include "ziparchive/CZipArchive.h"
+#include "ziparchive/CZipMemFile.h"
+#include "ziparchive/ZipPlatform.h"
+#include "support/TestEnvironment.h"
+#include "ziparchive/ZipHelpers.h"
+#include "support/ZipTestSupport.h"
 
 #include <gtest/gtest.h>
 

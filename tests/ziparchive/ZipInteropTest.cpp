@@ -1,8 +1,8 @@
 // Archives of the common tools extract correctly here, and archives made here pass those tools.
-#include "CZipArchive.h"
-#include "TestEnvironment.h"
-#include "ZipHelpers.h"
-#include "ZipTestSupport.h"
+#include "ziparchive/CZipArchive.h"
+#include "support/TestEnvironment.h"
+#include "ziparchive/ZipHelpers.h"
+#include "support/ZipTestSupport.h"
 
 #include <gtest/gtest.h>
 

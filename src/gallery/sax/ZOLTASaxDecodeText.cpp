@@ -1,8 +1,8 @@
-#include "ZOLTASaxDecodeText.h"
+#include "gallery/sax/ZOLTASaxDecodeText.h"
 
-#include "ZOLTASaxScanner.h"
-#include "CAtlString.h"
-#include "UniCharUtils.h"
+#include "gallery/sax/ZOLTASaxScanner.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/UniCharUtils.h"
 
 #include <cstdio>
 #include <cstdlib>

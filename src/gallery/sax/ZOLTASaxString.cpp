@@ -1,4 +1,4 @@
-#include "ZOLTASaxString.h"
+#include "gallery/sax/ZOLTASaxString.h"
 
 #include <cstring>
 

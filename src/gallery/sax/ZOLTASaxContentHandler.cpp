@@ -1,4 +1,4 @@
-#include "ZOLTASaxContentHandler.h"
+#include "gallery/sax/ZOLTASaxContentHandler.h"
 
 ZOLTASaxContentHandler::~ZOLTASaxContentHandler() = default;
 

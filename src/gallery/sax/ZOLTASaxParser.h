@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZOLTASaxContentHandler.h"
-#include "ZoltaResult.h"
+#include "gallery/sax/ZOLTASaxContentHandler.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 

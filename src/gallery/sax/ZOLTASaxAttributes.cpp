@@ -1,4 +1,4 @@
-#include "ZOLTASaxAttributes.h"
+#include "gallery/sax/ZOLTASaxAttributes.h"
 
 void ZOLTASaxAttributes::Reserve(std::uint32_t slots)
 {

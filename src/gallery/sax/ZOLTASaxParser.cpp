@@ -1,8 +1,8 @@
-#include "ZOLTASaxParser.h"
+#include "gallery/sax/ZOLTASaxParser.h"
 
-#include "ZOLTASaxScanner.h"
-#include "CAtlString.h"
-#include "CAtlStringA.h"
+#include "gallery/sax/ZOLTASaxScanner.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "libZoltaAtl/CAtlStringA.h"
 
 #include <algorithm>
 #include <cstring>

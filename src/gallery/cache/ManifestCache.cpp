@@ -1,9 +1,9 @@
-#include "ManifestCache.h"
+#include "gallery/cache/ManifestCache.h"
 
-#include "CGalleryManifest.h"
-#include "GalleryPlaces.h"
-#include "GalleryText.h"
-#include "Trace.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/GalleryPlaces.h"
+#include "gallery/GalleryText.h"
+#include "foundation/Trace.h"
 
 #include <QString>
 

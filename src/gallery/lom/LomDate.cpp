@@ -1,4 +1,4 @@
-#include "LomDate.h"
+#include "gallery/lom/LomDate.h"
 
 #include <cwchar>
 #include <ctime>

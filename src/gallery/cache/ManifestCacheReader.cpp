@@ -1,12 +1,12 @@
-#include "ManifestCache.h"
+#include "gallery/cache/ManifestCache.h"
 
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "GalleryText.h"
-#include "LanguageStringBlock.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/GalleryText.h"
+#include "gallery/LanguageStringBlock.h"
 
 #include <zlib.h>
 

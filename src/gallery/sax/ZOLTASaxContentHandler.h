@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ZOLTASaxAttributes.h"
-#include "ZOLTASaxString.h"
-#include "ZoltaResult.h"
+#include "gallery/sax/ZOLTASaxAttributes.h"
+#include "gallery/sax/ZOLTASaxString.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CAtlString.h"
-#include "CGalleryMetadata.h"
-#include "LomDate.h"
-#include "ZoltaResult.h"
+#include "libZoltaAtl/CAtlString.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/lom/LomDate.h"
+#include "foundation/ZoltaResult.h"
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZOLTASaxString.h"
+#include "gallery/sax/ZOLTASaxString.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,14 +1,14 @@
-#include "ManifestCache.h"
+#include "gallery/cache/ManifestCache.h"
 
-#include "CGalleryActivity.h"
-#include "CGalleryFolder.h"
-#include "CGalleryManifest.h"
-#include "CGalleryMetadata.h"
-#include "CGalleryOrganization.h"
-#include "LanguageStringBlock.h"
-#include "ZoltaBufferStream.h"
-#include "ZoltaFileStreams.h"
-#include "ZoltaStreamHelpers.h"
+#include "gallery/CGalleryActivity.h"
+#include "gallery/CGalleryFolder.h"
+#include "gallery/CGalleryManifest.h"
+#include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryOrganization.h"
+#include "gallery/LanguageStringBlock.h"
+#include "foundation/ZoltaBufferStream.h"
+#include "foundation/ZoltaFileStreams.h"
+#include "foundation/ZoltaStreamHelpers.h"
 
 #include <zlib.h>
 

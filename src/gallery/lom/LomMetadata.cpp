@@ -1,12 +1,12 @@
-#include "LomMetadata.h"
+#include "gallery/lom/LomMetadata.h"
 
-#include "CZoltaDirectoryPath.h"
-#include "CZoltaFilePath.h"
-#include "GalleryLanguage.h"
-#include "GalleryText.h"
-#include "GalleryUtf8.h"
-#include "IZOLTAXMLWriter.h"
-#include "ZipHelpers.h"
+#include "foundation/CZoltaDirectoryPath.h"
+#include "foundation/CZoltaFilePath.h"
+#include "gallery/GalleryLanguage.h"
+#include "gallery/GalleryText.h"
+#include "gallery/GalleryUtf8.h"
+#include "foundation/IZOLTAXMLWriter.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <tinyxml2.h>
 
