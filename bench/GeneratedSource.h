@@ -49,12 +49,15 @@ inline std::string PackageManifest(int category, const std::string& id, const st
 {
     const std::string folder = "bench.category" + std::to_string(category);
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<manifest identifier=\"m\" version=\"2006-01\"><metadata>" +
-           Lom(id) + "</metadata>\n<organizations default=\"o\"><organization identifier=\"o\"><title>Bench</title>\n"
-           "<item identifier=\"c\"><title>" + folder + "</title>\n<item identifier=\"a\" identifierref=\"r\"><title>" +
-           id + "</title><metadata>" + Lom(id + ".activity") + "</metadata></item>\n<metadata>" + Lom(folder) +
-           "</metadata></item>\n<metadata>" + Lom("bench.organization") +
+           Lom(id) +
+           "</metadata>\n<organizations default=\"o\"><organization identifier=\"o\"><title>Bench</title>\n"
+           "<item identifier=\"c\"><title>" +
+           folder + "</title>\n<item identifier=\"a\" identifierref=\"r\"><title>" + id + "</title><metadata>" +
+           Lom(id + ".activity") + "</metadata></item>\n<metadata>" + Lom(folder) + "</metadata></item>\n<metadata>" +
+           Lom("bench.organization") +
            "</metadata></organization></organizations>\n<resources><resource identifier=\"r\" type=\"webcontent\" "
-           "href=\"" + content + "\"><file href=\"" + content + "\"/></resource></resources>\n</manifest>\n";
+           "href=\"" +
+           content + "\"><file href=\"" + content + "\"/></resource></resources>\n</manifest>\n";
 }
 
 // `categories` x `perCategory` packages of one content file of `contentSize` bytes each, and the

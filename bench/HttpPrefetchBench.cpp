@@ -36,8 +36,7 @@ constexpr int kDelayMs = 50;
 constexpr size_t kContentSize = 10 * 1000;
 
 // The scripted loopback server serving `folder`, every reply held back `delayMs`.
-class Server
-{
+class Server {
 public:
     Server(const fs::path& folder, int delayMs)
     {
@@ -84,8 +83,7 @@ double Install(const std::string& url, int connections, const fs::path& gallery)
     return seconds;
 }
 
-struct Spread
-{
+struct Spread {
     double median, low, high;
 };
 

@@ -12,8 +12,7 @@
 
 namespace bench {
 
-struct Spread
-{
+struct Spread {
     double median = 0;
     double min = 0;
     double max = 0;
@@ -32,8 +31,7 @@ inline Spread SpreadOf(std::vector<double> values)
     return spread;
 }
 
-struct PairResult
-{
+struct PairResult {
     Spread first;   // seconds
     Spread second;  // seconds
     Spread ratio;   // first / second, per pair
@@ -71,8 +69,8 @@ inline std::string Format(const Spread& spread, double scale, const char* unit, 
 inline void PrintPairs(const char* label, const char* firstName, const char* secondName, const PairResult& result,
                        int pairs)
 {
-    std::printf("%s\n  %-24s %s\n  %-24s %s\n  ratio %s / %s: %.2f (%.2f-%.2f), median (min-max) of %d pairs\n",
-                label, firstName, Format(result.first, 1e3, "ms", 1).c_str(), secondName,
+    std::printf("%s\n  %-24s %s\n  %-24s %s\n  ratio %s / %s: %.2f (%.2f-%.2f), median (min-max) of %d pairs\n", label,
+                firstName, Format(result.first, 1e3, "ms", 1).c_str(), secondName,
                 Format(result.second, 1e3, "ms", 1).c_str(), firstName, secondName, result.ratio.median,
                 result.ratio.min, result.ratio.max, pairs);
 }

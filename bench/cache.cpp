@@ -103,8 +103,14 @@ double OpenSeconds(bool useCache)
     return seconds;
 }
 
-double XmlSeconds() { return OpenSeconds(false); }
-double CacheSeconds() { return OpenSeconds(true); }
+double XmlSeconds()
+{
+    return OpenSeconds(false);
+}
+double CacheSeconds()
+{
+    return OpenSeconds(true);
+}
 
 // What no cache reader can beat: one read of the file into one buffer and its CRC, done the
 // way the reader does it (large pages asked for, the CRC taken slice by slice as it comes in).
@@ -198,8 +204,8 @@ int main(int argc, char** argv)
     bench::PrintPairs("open from cache against read file + CRC (target <= 2)", "cache", "read+CRC", cacheFloor, pairs);
     bench::PrintPairs("open from cache against plain fread + CRC", "cache", "fread+CRC", cachePlain, pairs);
     const bool met = xmlCache.ratio.median >= 20.0 && cacheFloor.ratio.median <= 2.0;
-    std::printf("targets %s: XML / cache %.1f (>= 20), cache / (read+CRC) %.2f (<= 2), medians\n", met ? "met" : "MISSED",
-                xmlCache.ratio.median, cacheFloor.ratio.median);
+    std::printf("targets %s: XML / cache %.1f (>= 20), cache / (read+CRC) %.2f (<= 2), medians\n",
+                met ? "met" : "MISSED", xmlCache.ratio.median, cacheFloor.ratio.median);
     std::filesystem::remove_all(g_root);
     return met ? 0 : 1;
 }

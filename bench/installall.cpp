@@ -49,7 +49,8 @@ std::string Lom(const std::string& id, const std::string& title, const std::stri
     return "<lom:lom><lom:general><lom:identifier><lom:category>URI</lom:category><lom:entry>" + id +
            "</lom:entry></lom:identifier><lom:title><lom:string language=\"en\">" + title +
            "</lom:string></lom:title><lom:keyword><lom:string language=\"en\">lesson</lom:string></lom:keyword>"
-           "</lom:general>" + extra + "</lom:lom>";
+           "</lom:general>" +
+           extra + "</lom:lom>";
 }
 
 // One package: an activity per content file, in the gallery category of its source category.
@@ -61,10 +62,10 @@ std::string PackageManifest(int category, int package)
     for (int f = 0; f < kFilesPerPackage; ++f) {
         const std::string n = std::to_string(f);
         const std::string file = "p" + std::to_string(package) + "_" + n + ".png";
-        items += "<item identifier=\"i" + n + "\" identifierref=\"r" + n + "\"><title>" + file +
-                 "</title><metadata>" +
-                 Lom(id + ".item" + n, "Picture " + n, "<lom:technical><lom:format>image/png</lom:format></lom:technical>") +
-                 "</metadata></item>\n";
+        items +=
+            "<item identifier=\"i" + n + "\" identifierref=\"r" + n + "\"><title>" + file + "</title><metadata>" +
+            Lom(id + ".item" + n, "Picture " + n, "<lom:technical><lom:format>image/png</lom:format></lom:technical>") +
+            "</metadata></item>\n";
         resources += "<resource identifier=\"r" + n + "\" type=\"webcontent\" href=\"" + file + "\"><file href=\"" +
                      file + "\"/></resource>\n";
     }
@@ -72,10 +73,13 @@ std::string PackageManifest(int category, int package)
     return "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
            "<manifest identifier=\"m\" version=\"2006-01\" xmlns=\"http://www.imsglobal.org/xsd/imscp_v1p1\" "
            "xmlns:lom=\"http://ltsc.ieee.org/xsd/LOM\">\n<metadata>" +
-           Lom(id, id, "<lom:lifeCycle><lom:version><lom:string language=\"en\">1.0</lom:string></lom:version></lom:lifeCycle>") +
+           Lom(id, id,
+               "<lom:lifeCycle><lom:version><lom:string "
+               "language=\"en\">1.0</lom:string></lom:version></lom:lifeCycle>") +
            "</metadata>\n<organizations default=\"o\"><organization identifier=\"o\"><title>Bench Collection</title>\n"
-           "<item identifier=\"c\"><title>" + title + "</title>\n<metadata>" + Lom("bench.category" + std::to_string(category), title) +
-           "</metadata>\n" + items + "</item>\n<metadata>" + Lom("bench.organization", "Bench Collection") +
+           "<item identifier=\"c\"><title>" +
+           title + "</title>\n<metadata>" + Lom("bench.category" + std::to_string(category), title) + "</metadata>\n" +
+           items + "</item>\n<metadata>" + Lom("bench.organization", "Bench Collection") +
            "</metadata></organization></organizations>\n<resources>\n" + resources + "</resources>\n</manifest>\n";
 }
 
@@ -99,7 +103,8 @@ void MakeCollection(const fs::path& collection)
               "    <SplashScreen Text=\"splash.html\" TextOffset_X=\"180\" TextOffset_Y=\"40\" ShowText=\"true\"/>\n"
               "    <StyleSheet Value=\"style.qss\"/>\n  </Application>\n  <Organization>\n"
               "    <Name Value=\"Bench Organization\"/>\n    <Logo Value=\"logo.png\"/>\n  </Organization>\n"
-              "  <Gallery GUID=\"" + std::string(kGalleryGuid) +
+              "  <Gallery GUID=\"" +
+                  std::string(kGalleryGuid) +
                   "\" DefaultSource=\"http://localhost:1/none\" Name=\"Bench Collection\">\n" + categories +
                   "  </Gallery>\n</CCSettings>\n");
 }
@@ -112,8 +117,9 @@ void MakeSource(const fs::path& source, const fs::path& staging, int packages)
     const int perCategory = packages / kCategories;
     fs::create_directories(source);
     for (int c = 0; c < kCategories; ++c) {
-        document += "<category id=\"" + CategoryGuid(c) + "\" version=\"1.0\">\n<title><string language=\"en\">Category " +
-                    std::to_string(c) + "</string></title>\n<files>\n";
+        document += "<category id=\"" + CategoryGuid(c) +
+                    "\" version=\"1.0\">\n<title><string language=\"en\">Category " + std::to_string(c) +
+                    "</string></title>\n<files>\n";
         for (int p = 0; p < perCategory; ++p) {
             const int n = c * perCategory + p;
             const fs::path folder = staging / std::to_string(n);
@@ -193,12 +199,11 @@ double Install(const fs::path& root, const fs::path& collection, const fs::path&
         fs::create_directories(world / folder);
     const fs::path gallery = world / "gallery";
     const char* other = std::getenv("CURATOOL_BENCH_BINARY");
-    const double seconds =
-        Run({other && *other ? other : CURATOOL_BINARY, "--installall", "-configuration", collection.string(), "-source", source.string(),
-             "-destination", gallery.string()},
-            {"HOME=" + (world / "home").string(), "XDG_CONFIG_HOME=" + (world / "config").string(),
-             "TMPDIR=" + (world / "tmp").string(), "CURATOOL_ROOT=" + (world / "root").string(),
-             "QT_QPA_PLATFORM=offscreen"});
+    const double seconds = Run({other && *other ? other : CURATOOL_BINARY, "--installall", "-configuration",
+                                collection.string(), "-source", source.string(), "-destination", gallery.string()},
+                               {"HOME=" + (world / "home").string(), "XDG_CONFIG_HOME=" + (world / "config").string(),
+                                "TMPDIR=" + (world / "tmp").string(), "CURATOOL_ROOT=" + (world / "root").string(),
+                                "QT_QPA_PLATFORM=offscreen"});
     if (CountFiles(gallery, ".png") != std::size_t(packages) * kFilesPerPackage) {
         std::fprintf(stderr, "the gallery lacks files\n");
         std::exit(4);
@@ -243,8 +248,8 @@ int main(int argc, char** argv)
     const fs::path collection = root / "collection";
     MakeCollection(collection);
 
-    std::printf("%8s  %-28s  %-28s  %-22s  %s\n", "packages", "install s (median, min-max)", "unzip s (median, min-max)",
-                "ratio (median, min-max)", "install ms/package");
+    std::printf("%8s  %-28s  %-28s  %-22s  %s\n", "packages", "install s (median, min-max)",
+                "unzip s (median, min-max)", "ratio (median, min-max)", "install ms/package");
     // Every source first, and nothing deleted until the end (see Output).
     std::vector<fs::path> sources;
     for (const int packages : sizes) {
@@ -267,8 +272,8 @@ int main(int argc, char** argv)
             std::snprintf(line, sizeof line, "%.2f (%.2f-%.2f)", spread.median, spread.min, spread.max);
             return std::string(line);
         };
-        std::printf("%8d  %-28s  %-28s  %-22s  %.2f\n", packages, text(result.first).c_str(), text(result.second).c_str(),
-                    text(result.ratio).c_str(), result.first.median * 1000 / packages);
+        std::printf("%8d  %-28s  %-28s  %-22s  %.2f\n", packages, text(result.first).c_str(),
+                    text(result.second).c_str(), text(result.ratio).c_str(), result.first.median * 1000 / packages);
         std::fflush(stdout);
     }
     std::printf("%d interleaved pairs per size; the spread is the range of the pairs.\n", pairs);

@@ -81,8 +81,8 @@ void Touch(const fs::path& path)
 }
 
 // A package folder: one category `category` with `activities` activities, their files included.
-void WritePackage(const fs::path& folder, const std::string& packageId, const std::string& category,
-                  int activities, bool withFiles)
+void WritePackage(const fs::path& folder, const std::string& packageId, const std::string& category, int activities,
+                  bool withFiles)
 {
     fs::create_directories(folder);
     CGalleryManifest manifest;
@@ -204,8 +204,9 @@ void Report(const char* name, int n, int pairs, const Measure& small, const Meas
 {
     const bench::PairResult result = bench::RunPairs(pairs, large, small);
     std::printf("%-12s N=%-6d %s   2N=%-6d %s   ratio %.2f (%.2f-%.2f)\n", name, n,
-                bench::Format(result.second, 1.0, "s", 4).c_str(), 2 * n, bench::Format(result.first, 1.0, "s", 4).c_str(),
-                result.ratio.median, result.ratio.min, result.ratio.max);
+                bench::Format(result.second, 1.0, "s", 4).c_str(), 2 * n,
+                bench::Format(result.first, 1.0, "s", 4).c_str(), result.ratio.median, result.ratio.min,
+                result.ratio.max);
 }
 
 }  // namespace

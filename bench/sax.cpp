@@ -26,19 +26,28 @@ constexpr std::size_t kTargetSize = 100u * 1024u * 1024u;
 void AppendActivity(std::string& out, unsigned number)
 {
     const std::string n = std::to_string(number);
-    out += "        <item identifier=\"id" + n + "\" identifierref=\"res" + n + "\">\n"
-           "          <title>Activity " + n + "</title>\n"
+    out += "        <item identifier=\"id" + n + "\" identifierref=\"res" + n +
+           "\">\n"
+           "          <title>Activity " +
+           n +
+           "</title>\n"
            "          <metadata>\n"
            "            <lom:lom>\n"
            "              <lom:general>\n"
            "                <lom:identifier>\n"
            "                  <lom:catalog>URI</lom:catalog>\n"
            "                  <lom:entry>zolta-placeholder://gallery.zoltaworks.invalid/uniqueid?"
-           "type=activity&amp;id=6F9619FF-8B86-D011-B42D-00C04FC9" + n + "</lom:entry>\n"
+           "type=activity&amp;id=6F9619FF-8B86-D011-B42D-00C04FC9" +
+           n +
+           "</lom:entry>\n"
            "                </lom:identifier>\n"
            "                <lom:title>\n"
-           "                  <lom:string language=\"en\">Picture number " + n + "</lom:string>\n"
-           "                  <lom:string language=\"fr-CA\">Image num\xC3\xA9ro " + n + "</lom:string>\n"
+           "                  <lom:string language=\"en\">Picture number " +
+           n +
+           "</lom:string>\n"
+           "                  <lom:string language=\"fr-CA\">Image num\xC3\xA9ro " +
+           n +
+           "</lom:string>\n"
            "                </lom:title>\n"
            "                <lom:keyword>\n"
            "                  <lom:string language=\"en\">animals &amp; plants</lom:string>\n"
@@ -66,7 +75,8 @@ std::string GenerateManifest()
     unsigned number = 3;
     std::vector<unsigned> activities;
     while (out.size() < kTargetSize * 9 / 10) {
-        out += "      <item identifier=\"id" + std::to_string(number++) + "\">\n"
+        out += "      <item identifier=\"id" + std::to_string(number++) +
+               "\">\n"
                "        <title>Category</title>\n";
         for (int i = 0; i < 100; ++i) {
             activities.push_back(number);
@@ -77,8 +87,11 @@ std::string GenerateManifest()
     out += "    </organization>\n  </organizations>\n  <resources>\n";
     for (std::size_t i = 0; out.size() < kTargetSize; ++i) {
         const std::string n = std::to_string(activities[i % activities.size()]);
-        out += "    <resource identifier=\"res" + n + "\" type=\"webcontent\" adlcp:scormType=\"asset\" "
-               "href=\"Content/item" + n + ".png\">\n      <file href=\"Content/item" + n + ".png\"/>\n"
+        out += "    <resource identifier=\"res" + n +
+               "\" type=\"webcontent\" adlcp:scormType=\"asset\" "
+               "href=\"Content/item" +
+               n + ".png\">\n      <file href=\"Content/item" + n +
+               ".png\"/>\n"
                "    </resource>\n";
     }
     out += "  </resources>\n</manifest>\n";
@@ -92,12 +105,11 @@ const std::string& Manifest()
 }
 
 // Looks at what a reader of manifests looks at: names, attributes, text.
-class CountingHandler : public ZOLTASaxContentHandler
-{
+class CountingHandler : public ZOLTASaxContentHandler {
 public:
     HRESULT StartElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString& qName,
-                         const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text,
-                         std::uint32_t, std::uint32_t) override
+                         const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text, std::uint32_t,
+                         std::uint32_t) override
     {
         ++elements;
         attributeCount += attributes.count;
@@ -106,8 +118,8 @@ public:
             ++activities;
         return S_OK;
     }
-    HRESULT EndElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString&,
-                       std::uint32_t, std::uint32_t) override
+    HRESULT EndElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString&, std::uint32_t,
+                       std::uint32_t) override
     {
         ++endElements;
         return S_OK;
@@ -120,8 +132,8 @@ double SaxSeconds()
     const std::string& manifest = Manifest();
     CountingHandler handler;
     const auto start = std::chrono::steady_clock::now();
-    const HRESULT hr = ZOLTASaxParser::ParseBuffer(manifest.data(),
-                                                   static_cast<std::uint32_t>(manifest.size()), handler);
+    const HRESULT hr =
+        ZOLTASaxParser::ParseBuffer(manifest.data(), static_cast<std::uint32_t>(manifest.size()), handler);
     const auto stop = std::chrono::steady_clock::now();
     if (hr != S_OK || handler.elements != handler.endElements) {
         std::fprintf(stderr, "SAX parse failed: 0x%x\n", static_cast<unsigned>(hr));
@@ -185,7 +197,8 @@ int main(int argc, char** argv)
     std::vector<double> times;
     for (int i = 0; i < pairs; ++i)
         times.push_back(SaxSeconds());
-    std::printf("SAX parse: %s; pugixml not found, no ratio\n", bench::Format(bench::SpreadOf(times), 1e3, "ms", 1).c_str());
+    std::printf("SAX parse: %s; pugixml not found, no ratio\n",
+                bench::Format(bench::SpreadOf(times), 1e3, "ms", 1).c_str());
     return 0;
 #endif
 }

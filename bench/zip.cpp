@@ -91,7 +91,10 @@ const fs::path& SharedArchive()
     return archive;
 }
 
-CZoltaFilePath FilePath(const fs::path& path) { return CZoltaFilePath(QString::fromStdString(path.string())); }
+CZoltaFilePath FilePath(const fs::path& path)
+{
+    return CZoltaFilePath(QString::fromStdString(path.string()));
+}
 CZoltaDirectoryPath FolderPath(const fs::path& path)
 {
     return CZoltaDirectoryPath(QString::fromStdString(path.string()));

@@ -10,12 +10,10 @@
 
 namespace {
 
-class TouchingHandler : public ZOLTASaxContentHandler
-{
+class TouchingHandler : public ZOLTASaxContentHandler {
 public:
-    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                         const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
-                         const ZOLTASaxString& text, std::uint32_t position,
+    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName, const ZOLTASaxString& qName,
+                         const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text, std::uint32_t position,
                          std::uint32_t length) override
     {
         Check(position, length);
@@ -34,9 +32,8 @@ public:
         return (m_sum % 997) == 996 ? S_FALSE : S_OK;
     }
 
-    HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                       const ZOLTASaxString& qName, std::uint32_t position,
-                       std::uint32_t length) override
+    HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName, const ZOLTASaxString& qName,
+                       std::uint32_t position, std::uint32_t length) override
     {
         Check(position, length);
         Touch(prefix);
@@ -67,8 +64,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (size > 0xFFFFFFFFu)
         return 0;
     TouchingHandler handler;
-    const HRESULT hr = ZOLTASaxParser::ParseBuffer(reinterpret_cast<const char*>(data),
-                                                   static_cast<std::uint32_t>(size), handler);
+    const HRESULT hr =
+        ZOLTASaxParser::ParseBuffer(reinterpret_cast<const char*>(data), static_cast<std::uint32_t>(size), handler);
     if (hr != S_OK && hr != S_FALSE && hr != E_FAIL)
         std::abort();
     return 0;

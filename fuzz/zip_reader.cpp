@@ -19,8 +19,7 @@ const fs::path& ScratchRoot()
 {
     static const fs::path root = [] {
         const char* tmp = std::getenv("TMPDIR");
-        fs::path path = fs::path(tmp && *tmp ? tmp : "/tmp") /
-                        ("zip_reader_fuzz-" + std::to_string(getpid()));
+        fs::path path = fs::path(tmp && *tmp ? tmp : "/tmp") / ("zip_reader_fuzz-" + std::to_string(getpid()));
         fs::create_directories(path);
         return path;
     }();
@@ -38,11 +37,13 @@ void ListAndRead(CZipArchive& zip)
         try {
             CZipMemFile memory;
             zip.ExtractFile(i, memory);
-        } catch (const CZipException&) {
+        }
+        catch (const CZipException&) {
         }
         try {
             zip.TestFile(i);
-        } catch (const CZipException&) {
+        }
+        catch (const CZipException&) {
         }
     }
 }
@@ -53,7 +54,8 @@ void ExtractAll(CZipArchive& zip, const fs::path& destination)
         try {
             zip.ExtractFile(i, destination.string(), true);
             zip.ExtractFile(i, destination.string(), false);
-        } catch (const CZipException&) {
+        }
+        catch (const CZipException&) {
         }
     }
 }
@@ -83,7 +85,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         ListAndRead(zip);
         ExtractAll(zip, destination);
         zip.Close();
-    } catch (const CZipException&) {
+    }
+    catch (const CZipException&) {
         if (!zip.IsClosed())
             zip.Close(true);
     }

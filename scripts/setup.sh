@@ -9,7 +9,7 @@ packages=(
   libtinyxml2-dev zlib1g-dev uuid-dev
   libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev
   zip unzip libarchive-tools p7zip-full python3 tinyproxy curl
-  clang libclang-rt-14-dev
+  clang clang-format libclang-rt-14-dev
   xvfb xauth xdotool x11-utils ccache
   dpkg-dev lintian
 )

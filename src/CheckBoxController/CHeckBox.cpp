@@ -4,9 +4,9 @@
 #include "libZoltaAtl/ZoltaAssert.h"
 
 CHeckBox::CHeckBox(int id, IBoxObserver* observer)
-    : m_id(id), m_observer(observer)
-{
-}
+    : m_id(id),
+      m_observer(observer)
+{}
 
 CHeckBox::~CHeckBox() = default;
 
@@ -30,8 +30,7 @@ void CHeckBox::ShowState(int state)
 void CHeckBox::Toggle()
 {
     int next = eCheckBoxUnchecked;
-    switch (GetState())
-    {
+    switch (GetState()) {
     case eCheckBoxUnchecked:
         next = eCheckBoxChecked;
         break;

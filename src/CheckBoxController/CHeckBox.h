@@ -7,8 +7,7 @@
 class IBoxObserver;
 
 // Box states as plain integers.
-enum eCheckBoxState
-{
+enum eCheckBoxState {
     eCheckBoxUnchecked = 0,
     eCheckBoxChecked = 1,
     eCheckBoxPartial = 2,
@@ -22,8 +21,7 @@ inline int BoxStateFromBool(bool checked)
 // One three-state check box in a tree, free of any widget: it holds the state the user gave it,
 // the state a parent pushes onto it, and the state on show. Bindings to a widget supply the
 // abstract operations and override ApplyState to show the state.
-class CHeckBox
-{
+class CHeckBox {
 public:
     CHeckBox(int id, IBoxObserver* observer);
     virtual ~CHeckBox();

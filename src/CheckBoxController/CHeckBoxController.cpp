@@ -34,20 +34,17 @@ void CHeckBoxController::UpdateParents(CHeckBox* box)
     box->SetEnabled(anyEnabled);
 
     int result = eCheckBoxUnchecked;
-    if (anyEnabled)
-    {
+    if (anyEnabled) {
         // Only "checked or not" is compared after the first enabled child, so a later partial
         // child counts as unchecked; a partial first child makes the parent partial.
         const int first = (*child)->GetState();
         result = first == eCheckBoxChecked ? eCheckBoxChecked : eCheckBoxUnchecked;
         bool differs = false;
-        for (++child; child != children.end() && !differs; ++child)
-        {
+        for (++child; child != children.end() && !differs; ++child) {
             if (!(*child)->IsEnabled())
                 continue;
             const bool checked = (*child)->GetState() == eCheckBoxChecked;
-            if (checked != (result == eCheckBoxChecked))
-            {
+            if (checked != (result == eCheckBoxChecked)) {
                 result = eCheckBoxPartial;
                 differs = true;
             }
@@ -61,8 +58,7 @@ void CHeckBoxController::UpdateParents(CHeckBox* box)
 
 void CHeckBoxController::UpdateChildren(CHeckBox* box)
 {
-    for (CHeckBox* child : box->GetChildren())
-    {
+    for (CHeckBox* child : box->GetChildren()) {
         if (box->GetState() == eCheckBoxPartial)
             child->Unforce();
         else

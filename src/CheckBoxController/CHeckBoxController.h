@@ -9,8 +9,7 @@
 // Owns the boxes of one tree, keyed by id, and spreads every change: up, where each parent
 // recomputes itself from its enabled children, and down, where a checked or cleared box pushes its
 // state onto all descendants and a partial one gives each back its own choice.
-class CHeckBoxController : public IBoxObserver
-{
+class CHeckBoxController : public IBoxObserver {
 public:
     CHeckBoxController();
     ~CHeckBoxController() override;

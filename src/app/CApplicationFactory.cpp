@@ -62,8 +62,8 @@ CApplicationFactory::CApplicationFactory()
 
 CApplicationFactory::~CApplicationFactory() = default;
 
-CWorkFlowFunction CApplicationFactory::Bind(
-    int (CWorkFlow::*mode)(const CCmdLineContext&, std::shared_ptr<CConfiguration>))
+CWorkFlowFunction CApplicationFactory::Bind(int (CWorkFlow::*mode)(const CCmdLineContext&,
+                                                                   std::shared_ptr<CConfiguration>))
 {
     return [this, mode](const CCmdLineContext& context, std::shared_ptr<CConfiguration> configuration) {
         return (m_workFlow.*mode)(context, std::move(configuration));

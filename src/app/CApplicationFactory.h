@@ -19,8 +19,7 @@ class QCoreApplication;
 // Everything a run owns from start to end: the parsed command line, the configuration, the
 // translator and style sheet of the collection, the option objects and the work flow to run.
 // Made on main's stack before QApplication and destroyed after it.
-class CApplicationFactory
-{
+class CApplicationFactory {
 public:
     static const QString DEFAULT_STYLE_SHEET;
 

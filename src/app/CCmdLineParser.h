@@ -12,11 +12,9 @@ class ICmdLineParam;
 // Options start with "-", "--" or "\"; option names are case-sensitive. A value-taking option
 // takes the next token unless that is itself an option; "name:value" passes a value that starts
 // with "-" or "\". Complaints go to the error parameter, positional tokens to the default one.
-class CCmdLineParser
-{
+class CCmdLineParser {
 public:
-    struct NameLess
-    {
+    struct NameLess {
         bool operator()(const CAtlString& a, const CAtlString& b) const
         {
             return std::wcscmp(a.GetString(), b.GetString()) < 0;

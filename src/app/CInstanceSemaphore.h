@@ -3,8 +3,7 @@
 // The single-instance lock: a System V semaphore keyed on the program file. The kernel undoes
 // our increment when the process dies (SEM_UNDO), so a crash never leaves a stale lock, and
 // copies of the program at different paths don't exclude each other.
-class CInstanceSemaphore
-{
+class CInstanceSemaphore {
 public:
     CInstanceSemaphore(const char* path, int projectId);
     ~CInstanceSemaphore();

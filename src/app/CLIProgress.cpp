@@ -7,8 +7,7 @@
 namespace {
 
 // The stage word, and whether it ends its own line.
-struct StageWord
-{
+struct StageWord {
     const char* text;
     bool endsLine;
 };
@@ -16,14 +15,22 @@ struct StageWord
 StageWord WordFor(int stage)
 {
     switch (stage) {
-    case eGalleryInstallationProgressDownloading: return {"Downloading: ", false};
-    case eGalleryInstallationProgressInstalling: return {"Installing: ", false};
-    case eGalleryInstallationProgressUninstalling: return {"Uninstalling: ", false};
-    case eGalleryInstallationProgressReading: return {"Reading: ", false};
-    case eGalleryInstallationProgressCanceled: return {"Canceled", true};
-    case eGalleryInstallationProgressComplete: return {"Complete", true};
-    case eGalleryInstallationProgressFailed: return {"Failed", true};
-    default: return {"", false};
+    case eGalleryInstallationProgressDownloading:
+        return {"Downloading: ", false};
+    case eGalleryInstallationProgressInstalling:
+        return {"Installing: ", false};
+    case eGalleryInstallationProgressUninstalling:
+        return {"Uninstalling: ", false};
+    case eGalleryInstallationProgressReading:
+        return {"Reading: ", false};
+    case eGalleryInstallationProgressCanceled:
+        return {"Canceled", true};
+    case eGalleryInstallationProgressComplete:
+        return {"Complete", true};
+    case eGalleryInstallationProgressFailed:
+        return {"Failed", true};
+    default:
+        return {"", false};
     }
 }
 

@@ -8,16 +8,15 @@
 // finished item; always, one line on standard error per failed item, with its reason when the
 // engine gave one. This and the literal lines of the work flows are all the logging there is.
 // Text that came from a source is printed with its control characters escaped.
-class CLIProgress : public IGalleryInstallationObserver
-{
+class CLIProgress : public IGalleryInstallationObserver {
 public:
     CLIProgress() = default;
 
     void SetVerbose(bool verbose) { m_verbose = verbose; }
     bool IsVerbose() const { return m_verbose; }
 
-    void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item,
-                  int percent, int overall) override;
+    void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
+                  int overall) override;
     void FailureReason(CGalleryCategory* category, const wchar_t* item, const wchar_t* reason) override;
 
     // Items that failed so far.

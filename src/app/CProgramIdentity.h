@@ -4,8 +4,7 @@
 
 // Who the program is to QCoreApplication: the organisation and application under which the
 // settings store keeps its files. Applied once, right after QApplication exists.
-class CProgramIdentity
-{
+class CProgramIdentity {
 public:
     static const char* const OrganizationName;    // "zoltaworks", the store's own fixed name
     static const char* const OrganizationDomain;  // "zoltaworks.com"

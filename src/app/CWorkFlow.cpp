@@ -16,13 +16,16 @@ const char kUsageText[] =
     "GUI:\n"
     "\t[-source path] {common options} [-authorized]\n"
     "Install everything:\n"
-    "\t--installall [-destination path] <-source path | -allowdownload> <-configuration path | -guid gallery_id> [-remote] {common options}\n"
+    "\t--installall [-destination path] <-source path | -allowdownload> <-configuration path | -guid gallery_id> "
+    "[-remote] {common options}\n"
     "Install selected:\n"
-    "\t--installsome [-destination path] <-source path | -allowdownload> [-remote] <-configuration path | -guid gallery_id> <-c alias1 [-c alias2 ...]> {common options}\n"
+    "\t--installsome [-destination path] <-source path | -allowdownload> [-remote] <-configuration path | -guid "
+    "gallery_id> <-c alias1 [-c alias2 ...]> {common options}\n"
     "Create full local source:\n"
     "\t--dowloadall <-destination path> <-configuration path | -guid gallery_id> [-source url] {common options}\n"
     "Create partial local source:\n"
-    "\t--dowloadsome <-destination path> <-configuration path | -guid gallery_id> [-source url] <-c alias1 [-c alias2 ...]> {common options}\n"
+    "\t--dowloadsome <-destination path> <-configuration path | -guid gallery_id> [-source url] <-c alias1 [-c alias2 "
+    "...]> {common options}\n"
     "Uninstall:\n"
     "\t--uninstall <-configuration path | -guid gallery_id>]\n"
     "Register with Scrivent:\n"
@@ -80,8 +83,8 @@ bool CWorkFlow::LoadArguments(QStringList& arguments)
 {
     const CAtlString section(kArgumentsSection);
     const CAtlString store(kArgumentsStore);
-    const bool ok = CSettingsStore::ReadStringArray(kArgumentsUserScope, section, arguments, store) ==
-                    CSettingsStore::eStatusOk;
+    const bool ok =
+        CSettingsStore::ReadStringArray(kArgumentsUserScope, section, arguments, store) == CSettingsStore::eStatusOk;
     // The hand-over serves one start only.
     CSettingsStore::DeleteSection(kArgumentsUserScope, section, store);
     return ok;

@@ -21,13 +21,11 @@ struct CCmdLineContext;
 // The modes of the program. One of them is bound as the factory's runner while the command
 // line is parsed and is called once, from the event loop; its result is the exit code:
 // 0 success (also a user's cancel), 1 failure, 666 the usage text.
-class CWorkFlow
-{
+class CWorkFlow {
 public:
     using Configuration = std::shared_ptr<CConfiguration>;
 
-    enum eResult
-    {
+    enum eResult {
         eSuccess = 0,
         eFailure = 1,
         eUsage = 666,
@@ -105,7 +103,8 @@ private:
     // itself reports stays in those lines.
     // Prints "Done." and gives 0, unless the controller stopped before changing anything: then
     // its problem goes to standard error and the result is 1.
-    static int RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step,
+    static int RunOnConsole(const CCmdLineContext& context,
+                            const std::function<void(IGalleryInstallationObserver*)>& step,
                             const CInstallationController* controller = nullptr);
     // Makes the folder with its parents; on failure prints `complaint` and the path.
     static bool CreateDestination(const CAtlString& path, const char* complaint);

@@ -55,20 +55,17 @@ int Conclude(int code, int failed)
 bool CWorkFlow::PrepareDownload(const CCmdLineContext& context, const Configuration& configuration,
                                 CWorkFlowEnvironment& environment)
 {
-    if (!configuration->IsLoaded())
-    {
+    if (!configuration->IsLoaded()) {
         Output::Error(Output::eCouldNotLoadConfiguration, false);
         return false;
     }
     environment = MakeEnvironment(context, configuration);
-    if (context.destination.IsEmpty())
-    {
+    if (context.destination.IsEmpty()) {
         PrintErr("-destination not specified");
         return false;
     }
     // A download writes its own "Uninstall" folder and then removes it: never in an installed gallery.
-    if (CInstallationController::HoldsInstalledGallery(CZoltaDirectoryPath(context.destination)))
-    {
+    if (CInstallationController::HoldsInstalledGallery(CZoltaDirectoryPath(context.destination))) {
         PrintErr(CAtlStringA("The destination holds an installed gallery; choose another folder for the download: ") +
                  CAtlStringA(context.destination.GetString()));
         return false;
@@ -78,8 +75,7 @@ bool CWorkFlow::PrepareDownload(const CCmdLineContext& context, const Configurat
     configuration->SetInstallDirectory(CZoltaDirectoryPath(context.destination));
     if (!CheckWritableDestination(environment, false))
         return false;
-    if (!context.source.IsEmpty() && !CGalleryInstallation::IsUrl(context.source))
-    {
+    if (!context.source.IsEmpty() && !CGalleryInstallation::IsUrl(context.source)) {
         PrintErr("-source is local path");
         return false;
     }
@@ -87,14 +83,12 @@ bool CWorkFlow::PrepareDownload(const CCmdLineContext& context, const Configurat
     CInstallationController& controller = *environment.controller;
     controller.FindSource(context.source);
     // The server given is the one asked, not the configuration's default.
-    if (!context.source.IsEmpty())
-    {
+    if (!context.source.IsEmpty()) {
         CAtlString server = context.source;
         while (server.GetLength() > 0 && server[server.GetLength() - 1] == L'/')
             server.Truncate(server.GetLength() - 1);
         controller.SetSource(server);
-    }
-    else if (!controller.HasLocalGalleryData() && !CheckConnection(environment, controller.GetGalleryUrl(), false))
+    } else if (!controller.HasLocalGalleryData() && !CheckConnection(environment, controller.GetGalleryUrl(), false))
         return false;
     return true;
 }
@@ -106,11 +100,14 @@ int CWorkFlow::DownloadAll(const CCmdLineContext& context, Configuration configu
     if (!PrepareDownload(context, configuration, environment))
         return eFailure;
     int failed = 0;
-    const int code = RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
-        environment.controller->DownloadAll(progress);
-        MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
-        failed = FailedFiles(progress);
-    }, environment.controller.get());
+    const int code = RunOnConsole(
+        context,
+        [&](IGalleryInstallationObserver* progress) {
+            environment.controller->DownloadAll(progress);
+            MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
+            failed = FailedFiles(progress);
+        },
+        environment.controller.get());
     return Conclude(code, failed);
 }
 
@@ -123,10 +120,13 @@ int CWorkFlow::DownloadSome(const CCmdLineContext& context, Configuration config
         !SelectCategories(context, *configuration, "nothing to download", "alias not found: ", ids))
         return eFailure;
     int failed = 0;
-    const int code = RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
-        environment.controller->DownloadSome(ids, progress);
-        MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
-        failed = FailedFiles(progress);
-    }, environment.controller.get());
+    const int code = RunOnConsole(
+        context,
+        [&](IGalleryInstallationObserver* progress) {
+            environment.controller->DownloadSome(ids, progress);
+            MoveCategoriesDocumentToTop(configuration->GetInstallDirectory());
+            failed = FailedFiles(progress);
+        },
+        environment.controller.get());
     return Conclude(code, failed);
 }

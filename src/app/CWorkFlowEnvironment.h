@@ -11,8 +11,7 @@ struct CCmdLineContext;
 
 // What the shared set-up of a mode builds: the engine's controller with its first observer,
 // the downloader and the proxy, all over one configuration. Passed around by value.
-struct CWorkFlowEnvironment
-{
+struct CWorkFlowEnvironment {
     const CCmdLineContext* context = nullptr;  // not owned
     std::shared_ptr<CConfiguration> configuration;
     std::shared_ptr<CInstallationController> controller;

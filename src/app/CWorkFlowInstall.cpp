@@ -20,9 +20,9 @@ namespace {
 // parser's error; empty when there is none, so that "not found" is the truth.
 CAtlString UnreadableCategoriesDocument(const std::initializer_list<CAtlString>& paths, const CAtlString& folderName)
 {
-    for (const CAtlString& path : paths)
-    {
-        const CZoltaDirectoryPath data = CInstallationController::LocateGalleryData(CZoltaDirectoryPath(path), folderName);
+    for (const CAtlString& path : paths) {
+        const CZoltaDirectoryPath data =
+            CInstallationController::LocateGalleryData(CZoltaDirectoryPath(path), folderName);
         if (data.IsEmpty())
             continue;
         const CZoltaFilePath document = data.GetFile(CGalleryInstallation::GalleryCategoriesXml);
@@ -42,13 +42,11 @@ CAtlString UnreadableCategoriesDocument(const std::initializer_list<CAtlString>&
 bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configuration& configuration, bool some,
                                CWorkFlowEnvironment& environment)
 {
-    if (!configuration->IsLoaded())
-    {
+    if (!configuration->IsLoaded()) {
         Output::Error(Output::eCouldNotLoadConfiguration, false);
         return false;
     }
-    if (!configuration->StoreConfiguration())
-    {
+    if (!configuration->StoreConfiguration()) {
         Output::Error(Output::eCouldNotCopyConfiguration, false);
         return false;
     }
@@ -58,14 +56,11 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
     environment = MakeEnvironment(context, configuration);
 
     CZoltaDirectoryPath destination(context.destination);
-    if (!destination.IsEmpty())
-    {
+    if (!destination.IsEmpty()) {
         if (!CreateDestination(context.destination, some ? "Could not create destination directory "
                                                          : "Could not create destination directory: "))
             return false;
-    }
-    else
-    {
+    } else {
         destination = configuration->DefaultInstallDirectory();
     }
     configuration->SetInstallDirectory(destination);
@@ -73,18 +68,15 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
         return false;
     // A folder of the user's own files is no place for a gallery: refused before anything is written.
     CAtlString problem;
-    if (!CInstallationController::CheckDestination(destination, problem))
-    {
+    if (!CInstallationController::CheckDestination(destination, problem)) {
         PrintErr(CAtlStringA(problem.GetString()));
         return false;
     }
 
     CInstallationController& controller = *environment.controller;
-    if (!context.allowDownload)
-    {
+    if (!context.allowDownload) {
         if (!controller.FindSource(context.source) &&
-            !controller.FindSource(configuration->GetSourceDirectory().GetPath()))
-        {
+            !controller.FindSource(configuration->GetSourceDirectory().GetPath())) {
             const CAtlString unreadable = UnreadableCategoriesDocument(
                 {context.source, configuration->GetSourceDirectory().GetPath()}, controller.GetGalleryFolder());
             if (!unreadable.IsEmpty())
@@ -94,9 +86,7 @@ bool CWorkFlow::PrepareInstall(const CCmdLineContext& context, const Configurati
                               : "Gallery files not found on the source path, download is not allowed.");
             return false;
         }
-    }
-    else
-    {
+    } else {
         controller.FindSource(CAtlString());
         if (!controller.HasLocalGalleryData() && !CheckConnection(environment, controller.GetGalleryUrl(), false))
             return false;
@@ -114,9 +104,9 @@ int CWorkFlow::InstallAll(const CCmdLineContext& context, Configuration configur
     CWorkFlowEnvironment environment;
     if (!PrepareInstall(context, configuration, false, environment))
         return eFailure;
-    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
-        environment.controller->InstallAll(progress);
-    }, environment.controller.get());
+    return RunOnConsole(
+        context, [&](IGalleryInstallationObserver* progress) { environment.controller->InstallAll(progress); },
+        environment.controller.get());
 }
 
 int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configuration)
@@ -127,7 +117,7 @@ int CWorkFlow::InstallSome(const CCmdLineContext& context, Configuration configu
     if (!PrepareInstall(context, configuration, true, environment) ||
         !SelectCategories(context, *configuration, "Nothing to install", "Alias not found: ", ids))
         return eFailure;
-    return RunOnConsole(context, [&](IGalleryInstallationObserver* progress) {
-        environment.controller->InstallSome(ids, progress);
-    }, environment.controller.get());
+    return RunOnConsole(
+        context, [&](IGalleryInstallationObserver* progress) { environment.controller->InstallSome(ids, progress); },
+        environment.controller.get());
 }

@@ -56,8 +56,7 @@ bool CWorkFlow::CheckConnection(const CWorkFlowEnvironment& environment, const C
     const CAtlStringA shown(CLIProgress::EscapeControls(url).GetString());
     PrintOut(CAtlStringA("Checking connection to: ") + shown);
     CAtlString reason;
-    if (environment.controller->TestUrl(url, &reason))
-    {
+    if (environment.controller->TestUrl(url, &reason)) {
         environment.proxy->SaveSettings();
         PrintOut("Check succeeded.");
         return true;
@@ -88,14 +87,12 @@ bool CWorkFlow::CheckWritableDestination(const CWorkFlowEnvironment& environment
 bool CWorkFlow::SelectCategories(const CCmdLineContext& context, const CConfiguration& configuration,
                                  const char* nothingChosen, const char* complaint, std::vector<CAtlString>& ids)
 {
-    if (context.categoryAliases.empty())
-    {
+    if (context.categoryAliases.empty()) {
         PrintOut(nothingChosen);
         return false;
     }
     const CGalleryData::CategoryMap& categories = configuration.GetGallery()->GetCategories();
-    for (const CAtlString& alias : context.categoryAliases)
-    {
+    for (const CAtlString& alias : context.categoryAliases) {
         const auto found = categories.find(alias);
         if (found == categories.end())
             PrintErr(CAtlStringA(complaint) + CAtlStringA(alias.GetString()));
@@ -105,14 +102,14 @@ bool CWorkFlow::SelectCategories(const CCmdLineContext& context, const CConfigur
     return true;
 }
 
-int CWorkFlow::RunOnConsole(const CCmdLineContext& context, const std::function<void(IGalleryInstallationObserver*)>& step,
+int CWorkFlow::RunOnConsole(const CCmdLineContext& context,
+                            const std::function<void(IGalleryInstallationObserver*)>& step,
                             const CInstallationController* controller)
 {
     CLIProgress progress;
     progress.SetVerbose(context.verbose);
     step(&progress);
-    if (controller && !controller->GetProblem().IsEmpty())
-    {
+    if (controller && !controller->GetProblem().IsEmpty()) {
         PrintErr(CAtlStringA(controller->GetProblem().GetString()));
         return eFailure;
     }

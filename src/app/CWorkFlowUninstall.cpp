@@ -26,8 +26,7 @@ void RemoveGalleryRecords(const CZoltaDirectoryPath& directory)
         manifest.Remove();
     CZoltaDirectoryPath uninstall = directory;
     uninstall.Append(L"Uninstall");
-    for (const wchar_t* name : {CGalleryInstallation::GalleryCategoriesXml, CGalleryInstallation::LockFileName})
-    {
+    for (const wchar_t* name : {CGalleryInstallation::GalleryCategoriesXml, CGalleryInstallation::LockFileName}) {
         const CZoltaFilePath file = uninstall.GetFile(name);
         if (file.Exists())
             file.Remove();
@@ -53,14 +52,12 @@ bool CWorkFlow::UninstallGallery(const CWorkFlowEnvironment& environment, IGalle
 {
     ZOLTA_ASSERT(environment.configuration != nullptr && environment.controller != nullptr);
     CConfiguration& configuration = *environment.configuration;
-    if (!configuration.FindInstalled())
-    {
+    if (!configuration.FindInstalled()) {
         Output::Error(Output::eCouldNotLoadConfiguration, gui);
         return false;
     }
     const CAtlString installed = configuration.GetInstallDirectory().GetPath();
-    if (!PathSelector::IsWritableDirectory(installed))
-    {
+    if (!PathSelector::IsWritableDirectory(installed)) {
         Output::Error(Output::eNoWritePermission, CAtlStringA(installed.GetString()), gui);
         return false;
     }
@@ -68,8 +65,7 @@ bool CWorkFlow::UninstallGallery(const CWorkFlowEnvironment& environment, IGalle
     const CZoltaDirectoryPath directory = environment.controller->UninstallAll(observer);
     // A gallery whose state can't be read keeps its registration, so that a later run can finish.
     const CAtlString& problem = environment.controller->GetProblem();
-    if (!problem.IsEmpty() || HasRecords(directory))
-    {
+    if (!problem.IsEmpty() || HasRecords(directory)) {
         const CAtlString why =
             problem.IsEmpty() ? CAtlString(L"Some packages could not be removed from ") + directory.GetPath() : problem;
         PrintErr(CAtlStringA(why.GetString()) + CAtlStringA("\nThe gallery stays registered."));
@@ -86,8 +82,7 @@ bool CWorkFlow::UninstallGallery(const CWorkFlowEnvironment& environment, IGalle
 int CWorkFlow::Uninstall(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
-    if (!configuration->IsLoaded())
-    {
+    if (!configuration->IsLoaded()) {
         Output::Error(Output::eCouldNotLoadConfiguration, false);
         return eFailure;
     }
@@ -100,21 +95,16 @@ int CWorkFlow::Uninstall(const CCmdLineContext& context, Configuration configura
 int CWorkFlow::Register(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
-    if (!context.remote)
-    {
-        if (!FileAssociations::Register(context.applicationPath, L"-configuration"))
-        {
+    if (!context.remote) {
+        if (!FileAssociations::Register(context.applicationPath, L"-configuration")) {
             Output::Error(Output::eCouldNotRegisterAssociations, false);
             return eFailure;
         }
-    }
-    else
-    {
+    } else {
         // Taken back by MakeEnvironment below: here -remote only spares the file associations.
         configuration->SetApplicationPath(CAtlString());
     }
-    if (!configuration->IsLoaded())
-    {
+    if (!configuration->IsLoaded()) {
         if (context.configurationPath.IsEmpty())
             return eSuccess;
         Output::Error(Output::eCouldNotLoadConfiguration, false);
@@ -122,8 +112,7 @@ int CWorkFlow::Register(const CCmdLineContext& context, Configuration configurat
     }
 
     const CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
-    if (!configuration->StoreConfiguration())
-    {
+    if (!configuration->StoreConfiguration()) {
         Output::Error(Output::eCouldNotCopyConfiguration, false);
         return eFailure;
     }

@@ -60,15 +60,11 @@ int CWorkFlow::Normal(const CCmdLineContext& context, Configuration configuratio
     if (CheckSelfUpdate(environment))
         return eSuccess;
 
-    if (!configuration->IsLoaded())
-    {
-        if (!context.configurationPath.IsEmpty())
-        {
+    if (!configuration->IsLoaded()) {
+        if (!context.configurationPath.IsEmpty()) {
             // The option named something that could not be loaded.
             Output::Error(Output::eCouldNotLoadConfiguration, true);
-        }
-        else
-        {
+        } else {
             CAtlString file;
             if (!context.defaultParams.empty())
                 file = context.defaultParams.front();
@@ -78,8 +74,7 @@ int CWorkFlow::Normal(const CCmdLineContext& context, Configuration configuratio
                 Output::Error(Output::eCouldNotLoadConfiguration, true);
         }
     }
-    if (!configuration->IsLoaded())
-    {
+    if (!configuration->IsLoaded()) {
         GalleryChooser chooser(configuration,
                                [&context](std::shared_ptr<CConfiguration> chosen, bool gui, QWidget* parent) {
                                    return UninstallWithDialog(context, std::move(chosen), gui, parent);
@@ -102,8 +97,7 @@ int CWorkFlow::RunMainWindow(CWorkFlowEnvironment& environment)
 
     if (!configuration.IsLoaded())
         return eFailure;
-    if (!configuration.StoreConfiguration())
-    {
+    if (!configuration.StoreConfiguration()) {
         Output::Error(Output::eCouldNotCopyConfiguration, true);
         return eFailure;
     }
@@ -112,22 +106,16 @@ int CWorkFlow::RunMainWindow(CWorkFlowEnvironment& environment)
 
     bool sourceAvailable = true;
     const CAtlString& source = environment.context->source;
-    if (!source.IsEmpty())
-    {
-        if (!controller.FindSource(source))
-        {
+    if (!source.IsEmpty()) {
+        if (!controller.FindSource(source)) {
             Output::Error(Output::eSourceNotFound, true);
             return eFailure;
         }
-    }
-    else if (!controller.FindSource(configuration.GetSourceDirectory().GetPath()))
-    {
+    } else if (!controller.FindSource(configuration.GetSourceDirectory().GetPath())) {
         const CAtlString url = controller.GetGalleryUrl();
-        if (url.IsEmpty() || !CheckConnection(environment, url, true))
-        {
+        if (url.IsEmpty() || !CheckConnection(environment, url, true)) {
             // Without a source what is installed can still be removed.
-            if (!controller.HasInstalledData())
-            {
+            if (!controller.HasInstalledData()) {
                 Output::Error(Output::eSourceNotFound, true);
                 return eFailure;
             }
@@ -140,13 +128,10 @@ int CWorkFlow::RunMainWindow(CWorkFlowEnvironment& environment)
 
     // The engine reads a gallery only where it can keep its lock, so a folder that can't be
     // written is settled first; a new one chosen there is read on the way.
-    if (!PathSelector::IsWritableDirectory(controller.GetDestination().GetPath()))
-    {
+    if (!PathSelector::IsWritableDirectory(controller.GetDestination().GetPath())) {
         if (!EnsureWritableDestination(environment))
             return eFailure;
-    }
-    else if (!OpenWithReadDialog(environment))
-    {
+    } else if (!OpenWithReadDialog(environment)) {
         if (!controller.GetProblem().IsEmpty())
             PrintErr(CAtlStringA(controller.GetProblem().GetString()));
         return eFailure;
@@ -167,10 +152,10 @@ bool CWorkFlow::EnsureWritableDestination(CWorkFlowEnvironment& environment)
         return true;
     const CAtlStringA shown(destination.ToQString().toUtf8().constData());
     // Before the first read the folder itself tells whether a gallery is there.
-    const bool installed = controller.GetInstallation() ? !controller.NoneInstalled()
-                                                        : CInstallationController::HoldsInstalledGallery(controller.GetDestination());
-    if (installed)
-    {
+    const bool installed = controller.GetInstallation()
+                               ? !controller.NoneInstalled()
+                               : CInstallationController::HoldsInstalledGallery(controller.GetDestination());
+    if (installed) {
         // An installation can't be moved.
         QMessageBox::critical(nullptr, Title(), Output::GetTranslated(Output::eNoWritePermission, shown));
         return false;
@@ -186,7 +171,8 @@ bool CWorkFlow::ChooseNewDestination(CWorkFlowEnvironment& environment, QWidget*
 {
     PathSelector selector;
     selector.SetPath(environment.controller->GetDestination().GetPath());
-    if (!selector.Exec(parent, CAtlString(QCoreApplication::translate("CWorkFlow", "Select a folder for new gallery location"))))
+    if (!selector.Exec(
+            parent, CAtlString(QCoreApplication::translate("CWorkFlow", "Select a folder for new gallery location"))))
         return false;
     environment.configuration->SetInstallDirectory(CZoltaDirectoryPath(selector.GetPath()));
     OpenWithReadDialog(environment);
@@ -205,18 +191,15 @@ int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
 {
     PrintErrors(context.errors);
     const std::vector<CGalleryRepositoryEntry> entries = CConfiguration::InstalledGalleries();
-    if (!entries.empty())
-    {
-        QMessageBox box(QMessageBox::Question, Title(), QCoreApplication::translate("CWorkFlow", "Do you want to remove all the installed Galleries?"),
+    if (!entries.empty()) {
+        QMessageBox box(QMessageBox::Question, Title(),
+                        QCoreApplication::translate("CWorkFlow", "Do you want to remove all the installed Galleries?"),
                         QMessageBox::Yes | QMessageBox::No);
-        if (box.exec() == QMessageBox::Yes)
-        {
+        if (box.exec() == QMessageBox::Yes) {
             bool all = true;
-            for (const CGalleryRepositoryEntry& entry : entries)
-            {
+            for (const CGalleryRepositoryEntry& entry : entries) {
                 auto configuration = std::make_shared<CConfiguration>();
-                if (!configuration->OpenInstalled(entry.id))
-                {
+                if (!configuration->OpenInstalled(entry.id)) {
                     all = false;
                     continue;
                 }
@@ -234,21 +217,18 @@ int CWorkFlow::UninstallAll(const CCmdLineContext& context, Configuration)
 int CWorkFlow::WaitForCD(const CCmdLineContext& context, Configuration configuration)
 {
     PrintErrors(context.errors);
-    if (context.source.IsEmpty())
-    {
+    if (context.source.IsEmpty()) {
         QMessageBox::critical(nullptr, Title(), QCoreApplication::translate("CWorkFlow", "Invalid argument."));
         return eFailure;
     }
-    if (!configuration->IsLoaded())
-    {
+    if (!configuration->IsLoaded()) {
         Output::Error(Output::eCouldNotLoadConfiguration, true);
         return eFailure;
     }
     CWorkFlowEnvironment environment = MakeEnvironment(context, configuration);
-    CZoltaDirectoryPath found =
-        CInstallationController::LocateGalleryData(CZoltaDirectoryPath(context.source), environment.controller->GetGalleryFolder());
-    if (found.IsEmpty())
-    {
+    CZoltaDirectoryPath found = CInstallationController::LocateGalleryData(CZoltaDirectoryPath(context.source),
+                                                                           environment.controller->GetGalleryFolder());
+    if (found.IsEmpty()) {
         WaitForCDDlg wait(configuration, context.source);
         if (wait.Exec() != QDialog::Accepted)
             return eSuccess;

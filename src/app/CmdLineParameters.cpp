@@ -15,9 +15,9 @@ CAtlString Quoted(const wchar_t* prefix, const CAtlString& text)
 
 }  // namespace
 
-CStringParameter::CStringParameter(CAtlString* target) : m_target(target)
-{
-}
+CStringParameter::CStringParameter(CAtlString* target)
+    : m_target(target)
+{}
 
 bool CStringParameter::Process(const CAtlString&, const CAtlString& value)
 {
@@ -30,9 +30,9 @@ CAtlString CStringParameter::GetError() const
     return CAtlString();
 }
 
-CPathParameter::CPathParameter(CAtlString* target) : m_target(target)
-{
-}
+CPathParameter::CPathParameter(CAtlString* target)
+    : m_target(target)
+{}
 
 bool CPathParameter::Process(const CAtlString&, const CAtlString& value)
 {
@@ -45,9 +45,9 @@ CAtlString CPathParameter::GetError() const
     return CAtlString();
 }
 
-CMultiValueParameter::CMultiValueParameter(std::vector<CAtlString>* target) : m_target(target)
-{
-}
+CMultiValueParameter::CMultiValueParameter(std::vector<CAtlString>* target)
+    : m_target(target)
+{}
 
 bool CMultiValueParameter::Process(const CAtlString&, const CAtlString& value)
 {
@@ -60,9 +60,9 @@ CAtlString CMultiValueParameter::GetError() const
     return CAtlString();
 }
 
-CFlagParameter::CFlagParameter(bool* target) : m_target(target)
-{
-}
+CFlagParameter::CFlagParameter(bool* target)
+    : m_target(target)
+{}
 
 bool CFlagParameter::Process(const CAtlString&, const CAtlString&)
 {
@@ -75,16 +75,15 @@ CAtlString CFlagParameter::GetError() const
     return CAtlString();
 }
 
-CActionParameter::CActionParameter(bool* actionChosen, bool* elevation, bool elevationValue,
-                                   CWorkFlowFunction* runner, CWorkFlowFunction action, bool exclusive)
+CActionParameter::CActionParameter(bool* actionChosen, bool* elevation, bool elevationValue, CWorkFlowFunction* runner,
+                                   CWorkFlowFunction action, bool exclusive)
     : m_actionChosen(actionChosen),
       m_elevation(elevation),
       m_elevationValue(elevationValue),
       m_exclusive(exclusive),
       m_runner(runner),
       m_action(std::move(action))
-{
-}
+{}
 
 bool CActionParameter::Process(const CAtlString& name, const CAtlString&)
 {
@@ -104,9 +103,9 @@ CAtlString CActionParameter::GetError() const
 }
 
 CValueActionParameter::CValueActionParameter(Action action, bool* used)
-    : m_action(std::move(action)), m_used(used)
-{
-}
+    : m_action(std::move(action)),
+      m_used(used)
+{}
 
 bool CValueActionParameter::Process(const CAtlString& name, const CAtlString& value)
 {
@@ -129,8 +128,7 @@ CErrorParameter::CErrorParameter(bool* actionChosen, bool* elevation, CWorkFlowF
                                  CWorkFlowFunction usage, std::vector<CAtlString>* errors)
     : CActionParameter(actionChosen, elevation, false, runner, std::move(usage), false),
       CMultiValueParameter(errors)
-{
-}
+{}
 
 bool CErrorParameter::Process(const CAtlString& name, const CAtlString& value)
 {

@@ -15,8 +15,7 @@ using CWorkFlowFunction = std::function<int(const CCmdLineContext&, std::shared_
 
 // One command-line option. The parser hands it the option's name and value; GetError is asked
 // once per registered name after all tokens are read.
-class ICmdLineParam
-{
+class ICmdLineParam {
 public:
     virtual ~ICmdLineParam() = default;
     virtual bool Process(const CAtlString& name, const CAtlString& value) = 0;
@@ -32,8 +31,7 @@ inline constexpr const wchar_t* UnknownParam = L"__UNKNOWN_PARAM";
 }  // namespace CmdLineReserved
 
 // -locale, -proxy, ...: the value is stored as it stands.
-class CStringParameter : public virtual ICmdLineParam
-{
+class CStringParameter : public virtual ICmdLineParam {
 public:
     explicit CStringParameter(CAtlString* target);
     bool Process(const CAtlString& name, const CAtlString& value) override;
@@ -44,8 +42,7 @@ private:
 };
 
 // -source, -destination: a path kept as text, unchanged.
-class CPathParameter : public virtual ICmdLineParam
-{
+class CPathParameter : public virtual ICmdLineParam {
 public:
     explicit CPathParameter(CAtlString* target);
     bool Process(const CAtlString& name, const CAtlString& value) override;
@@ -56,8 +53,7 @@ private:
 };
 
 // -c and the positional arguments: every value is appended.
-class CMultiValueParameter : public virtual ICmdLineParam
-{
+class CMultiValueParameter : public virtual ICmdLineParam {
 public:
     explicit CMultiValueParameter(std::vector<CAtlString>* target);
     bool Process(const CAtlString& name, const CAtlString& value) override;
@@ -68,8 +64,7 @@ private:
 };
 
 // -verbose and friends: present means true.
-class CFlagParameter : public virtual ICmdLineParam
-{
+class CFlagParameter : public virtual ICmdLineParam {
 public:
     explicit CFlagParameter(bool* target);
     bool Process(const CAtlString& name, const CAtlString& value) override;
@@ -81,8 +76,7 @@ private:
 
 // An option that chooses the work flow. Exclusive actions share one "chosen" flag, so the first
 // on the command line wins and each later one keeps an "Illegal" complaint for the parser.
-class CActionParameter : public virtual ICmdLineParam
-{
+class CActionParameter : public virtual ICmdLineParam {
 public:
     CActionParameter(bool* actionChosen, bool* elevation, bool elevationValue, CWorkFlowFunction* runner,
                      CWorkFlowFunction action, bool exclusive = true);
@@ -104,8 +98,7 @@ private:
 
 // -configuration and -guid: the action runs at once, during the parse. Both share one "used"
 // flag, so only the first of them, once, takes effect.
-class CValueActionParameter : public virtual ICmdLineParam
-{
+class CValueActionParameter : public virtual ICmdLineParam {
 public:
     using Action = std::function<bool(const CAtlString&)>;
 
@@ -121,8 +114,7 @@ private:
 
 // Where the parser sends its complaints. Each becomes a line of `errors`; a missing value or a
 // complaint collected at the end also switches the run to the usage text, an unknown option does not.
-class CErrorParameter : public CActionParameter, public CMultiValueParameter
-{
+class CErrorParameter : public CActionParameter, public CMultiValueParameter {
 public:
     CErrorParameter(bool* actionChosen, bool* elevation, CWorkFlowFunction* runner, CWorkFlowFunction usage,
                     std::vector<CAtlString>* errors);

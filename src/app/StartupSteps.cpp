@@ -22,7 +22,8 @@ void LoadProgramCatalogue()
     // The toolkit's own texts (Yes, No, Cancel of the standard buttons) in the same language,
     // where the system has its catalogue.
     static QTranslator toolkit;
-    if (toolkit.load(QStringLiteral("qtbase_") + GetUILanguage(false), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    if (toolkit.load(QStringLiteral("qtbase_") + GetUILanguage(false),
+                     QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&toolkit);
 }
 

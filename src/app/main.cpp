@@ -69,8 +69,7 @@ int main(int argc, char** argv)
 
         factory.ParseCommandLine(argc, argv);
         factory.Context().applicationPath = CAtlString(QCoreApplication::applicationFilePath());
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers,
-                                        500);
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers, 500);
 
         if (factory.WantsElevation() && DisplayPlatform::IsHeadless()) {
             std::fprintf(stderr, "%s\n", DisplayPlatform::NoDisplayMessage());

@@ -14,8 +14,7 @@ using tinyxml2::XMLElement;
 
 CApplicationData::CApplicationData(std::shared_ptr<FileList> files)
     : m_files(std::move(files))
-{
-}
+{}
 
 void CApplicationData::Read(const XMLElement& application)
 {

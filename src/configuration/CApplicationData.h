@@ -11,8 +11,7 @@ class XMLElement;
 
 // How the tool presents itself for a collection: the Application element of configuration.xml.
 // File references (about text, splash text, style sheet) stay relative to the document.
-class CApplicationData
-{
+class CApplicationData {
 public:
     explicit CApplicationData(std::shared_ptr<FileList> files);
 

@@ -7,8 +7,7 @@
 
 CAutoDirectoryDestructor::CAutoDirectoryDestructor(const CZoltaDirectoryPath& directory)
     : m_directory(directory)
-{
-}
+{}
 
 CAutoDirectoryDestructor::~CAutoDirectoryDestructor()
 {

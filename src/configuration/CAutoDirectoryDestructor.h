@@ -4,8 +4,7 @@
 
 // Owns a folder on disk: when the last holder lets go, the folder goes with all it contains.
 // Used for the unpacked copy of a .gallerycollection file.
-class CAutoDirectoryDestructor
-{
+class CAutoDirectoryDestructor {
 public:
     explicit CAutoDirectoryDestructor(const CZoltaDirectoryPath& directory);
     ~CAutoDirectoryDestructor();

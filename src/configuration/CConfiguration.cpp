@@ -149,9 +149,8 @@ bool CConfiguration::WriteConfigurationXml(const CAtlString& file) const
     m_gallery->Write(*gallery);
 
     // A failed write (a full disk) keeps the stored copy that was there.
-    return ReplaceFileWith(CZoltaFilePath(file), [&document](FILE* output) {
-        return document.SaveFile(output) == tinyxml2::XML_SUCCESS;
-    });
+    return ReplaceFileWith(CZoltaFilePath(file),
+                           [&document](FILE* output) { return document.SaveFile(output) == tinyxml2::XML_SUCCESS; });
 }
 
 bool CConfiguration::OpenCollectionFile(const CAtlString& file)
@@ -204,7 +203,8 @@ bool CConfiguration::OpenInstalled(const CAtlString& guid)
 
 CZoltaDirectoryPath CConfiguration::SharedGalleriesFolder()
 {
-    return CZoltaDirectoryPath(QString::fromStdString(curatool::SystemLocation(std::string_view(SharedGalleriesLocation))));
+    return CZoltaDirectoryPath(
+        QString::fromStdString(curatool::SystemLocation(std::string_view(SharedGalleriesLocation))));
 }
 
 CZoltaDirectoryPath CConfiguration::ConfigurationsFolder()
@@ -339,18 +339,34 @@ bool CConfiguration::RemoveStoredFiles()
     const fs::path base = ToFileSystemPath(m_files->GetBaseDirectory().GetPath());
     for (const CZoltaFilePath& file : m_files->GetFiles()) {
         // Only what lies in the collection's own folder is ours to delete.
-        if (!m_files->GetBaseDirectory().IsEmpty() && collection_folders::IsInside(ToFileSystemPath(file.GetPath()), base))
+        if (!m_files->GetBaseDirectory().IsEmpty() &&
+            collection_folders::IsInside(ToFileSystemPath(file.GetPath()), base))
             file.Remove();
     }
     // Directories stay, by design: they may hold more than the collection brought.
     return true;
 }
 
-bool CConfiguration::IsLoaded() const { return m_valid; }
-bool CConfiguration::IsStored() const { return m_stored; }
-CZoltaDirectoryPath CConfiguration::GetDirectory() const { return m_sourceDirectory; }
-CZoltaDirectoryPath CConfiguration::GetSourceDirectory() const { return m_sourceDirectory; }
-CZoltaDirectoryPath CConfiguration::GetConfigurationDirectory() const { return m_configurationDirectory; }
+bool CConfiguration::IsLoaded() const
+{
+    return m_valid;
+}
+bool CConfiguration::IsStored() const
+{
+    return m_stored;
+}
+CZoltaDirectoryPath CConfiguration::GetDirectory() const
+{
+    return m_sourceDirectory;
+}
+CZoltaDirectoryPath CConfiguration::GetSourceDirectory() const
+{
+    return m_sourceDirectory;
+}
+CZoltaDirectoryPath CConfiguration::GetConfigurationDirectory() const
+{
+    return m_configurationDirectory;
+}
 
 CAtlString CConfiguration::ResolvePath(const CAtlString& relative) const
 {
@@ -362,12 +378,30 @@ CAtlString CConfiguration::GetStyleSheetPath() const
     return ResolvePath(GetApplication()->GetStyleSheet());
 }
 
-CZoltaDirectoryPath CConfiguration::GetInstallDirectory() const { return m_installDirectory; }
-void CConfiguration::SetInstallDirectory(const CZoltaDirectoryPath& directory) { m_installDirectory = directory; }
-CAtlString CConfiguration::GetApplicationPath() const { return m_applicationPath; }
-void CConfiguration::SetApplicationPath(const CAtlString& path) { m_applicationPath = path; }
-CAtlString CConfiguration::GetCollectionLocation() const { return m_collectionLocation; }
-const CVersionString& CConfiguration::GetDocumentVersion() const { return m_documentVersion; }
+CZoltaDirectoryPath CConfiguration::GetInstallDirectory() const
+{
+    return m_installDirectory;
+}
+void CConfiguration::SetInstallDirectory(const CZoltaDirectoryPath& directory)
+{
+    m_installDirectory = directory;
+}
+CAtlString CConfiguration::GetApplicationPath() const
+{
+    return m_applicationPath;
+}
+void CConfiguration::SetApplicationPath(const CAtlString& path)
+{
+    m_applicationPath = path;
+}
+CAtlString CConfiguration::GetCollectionLocation() const
+{
+    return m_collectionLocation;
+}
+const CVersionString& CConfiguration::GetDocumentVersion() const
+{
+    return m_documentVersion;
+}
 
 std::shared_ptr<FileList> CConfiguration::GetFileList() const
 {
@@ -399,7 +433,10 @@ std::shared_ptr<MetaDataXml> CConfiguration::GetMetaData() const
     return m_metaData;
 }
 
-const CGalleryRepositoryEntry& CConfiguration::GetRepositoryEntry() const { return m_repositoryEntry; }
+const CGalleryRepositoryEntry& CConfiguration::GetRepositoryEntry() const
+{
+    return m_repositoryEntry;
+}
 
 std::vector<CGalleryRepositoryEntry> CConfiguration::InstalledGalleries()
 {

@@ -20,8 +20,7 @@
 // a directory with configuration.xml and metadata.xml, a .gallerycollection archive of such a
 // directory, or the stored copy found again through the gallery's repository entry.
 // All operations report by their result; the caller chooses the words for the user.
-class CConfiguration
-{
+class CConfiguration {
 public:
     typedef std::function<void(CConfiguration const*)> LoadedCallback;
 

@@ -16,7 +16,8 @@ void CGalleryData::Read(const XMLElement& gallery)
     m_defaultSource = FromUtf8(gallery.Attribute("DefaultSource"));
     m_name = FromUtf8(gallery.Attribute("Name"));
     for (const XMLElement* category = gallery.FirstChildElement("Category"); category;
-         category = category->NextSiblingElement("Category")) {
+         category = category->NextSiblingElement("Category"))
+    {
         const CAtlString shortId = FromUtf8(category->Attribute("ShortID"));
         const CAtlString guid = FromUtf8(category->Attribute("GUID"));
         if (shortId.IsEmpty() || guid.IsEmpty())

@@ -9,8 +9,7 @@ class XMLElement;
 }
 
 // The gallery's identity: the Gallery element of configuration.xml.
-class CGalleryData
-{
+class CGalleryData {
 public:
     typedef std::map<CAtlString, CAtlString> CategoryMap;  // ShortID -> category GUID
 

@@ -7,8 +7,7 @@
 // A gallery's record in the settings store, under
 // "Software\ZOLTA Technologies Inc.\Gallery\<group>\<id>": where its manifest and metadata are,
 // which program manages it with which arguments, and whether it is enabled.
-class CGalleryRepositoryEntry
-{
+class CGalleryRepositoryEntry {
 public:
     static const wchar_t* const SystemGroup;  // "TeamContent", kept machine-wide
     static const wchar_t* const UserGroup;    // "PersonalTeamContent", kept per user

@@ -11,8 +11,7 @@ using tinyxml2::XMLElement;
 
 COrganizationData::COrganizationData(std::shared_ptr<FileList> files)
     : m_files(std::move(files))
-{
-}
+{}
 
 void COrganizationData::Read(const XMLElement& organization)
 {

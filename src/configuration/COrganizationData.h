@@ -10,8 +10,7 @@ class XMLElement;
 }
 
 // The organisation that issued a collection: the Organization element of configuration.xml.
-class COrganizationData
-{
+class COrganizationData {
 public:
     explicit COrganizationData(std::shared_ptr<FileList> files);
 

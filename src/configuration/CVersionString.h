@@ -5,8 +5,7 @@
 
 // A four-part version value. The parser is lenient: besides "a.b.c.d" it understands the packed
 // digit strings of older data, and text that is no version at all still compares, by its text.
-class CVersionString
-{
+class CVersionString {
 public:
     CVersionString();
     explicit CVersionString(const CAtlString& text);

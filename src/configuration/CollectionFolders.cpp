@@ -18,8 +18,8 @@ bool IsInside(const fs::path& path, const fs::path& folder)
     if (error)
         return false;
     const fs::path resolved = resolvedParent / path.filename();
-    auto [folderEnd, unused] = std::mismatch(resolvedFolder.begin(), resolvedFolder.end(),
-                                             resolved.begin(), resolved.end());
+    auto [folderEnd, unused] =
+        std::mismatch(resolvedFolder.begin(), resolvedFolder.end(), resolved.begin(), resolved.end());
     (void)unused;
     return folderEnd == resolvedFolder.end() && resolved != resolvedFolder;
 }

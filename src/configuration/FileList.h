@@ -9,8 +9,7 @@
 // Every file and directory that belongs to a collection, so that the collection can be copied
 // to its stored place and removed from there again. Relative references resolve against the
 // base directory, the folder the collection's documents were read from.
-class FileList
-{
+class FileList {
 public:
     FileList();
     virtual ~FileList();

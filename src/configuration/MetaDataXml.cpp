@@ -10,8 +10,7 @@ using configuration_text::FromUtf8;
 
 MetaDataXml::MetaDataXml(std::shared_ptr<FileList> files)
     : m_files(std::move(files))
-{
-}
+{}
 
 bool MetaDataXml::Read(const CAtlString& file)
 {
@@ -44,7 +43,8 @@ bool MetaDataXml::Read(const CAtlString& file)
     if (!title)
         return false;
     for (const tinyxml2::XMLElement* string = title->FirstChildElement("lom:string"); string;
-         string = string->NextSiblingElement("lom:string")) {
+         string = string->NextSiblingElement("lom:string"))
+    {
         const CAtlString language = FromUtf8(string->Attribute("language"));
         if (language.IsEmpty())
             continue;

@@ -8,8 +8,7 @@
 
 // The collection's metadata.xml: a small LOM document with the identifier and the titles per
 // language. Only lom:general/lom:identifier/lom:entry and lom:general/lom:title are read.
-class MetaDataXml
-{
+class MetaDataXml {
 public:
     explicit MetaDataXml(std::shared_ptr<FileList> files = std::shared_ptr<FileList>());
 

@@ -9,16 +9,29 @@
 // Holder of one reference to a reference-counted object. Taking a raw pointer adds a reference;
 // Attach adopts one that the caller already owns (a freshly created object, for instance).
 template <class T>
-class CComPtr
-{
+class CComPtr {
 public:
     CComPtr() noexcept = default;
     CComPtr(std::nullptr_t) noexcept {}
-    CComPtr(T* object) noexcept : p(object) { AddRefIfSet(); }
-    CComPtr(const CComPtr& other) noexcept : p(other.p) { AddRefIfSet(); }
-    CComPtr(CComPtr&& other) noexcept : p(std::exchange(other.p, nullptr)) {}
+    CComPtr(T* object) noexcept
+        : p(object)
+    {
+        AddRefIfSet();
+    }
+    CComPtr(const CComPtr& other) noexcept
+        : p(other.p)
+    {
+        AddRefIfSet();
+    }
+    CComPtr(CComPtr&& other) noexcept
+        : p(std::exchange(other.p, nullptr))
+    {}
     template <class U>
-    CComPtr(const CComPtr<U>& other) noexcept : p(other.p) { AddRefIfSet(); }
+    CComPtr(const CComPtr<U>& other) noexcept
+        : p(other.p)
+    {
+        AddRefIfSet();
+    }
     ~CComPtr() { Release(); }
 
     CComPtr& operator=(T* object) noexcept

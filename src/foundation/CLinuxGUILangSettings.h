@@ -5,8 +5,7 @@
 // The language record of this platform. One instance serves the whole process: it is made on first
 // use and lives until the process ends. It never knows a code of its own; the code comes from
 // CZOLTALanguageSettingsCache.
-class CLinuxGUILangSettings : public IGUILang
-{
+class CLinuxGUILangSettings : public IGUILang {
 public:
     static CLinuxGUILangSettings* GetInstance();
 

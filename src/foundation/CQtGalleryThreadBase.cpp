@@ -5,7 +5,9 @@
 
 #include <QTimer>
 
-CQtGalleryThreadBase::CQtGalleryThreadBase(QObject* parent) : QThread(parent) {}
+CQtGalleryThreadBase::CQtGalleryThreadBase(QObject* parent)
+    : QThread(parent)
+{}
 
 CQtGalleryThreadBase::~CQtGalleryThreadBase()
 {

@@ -9,16 +9,14 @@
 class CQtGalleryThreadBase;
 
 // The non-Qt face of a gallery worker, for code that only wants the work run.
-class CGalleryThreadBase
-{
+class CGalleryThreadBase {
 public:
     virtual ~CGalleryThreadBase() = default;
     [[nodiscard]] virtual HRESULT Run() = 0;
 };
 
 // Told when a gallery worker has finished, on the thread that ran the work.
-class IGalleryThreadObserver
-{
+class IGalleryThreadObserver {
 public:
     virtual ~IGalleryThreadObserver() = default;
     virtual void OnThreadFinished(CQtGalleryThreadBase* thread) = 0;
@@ -34,8 +32,7 @@ public:
 //     const int result = worker.Result();
 //
 // A subclass whose Work() uses its own members must Cancel() and Wait() in its destructor.
-class CQtGalleryThreadBase : public QThread
-{
+class CQtGalleryThreadBase : public QThread {
     Q_OBJECT
 public:
     explicit CQtGalleryThreadBase(QObject* parent = nullptr);

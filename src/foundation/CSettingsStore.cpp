@@ -185,8 +185,8 @@ int CSettingsStore::WriteStringArray(bool userScope, const CAtlString& section, 
         return eStatusNotFound;
     int result = eStatusOk;
     for (qsizetype index = 0; index < values.size(); ++index) {
-        if (WriteString(userScope, section, CAtlString(QString::number(index)), CAtlString(values[index]),
-                        storeName) != eStatusOk)
+        if (WriteString(userScope, section, CAtlString(QString::number(index)), CAtlString(values[index]), storeName) !=
+            eStatusOk)
             result = eStatusNotFound;
     }
     return result;

@@ -17,11 +17,9 @@
 //
 // The store name ("com.zoltaworks.Registry", "Gallery", ...) is what the same call would name on
 // other platforms; it does not choose a file here.
-class CSettingsStore
-{
+class CSettingsStore {
 public:
-    enum eStatus
-    {
+    enum eStatus {
         eStatusOk = 0,
         eStatusNotFound = 2,  // absent key on reads; no usable store on writes
     };
@@ -32,14 +30,13 @@ public:
     static int ReadInt(bool userScope, const CAtlString& section, const CAtlString& key, int defaultValue,
                        int* status = nullptr, const CAtlString& storeName = CAtlString());
 
-    static int WriteString(bool userScope, const CAtlString& section, const CAtlString& key,
-                           const CAtlString& value, const CAtlString& storeName = CAtlString());
+    static int WriteString(bool userScope, const CAtlString& section, const CAtlString& key, const CAtlString& value,
+                           const CAtlString& storeName = CAtlString());
     static int WriteInt(bool userScope, const CAtlString& section, const CAtlString& key, int value,
                         const CAtlString& storeName = CAtlString());
 
     // Removes the section with everything below it.
-    static int DeleteSection(bool userScope, const CAtlString& section,
-                             const CAtlString& storeName = CAtlString());
+    static int DeleteSection(bool userScope, const CAtlString& section, const CAtlString& storeName = CAtlString());
 
     // Names of the child sections, then of the values, directly below `section`. 2 when there are none.
     static int ListSection(bool userScope, const CAtlString& section, std::vector<CAtlString>& names);
@@ -70,8 +67,7 @@ public:
     // so the store is the fixed organisation's own file whatever the program calls itself.
     // QCoreApplication cannot hold a blank application name (it puts the program file's name in
     // its place), so the store keeps the blank itself. The names come back when it goes.
-    class BlankIdentity
-    {
+    class BlankIdentity {
     public:
         BlankIdentity();
         ~BlankIdentity();

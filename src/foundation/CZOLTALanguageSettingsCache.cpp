@@ -23,7 +23,8 @@ QString StoredLanguage()
 CZOLTALanguageSettingsCache* CZOLTALanguageSettingsCache::m_pTheOneandOnlyInstance = nullptr;
 
 CZOLTALanguageSettingsCache::CZOLTALanguageSettingsCache(const CAtlString& application)
-    : m_languageKeys(17), m_application(application)
+    : m_languageKeys(17),
+      m_application(application)
 {
     if (application.IsEmpty())
         return;
@@ -35,8 +36,7 @@ CZOLTALanguageSettingsCache::CZOLTALanguageSettingsCache(const CAtlString& appli
 
 CZOLTALanguageSettingsCache* CZOLTALanguageSettingsCache::GetInstance(const CAtlString& application)
 {
-    if (m_pTheOneandOnlyInstance &&
-        (application.IsEmpty() || application == m_pTheOneandOnlyInstance->m_application))
+    if (m_pTheOneandOnlyInstance && (application.IsEmpty() || application == m_pTheOneandOnlyInstance->m_application))
         return m_pTheOneandOnlyInstance;
     // A former instance stays alive: whoever asked for it may still use it.
     m_pTheOneandOnlyInstance = new CZOLTALanguageSettingsCache(application);

@@ -8,8 +8,7 @@
 
 // Works out the interface language from the settings store, KDE's configuration and the system
 // locale. Made for one application key; one instance is current at a time.
-class CZOLTALanguageSettingsCache : public IGUILang
-{
+class CZOLTALanguageSettingsCache : public IGUILang {
 public:
     // The current instance. An empty key, or the key it was made for, gives the current one; another
     // key makes a new current instance and leaves the former one alive, since callers may still hold it.

@@ -107,11 +107,17 @@ CZoltaDirectoryPath g_tempFolderOverride;
 
 }  // namespace
 
-CZoltaDirectoryPath::CZoltaDirectoryPath(const CAtlString& path) : m_path(path) {}
+CZoltaDirectoryPath::CZoltaDirectoryPath(const CAtlString& path)
+    : m_path(path)
+{}
 
-CZoltaDirectoryPath::CZoltaDirectoryPath(const QString& path) : m_path(path) {}
+CZoltaDirectoryPath::CZoltaDirectoryPath(const QString& path)
+    : m_path(path)
+{}
 
-CZoltaDirectoryPath::CZoltaDirectoryPath(const char* path) : m_path(QString::fromUtf8(path ? path : "")) {}
+CZoltaDirectoryPath::CZoltaDirectoryPath(const char* path)
+    : m_path(QString::fromUtf8(path ? path : ""))
+{}
 
 QString CZoltaDirectoryPath::ToQString() const
 {

@@ -9,8 +9,7 @@
 
 // The path of one folder, with every file-system operation on folders. Two paths are equal when
 // their texts are, apart from a trailing separator. Constructing one never touches the disk.
-class CZoltaDirectoryPath
-{
+class CZoltaDirectoryPath {
 public:
     CZoltaDirectoryPath() = default;
     CZoltaDirectoryPath(const CZoltaDirectoryPath& other) = default;

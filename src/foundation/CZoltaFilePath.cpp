@@ -56,11 +56,17 @@ CAtlString FromFileSystemEncoding(const char* bytes)
     return CAtlString(QString::fromUtf8(bytes ? bytes : ""));
 }
 
-CZoltaFilePath::CZoltaFilePath(const CAtlString& path) : m_path(path) {}
+CZoltaFilePath::CZoltaFilePath(const CAtlString& path)
+    : m_path(path)
+{}
 
-CZoltaFilePath::CZoltaFilePath(const QString& path) : m_path(path) {}
+CZoltaFilePath::CZoltaFilePath(const QString& path)
+    : m_path(path)
+{}
 
-CZoltaFilePath::CZoltaFilePath(const char* path) : m_path(QString::fromUtf8(path ? path : "")) {}
+CZoltaFilePath::CZoltaFilePath(const char* path)
+    : m_path(QString::fromUtf8(path ? path : ""))
+{}
 
 QString CZoltaFilePath::ToQString() const
 {

@@ -11,8 +11,7 @@ class CZoltaDirectoryPath;
 
 // The path of one file. Folder, name and extension are derived from the text on demand; nothing
 // touches the disk until an operation asks for it.
-class CZoltaFilePath
-{
+class CZoltaFilePath {
 public:
     CZoltaFilePath() = default;
     CZoltaFilePath(const CZoltaFilePath& other) = default;

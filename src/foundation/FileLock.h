@@ -5,8 +5,7 @@
 // An advisory lock (flock) on one file, held while the object lives. It is taken by whatever
 // process opens the same file, whichever copy of the program it runs, and the system lets it go
 // when the process ends, however it ends.
-class FileLock
-{
+class FileLock {
 public:
     FileLock() = default;
     ~FileLock() { Release(); }

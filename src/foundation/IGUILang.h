@@ -6,8 +6,7 @@
 
 // What the interface language is, as the rest of the program asks it. The order of the operations
 // is part of the interface.
-class IGUILang
-{
+class IGUILang {
 public:
     virtual ~IGUILang() = default;
 
@@ -19,8 +18,7 @@ public:
 };
 
 // The answer when nothing is known: Canadian English, the language the texts are written in.
-class CGenericGUILang : public IGUILang
-{
+class CGenericGUILang : public IGUILang {
 public:
     bool IsLanguageSet() override { return false; }
     void Initialize() override {}

@@ -14,8 +14,7 @@ class CZoltaFilePath;
 // Texts are terminated 8-bit UTF-8 strings; a null text counts as empty.
 // Every operation gives S_OK, or E_FAIL when the writer has no stream; a failed write on a live
 // stream shows only in the file writer's GetResult.
-class IZOLTAXMLWriter : public IUnknown
-{
+class IZOLTAXMLWriter : public IUnknown {
 public:
     // "<?xml version="1.0" encoding="UTF-8" standalone="yes"?>", no line break.
     [[nodiscard]] virtual HRESULT WriteHeader() = 0;
@@ -31,7 +30,8 @@ public:
     // ` name="value"` with the value escaped.
     [[nodiscard]] virtual HRESULT AddAttribute(const char* name, const char* value) = 0;
     // The same with up to three parts joined; a null value2 ends the list, as does a null value3.
-    [[nodiscard]] virtual HRESULT AddAttribute(const char* name, const char* value1, const char* value2, const char* value3) = 0;
+    [[nodiscard]] virtual HRESULT AddAttribute(const char* name, const char* value1, const char* value2,
+                                               const char* value3) = 0;
     // The value in UTF-8.
     [[nodiscard]] virtual HRESULT AddAttributeWide(const char* name, const wchar_t* value) = 0;
     // Closes an open start tag (even for an empty text) and writes the text escaped.
@@ -50,10 +50,11 @@ public:
 [[nodiscard]] HRESULT WriteSimpleElement(IZOLTAXMLWriter* writer, const char* name, const char* text);
 
 // Typed attribute values. Numbers are written the same whatever the user's locale.
-[[nodiscard]] HRESULT AddAttributeFloat(IZOLTAXMLWriter* writer, const char* name, double value);      // "%.2f"
-[[nodiscard]] HRESULT AddAttributeInt(IZOLTAXMLWriter* writer, const char* name, int value);           // "%i"
+[[nodiscard]] HRESULT AddAttributeFloat(IZOLTAXMLWriter* writer, const char* name, double value);  // "%.2f"
+[[nodiscard]] HRESULT AddAttributeInt(IZOLTAXMLWriter* writer, const char* name, int value);       // "%i"
 // "#rrggbb" from 0xRRGGBB, or "none" when `none` is set.
-[[nodiscard]] HRESULT AddAttributeColor(IZOLTAXMLWriter* writer, const char* name, std::uint32_t rgb, bool none = false);
+[[nodiscard]] HRESULT AddAttributeColor(IZOLTAXMLWriter* writer, const char* name, std::uint32_t rgb,
+                                        bool none = false);
 // "data:;base64," and the base64 form of the bytes.
 [[nodiscard]] HRESULT AddAttributeBinary(IZOLTAXMLWriter* writer, const char* name, const void* data, std::size_t size);
 // "<![CDATA[" text "]]>", the text unescaped.

@@ -6,9 +6,9 @@
 #include <QTimer>
 
 QThreadWithLoop::QThreadWithLoop(std::function<int()> work, QObject* parent)
-    : QThread(parent), m_work(std::move(work))
-{
-}
+    : QThread(parent),
+      m_work(std::move(work))
+{}
 
 QThreadWithLoop::~QThreadWithLoop()
 {

@@ -8,8 +8,7 @@
 // timers and network objects that need one.
 //
 //     const int result = QThreadWithLoop::RunOnThread([&] { return engine.Run(); });
-class QThreadWithLoop : public QThread
-{
+class QThreadWithLoop : public QThread {
     Q_OBJECT
 public:
     explicit QThreadWithLoop(std::function<int()> work = {}, QObject* parent = nullptr);

@@ -7,11 +7,12 @@
 #include <QTimer>
 
 QtEventLoopWorkaround::QtEventLoopWorkaround(std::function<int()> work, QObject* parent)
-    : QObject(parent), m_work(std::move(work))
-{
-}
+    : QObject(parent),
+      m_work(std::move(work))
+{}
 
-void QtEventLoopWorkaround::DummySlot() {}
+void QtEventLoopWorkaround::DummySlot()
+{}
 
 void QtEventLoopWorkaround::Execute()
 {

@@ -11,8 +11,7 @@
 //
 // As the wait of a fetch: PumpWhileIdleAllows() sleeps in the thread's event loop until the
 // fetch says it has finished or the idle budget is spent.
-class QtEventLoopWorkaround : public QObject
-{
+class QtEventLoopWorkaround : public QObject {
     Q_OBJECT
 public:
     static constexpr int kWakeIntervalMs = 500;

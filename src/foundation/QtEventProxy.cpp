@@ -1,6 +1,8 @@
 #include "foundation/QtEventProxy.h"
 
-QtEventProxy::QtEventProxy(QObject* parent) : QObject(parent) {}
+QtEventProxy::QtEventProxy(QObject* parent)
+    : QObject(parent)
+{}
 
 void QtEventProxy::SetHandler(QEvent::Type type, Handler handler)
 {

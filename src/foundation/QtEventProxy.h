@@ -8,8 +8,7 @@
 
 // An event filter that hands chosen event types to functions, so that a class which is not a
 // QObject can still react to another object's events. Install it with installEventFilter.
-class QtEventProxy : public QObject
-{
+class QtEventProxy : public QObject {
     Q_OBJECT
 public:
     // Gives true to stop the event from reaching its object.

@@ -3,9 +3,9 @@
 #include <utility>
 
 Qtfier::Qtfier(std::function<void()> function, QObject* parent)
-    : QObject(parent), m_function(std::move(function))
-{
-}
+    : QObject(parent),
+      m_function(std::move(function))
+{}
 
 void Qtfier::Slot()
 {

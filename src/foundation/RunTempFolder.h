@@ -7,8 +7,7 @@
 // held by a lock file inside it. While it exists every temporary file of the process goes there
 // (TMPDIR points at it); it is removed at the end of the run. Folders of earlier runs whose lock
 // nobody holds any more (the run was killed) are removed when the next run starts.
-class RunTempFolder
-{
+class RunTempFolder {
 public:
     RunTempFolder();
     ~RunTempFolder();

@@ -18,7 +18,8 @@ const wchar_t kSuffix[] = L".curatool-new";
 // The rename is only durable once the folder's entry is on the disk too.
 void SyncFolder(const CZoltaDirectoryPath& folder)
 {
-    const int descriptor = ::open(ToFileSystemEncoding(folder.GetPath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor =
+        ::open(ToFileSystemEncoding(folder.GetPath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor >= 0) {
         ::fsync(descriptor);
         ::close(descriptor);
@@ -107,7 +108,8 @@ bool ReplaceFileWith(const CZoltaFilePath& target, const std::function<bool(std:
     written = std::fclose(file) == 0 && written;
     // Synced above: the rename is all that is left.
     if (!written || std::rename(ToFileSystemEncoding(temporary.GetPath()).constData(),
-                                ToFileSystemEncoding(target.GetPath()).constData()) != 0) {
+                                ToFileSystemEncoding(target.GetPath()).constData()) != 0)
+    {
         const int error = errno;  // the caller may tell why (a full disk)
         temporary.Remove();
         errno = error;

@@ -7,7 +7,8 @@
 #include <QTimer>
 
 WaitWithQtEvents::WaitWithQtEvents(std::function<bool()> keepWaiting, QObject* parent)
-    : QObject(parent), m_keepWaiting(std::move(keepWaiting))
+    : QObject(parent),
+      m_keepWaiting(std::move(keepWaiting))
 {
     ZOLTA_ASSERT(m_keepWaiting != nullptr);
 }

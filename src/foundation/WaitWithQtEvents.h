@@ -10,8 +10,7 @@
 // thread never spins.
 //
 //     WaitWithQtEvents([&] { return worker.isRunning(); }).Wait();
-class WaitWithQtEvents : public QObject
-{
+class WaitWithQtEvents : public QObject {
     Q_OBJECT
 public:
     static constexpr int kWakeIntervalMs = 500;

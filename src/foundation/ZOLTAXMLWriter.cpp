@@ -37,7 +37,9 @@ const char* OrEmpty(const char* text)
 
 // ---- CMyWriter ----
 
-CMyWriter::CMyWriter(CComPtr<IStream> stream) : m_stream(std::move(stream)) {}
+CMyWriter::CMyWriter(CComPtr<IStream> stream)
+    : m_stream(std::move(stream))
+{}
 
 CMyWriter::~CMyWriter() = default;
 
@@ -186,7 +188,8 @@ HRESULT CMyWriter::AddRawText(const char* text)
 
 // ---- CMyFileWriter ----
 
-CMyFileWriter::CMyFileWriter(const CZoltaFilePath& path, bool compressed) : CMyWriter(nullptr)
+CMyFileWriter::CMyFileWriter(const CZoltaFilePath& path, bool compressed)
+    : CMyWriter(nullptr)
 {
     if (compressed) {
         auto* stream = new CWritableCompressedFileStream(path);
@@ -218,7 +221,8 @@ HRESULT CMyFileWriter::GetResult(CAtlStringA*)
 
 // ---- CMyStringWriter ----
 
-CMyStringWriter::CMyStringWriter() : CMyWriter(nullptr)
+CMyStringWriter::CMyStringWriter()
+    : CMyWriter(nullptr)
 {
     CComPtr<IStreamOnBuffer> buffer = CreateBufferStream();
     m_buffer = buffer.p;

@@ -13,8 +13,7 @@ class CZoltaFilePath;
 
 // The writing logic shared by the file and string writers; subclasses choose the stream and
 // what GetResult gives.
-class CMyWriter : public IZOLTAXMLWriter
-{
+class CMyWriter : public IZOLTAXMLWriter {
 public:
     CMyWriter(const CMyWriter&) = delete;
     CMyWriter& operator=(const CMyWriter&) = delete;
@@ -28,7 +27,8 @@ public:
     [[nodiscard]] HRESULT StartElement(const char* name) override;
     [[nodiscard]] HRESULT EndElement(const char* name) override;
     [[nodiscard]] HRESULT AddAttribute(const char* name, const char* value) override;
-    [[nodiscard]] HRESULT AddAttribute(const char* name, const char* value1, const char* value2, const char* value3) override;
+    [[nodiscard]] HRESULT AddAttribute(const char* name, const char* value1, const char* value2,
+                                       const char* value3) override;
     [[nodiscard]] HRESULT AddAttributeWide(const char* name, const wchar_t* value) override;
     [[nodiscard]] HRESULT AddText(const char* text) override;
     [[nodiscard]] HRESULT AddRawText(const char* text) override;
@@ -51,8 +51,7 @@ private:
 };
 
 // Writes to a file, plainly or through a compressed stream.
-class CMyFileWriter : public CMyWriter
-{
+class CMyFileWriter : public CMyWriter {
 public:
     CMyFileWriter(const CZoltaFilePath& path, bool compressed);
 
@@ -67,8 +66,7 @@ private:
 };
 
 // Collects the document in memory.
-class CMyStringWriter : public CMyWriter
-{
+class CMyStringWriter : public CMyWriter {
 public:
     CMyStringWriter();
 

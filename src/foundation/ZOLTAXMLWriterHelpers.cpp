@@ -56,7 +56,8 @@ HRESULT AddAttributeBinary(IZOLTAXMLWriter* writer, const char* name, const void
     if (!data && size != 0)
         return E_INVALIDARG;
     const QByteArray encoded =
-        size == 0 ? QByteArray() : QByteArray::fromRawData(static_cast<const char*>(data), static_cast<qsizetype>(size)).toBase64();
+        size == 0 ? QByteArray()
+                  : QByteArray::fromRawData(static_cast<const char*>(data), static_cast<qsizetype>(size)).toBase64();
     return writer->AddAttribute(name, "data:;base64,", encoded.constData(), nullptr);
 }
 

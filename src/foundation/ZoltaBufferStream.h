@@ -7,8 +7,7 @@
 
 // A stream into a growing heap block: writing at the end appends, writing inside overwrites,
 // Seek moves within the bytes written so far. The block can be taken away by the caller.
-class CWriteableBufferStream : public CZoltaStreamBase<IStreamOnBuffer>
-{
+class CWriteableBufferStream : public CZoltaStreamBase<IStreamOnBuffer> {
 public:
     CWriteableBufferStream() = default;
 

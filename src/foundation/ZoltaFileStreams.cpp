@@ -89,7 +89,8 @@ std::uint64_t JoinHalves(std::uint32_t low, std::uint32_t high)
 // ---- CStdioFileStream ----
 
 CStdioFileStream::CStdioFileStream(const CZoltaFilePath& path, const char* mode, std::uint64_t startPosition)
-    : m_path(path), m_position(startPosition)
+    : m_path(path),
+      m_position(startPosition)
 {
     if (!m_path.IsEmpty())
         m_file = OpenFile(m_path, mode);
@@ -168,18 +169,19 @@ HRESULT CStdioFileStream::GetWriteStatus() const
     return S_OK;
 }
 
-CReadableStreamOnFile::CReadableStreamOnFile(const CZoltaFilePath& path) : CStdioFileStream(path, "rb", 0) {}
+CReadableStreamOnFile::CReadableStreamOnFile(const CZoltaFilePath& path)
+    : CStdioFileStream(path, "rb", 0)
+{}
 
 CWritableFileStream::CWritableFileStream(const CZoltaFilePath& path, std::uint64_t startPosition)
     : CStdioFileStream(path, "w+b", startPosition)
-{
-}
+{}
 
 // ---- CWritableCompressedFileStream ----
 
-CWritableCompressedFileStream::CWritableCompressedFileStream(const CZoltaFilePath& target,
-                                                             std::uint64_t startPosition)
-    : m_start(startPosition), m_target(target)
+CWritableCompressedFileStream::CWritableCompressedFileStream(const CZoltaFilePath& target, std::uint64_t startPosition)
+    : m_start(startPosition),
+      m_target(target)
 {
     if (m_target.IsEmpty() || !FolderOfFileExists(m_target))
         return;

@@ -9,8 +9,7 @@
 
 // The common body of the streams over a C library file handle. The handle's own buffering is
 // what makes the thousands of small writes and seeks of the manifest image affordable.
-class CStdioFileStream : public CZoltaStreamBase<IStream>
-{
+class CStdioFileStream : public CZoltaStreamBase<IStream> {
 public:
     [[nodiscard]] HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) override;
     [[nodiscard]] HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override;
@@ -36,15 +35,13 @@ private:
 };
 
 // Reads an existing file ("rb").
-class CReadableStreamOnFile : public CStdioFileStream
-{
+class CReadableStreamOnFile : public CStdioFileStream {
 public:
     explicit CReadableStreamOnFile(const CZoltaFilePath& path);
 };
 
 // Writes a file from scratch ("w+b": an existing file is truncated).
-class CWritableFileStream : public CStdioFileStream
-{
+class CWritableFileStream : public CStdioFileStream {
 public:
     explicit CWritableFileStream(const CZoltaFilePath& path, std::uint64_t startPosition = 0);
 };
@@ -52,8 +49,7 @@ public:
 // Collects the data in a raw temporary file and, when the last reference goes, stores it in the
 // target compressed with zlib's compress. Should compression fail, the raw bytes are stored, so
 // that a readable file always stands at the target.
-class CWritableCompressedFileStream : public CZoltaStreamBase<IStream>
-{
+class CWritableCompressedFileStream : public CZoltaStreamBase<IStream> {
 public:
     explicit CWritableCompressedFileStream(const CZoltaFilePath& target, std::uint64_t startPosition = 0);
 
@@ -81,8 +77,7 @@ private:
 
 // Factories: a null holder when the file does not open.
 CComPtr<IStream> OpenReadStream(const CZoltaFilePath& path);
-CComPtr<IStream> CreateWriteStream(const CZoltaFilePath& path, std::uint32_t startLow = 0,
-                                   std::uint32_t startHigh = 0);
+CComPtr<IStream> CreateWriteStream(const CZoltaFilePath& path, std::uint32_t startLow = 0, std::uint32_t startHigh = 0);
 CComPtr<IStream> CreateCompressedWriteStream(const CZoltaFilePath& path, std::uint32_t startLow = 0,
                                              std::uint32_t startHigh = 0);
 

@@ -8,8 +8,7 @@
 // What every stream of the system shares: a plain reference count that deletes the stream with
 // the last Release (no interface queries), and the stream operations nobody here needs.
 template <class Interface>
-class CZoltaStreamBase : public Interface
-{
+class CZoltaStreamBase : public Interface {
 public:
     CZoltaStreamBase() = default;
     CZoltaStreamBase(const CZoltaStreamBase&) = delete;
@@ -32,7 +31,10 @@ public:
     }
 
     [[nodiscard]] HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
-    [[nodiscard]] HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+    [[nodiscard]] HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override
+    {
+        return E_NOTIMPL;
+    }
     [[nodiscard]] HRESULT Commit(std::uint32_t) override { return E_NOTIMPL; }
     [[nodiscard]] HRESULT Revert() override { return E_NOTIMPL; }
     [[nodiscard]] HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, std::uint32_t) override { return E_NOTIMPL; }

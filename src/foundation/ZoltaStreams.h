@@ -8,8 +8,7 @@
 
 // Byte streams in the COM manner. 64-bit positions travel as two 32-bit halves, low half first.
 
-struct LARGE_INTEGER
-{
+struct LARGE_INTEGER {
     std::uint32_t LowPart;
     std::int32_t HighPart;
 
@@ -20,8 +19,7 @@ struct LARGE_INTEGER
     }
 };
 
-struct ULARGE_INTEGER
-{
+struct ULARGE_INTEGER {
     std::uint32_t LowPart;
     std::uint32_t HighPart;
 
@@ -40,21 +38,18 @@ constexpr ULARGE_INTEGER MakeULargeInteger(std::uint64_t value)
 }
 
 // Seek origins; any other value counts as STREAM_SEEK_SET.
-enum : std::uint32_t
-{
+enum : std::uint32_t {
     STREAM_SEEK_SET = 0,
     STREAM_SEEK_CUR = 1,
     STREAM_SEEK_END = 2,
 };
 
 // What Stat reports: the size of the stream.
-struct STATSTG
-{
+struct STATSTG {
     ULARGE_INTEGER cbSize;
 };
 
-class ISequentialStream : public IUnknown
-{
+class ISequentialStream : public IUnknown {
 public:
     // S_OK when something was read, S_FALSE when nothing was; the count goes to *outRead.
     [[nodiscard]] virtual HRESULT Read(void* buffer, std::uint32_t size, std::uint32_t* outRead) = 0;
@@ -62,14 +57,13 @@ public:
     [[nodiscard]] virtual HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) = 0;
 };
 
-class IStream : public ISequentialStream
-{
+class IStream : public ISequentialStream {
 public:
     // outPosition may be null.
     [[nodiscard]] virtual HRESULT Seek(LARGE_INTEGER offset, std::uint32_t origin, ULARGE_INTEGER* outPosition) = 0;
     [[nodiscard]] virtual HRESULT SetSize(ULARGE_INTEGER newSize) = 0;
     [[nodiscard]] virtual HRESULT CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* outRead,
-                           ULARGE_INTEGER* outWritten) = 0;
+                                         ULARGE_INTEGER* outWritten) = 0;
     [[nodiscard]] virtual HRESULT Commit(std::uint32_t flags) = 0;
     [[nodiscard]] virtual HRESULT Revert() = 0;
     [[nodiscard]] virtual HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER size, std::uint32_t lockType) = 0;
@@ -79,8 +73,7 @@ public:
 };
 
 // A stream whose bytes live in one heap block that the caller can look at or take away.
-class IStreamOnBuffer : public IStream
-{
+class IStreamOnBuffer : public IStream {
 public:
     // The bytes written so far; null while nothing has been.
     virtual const std::uint8_t* GetData() = 0;

@@ -8,8 +8,7 @@
 // that of COM without COM itself: an object starts with one reference, which its creator hands
 // over to a CComPtr or an out argument.
 
-struct IID
-{
+struct IID {
     std::uint32_t Data1;
     std::uint16_t Data2;
     std::uint16_t Data3;
@@ -17,8 +16,7 @@ struct IID
 };
 using REFIID = const IID&;
 
-class IUnknown
-{
+class IUnknown {
 public:
     virtual ~IUnknown() = default;
     [[nodiscard]] virtual HRESULT QueryInterface(REFIID iid, void** outObject) = 0;

@@ -6,8 +6,7 @@
 struct CGalleryFolder;
 
 // One content file of a category (kind 1).
-struct CGalleryActivity : CGalleryObject
-{
+struct CGalleryActivity : CGalleryObject {
     CGalleryFolder* m_parent;
     const wchar_t* m_href;  // file name relative to the manifest folder
 

@@ -14,9 +14,10 @@ HRESULT CGalleryFolder::Create(CGalleryFolder** target)
     if (!folder)
         return E_OUTOFMEMORY;
     folder->m_type = eGalleryObjectFolder;
-    if (FAILED(CGalleryMetadata::Create(&folder->m_metadata))
-        || FAILED(CGalleryActivityList::Create(&folder->m_activities))
-        || FAILED(CGalleryFolderList::Create(&folder->m_children))) {
+    if (FAILED(CGalleryMetadata::Create(&folder->m_metadata)) ||
+        FAILED(CGalleryActivityList::Create(&folder->m_activities)) ||
+        FAILED(CGalleryFolderList::Create(&folder->m_children)))
+    {
         Destroy(folder);
         return E_OUTOFMEMORY;
     }

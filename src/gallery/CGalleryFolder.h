@@ -13,9 +13,8 @@ using CGalleryFolderList = CGalleryList<CGalleryFolder>;
 
 // A category of a gallery tree (kind 2): child categories and activities. Not to be mixed up
 // with the installer's category records.
-struct CGalleryFolder : CGalleryObject
-{
-    CGalleryFolder* m_parent;              // null at the root of an organization
+struct CGalleryFolder : CGalleryObject {
+    CGalleryFolder* m_parent;  // null at the root of an organization
     CGalleryOrganization* m_organization;
     CGalleryActivityList* m_activities;
     CGalleryFolderList* m_children;

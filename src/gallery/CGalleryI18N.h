@@ -13,18 +13,15 @@ struct CGalleryMetadata;
 // One translation catalogue ("i18n.xml"): the titles and keywords of one language for the
 // objects of one or more manifests. Load it once, then fold it into any number of opened
 // manifests with Apply. Nothing points into the file after Load: every text is copied.
-class CGalleryI18N : public ZOLTASaxContentHandler
-{
+class CGalleryI18N : public ZOLTASaxContentHandler {
 public:
-    struct ItemMetadata
-    {
+    struct ItemMetadata {
         CAtlString m_id;
         std::vector<CAtlString> m_titles;
         std::vector<CAtlString> m_keywords;
     };
 
-    struct ManifestMetadata
-    {
+    struct ManifestMetadata {
         CAtlString m_id;
         CAtlString m_languageStringVersion;
         std::vector<std::shared_ptr<ItemMetadata>> m_items;
@@ -47,8 +44,9 @@ public:
     const std::vector<std::shared_ptr<ManifestMetadata>>& GetManifests() const { return m_manifests; }
 
     [[nodiscard]] HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                         const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
-                         const ZOLTASaxString& text, std::uint32_t position, std::uint32_t length) override;
+                                       const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
+                                       const ZOLTASaxString& text, std::uint32_t position,
+                                       std::uint32_t length) override;
 
 private:
     std::vector<std::shared_ptr<ManifestMetadata>> m_manifests;

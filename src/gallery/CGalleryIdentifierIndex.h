@@ -9,8 +9,7 @@ struct CGalleryObject;
 struct CGalleryFolder;
 
 // Hash of identifiers for the tables of the gallery library: the string hash from 0.
-struct GalleryIdentifierHash
-{
+struct GalleryIdentifierHash {
     std::size_t operator()(std::wstring_view identifier) const;
 };
 
@@ -18,8 +17,7 @@ struct GalleryIdentifierHash
 // lists. The keys point into the records: rebuild after the tree changes. Where several
 // objects share an identifier, the first in tree order wins (organizations, then each
 // category before its activities and children).
-class CGalleryIdentifierIndex
-{
+class CGalleryIdentifierIndex {
 public:
     void Build(const CGalleryManifest& manifest);
     void Clear() { m_objects.clear(); }

@@ -12,14 +12,12 @@
 
 namespace {
 
-struct Range
-{
+struct Range {
     const char* begin;
     const char* end;
 };
 
-struct Registry
-{
+struct Registry {
     std::shared_mutex mutex;
     std::vector<Range> ranges;
     std::atomic<std::size_t> size{0};
@@ -47,9 +45,9 @@ void CGalleryImageRegistry::Unregister(const void* begin)
     Registry& registry = TheRegistry();
     std::unique_lock lock(registry.mutex);
     auto& ranges = registry.ranges;
-    ranges.erase(std::remove_if(ranges.begin(), ranges.end(),
-                                [begin](const Range& range) { return range.begin == begin; }),
-                 ranges.end());
+    ranges.erase(
+        std::remove_if(ranges.begin(), ranges.end(), [begin](const Range& range) { return range.begin == begin; }),
+        ranges.end());
     registry.size = ranges.size();
 }
 

@@ -6,8 +6,7 @@
 // a cached manifest and anything laid out beside it). Records, strings and blocks inside a
 // registered image are never freed one by one: the image goes as a whole when its manifest
 // is closed. Every free of gallery data asks here first, from any thread.
-class CGalleryImageRegistry
-{
+class CGalleryImageRegistry {
 public:
     static void Register(const void* begin, std::size_t size);
     static void Unregister(const void* begin);
@@ -17,8 +16,7 @@ public:
 
 // The images one manifest owns: registered while held, unregistered and freed (std::free)
 // by Release, which runs only after every object in them is gone.
-class CGalleryImageBuffer
-{
+class CGalleryImageBuffer {
 public:
     CGalleryImageBuffer() = default;
     ~CGalleryImageBuffer();
@@ -34,8 +32,7 @@ public:
     std::size_t GetSize() const { return m_count ? m_blocks[0].size : 0; }
 
 private:
-    struct Block
-    {
+    struct Block {
         void* bytes;
         std::size_t size;
     };

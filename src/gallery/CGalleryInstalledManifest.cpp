@@ -84,8 +84,8 @@ HRESULT CGalleryInstalledManifest::StartElement(const ZOLTASaxString&, const ZOL
     return S_OK;
 }
 
-HRESULT CGalleryInstalledManifest::EndElement(const ZOLTASaxString&, const ZOLTASaxString&,
-                                              const ZOLTASaxString& qName, std::uint32_t, std::uint32_t)
+HRESULT CGalleryInstalledManifest::EndElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString& qName,
+                                              std::uint32_t, std::uint32_t)
 {
     if (qName == "zoltagallery:stringversions" && m_state == 2) {
         m_state = 1;

@@ -9,8 +9,7 @@
 // The quick reader of a manifest's head: its identifier, its version and its string versions.
 // It stops the parse as soon as it has identifier and version, so that the records of what is
 // installed can be listed without reading whole trees.
-class CGalleryInstalledManifest : public ZOLTASaxContentHandler
-{
+class CGalleryInstalledManifest : public ZOLTASaxContentHandler {
 public:
     CGalleryInstalledManifest() = default;
     ~CGalleryInstalledManifest() override;
@@ -26,10 +25,12 @@ public:
     const std::unordered_map<CAtlString, CAtlString>& GetStringVersions() const { return m_stringVersions; }
 
     [[nodiscard]] HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                         const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
-                         const ZOLTASaxString& text, std::uint32_t position, std::uint32_t length) override;
+                                       const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
+                                       const ZOLTASaxString& text, std::uint32_t position,
+                                       std::uint32_t length) override;
     [[nodiscard]] HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                       const ZOLTASaxString& qName, std::uint32_t position, std::uint32_t length) override;
+                                     const ZOLTASaxString& qName, std::uint32_t position,
+                                     std::uint32_t length) override;
 
 private:
     int m_state = 0;

@@ -16,8 +16,7 @@
 // std::malloc, or lies in an image with its capacity equal to its count, so that the first
 // addition moves it to the heap. The list never owns the children: removing one detaches it.
 template <class Node>
-struct CGalleryList
-{
+struct CGalleryList {
     Node** m_array;
     std::uint32_t m_count;
     std::uint32_t m_capacity;

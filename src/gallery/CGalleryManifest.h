@@ -12,8 +12,7 @@
 using CGalleryOrganizationList = CGalleryList<CGalleryOrganization>;
 
 // Modification time of a manifest file when it was opened, in whole seconds.
-struct CGalleryFileTime
-{
+struct CGalleryFileTime {
     std::int64_t m_seconds;
 };
 
@@ -21,14 +20,13 @@ struct CGalleryFileTime
 // heap object; its construction already creates metadata, string versions, the empty
 // organization list, the image buffer and the file-time object (IsInitialized tells whether
 // memory sufficed). Not copyable: trees move between manifests node by node.
-struct CGalleryManifest : CGalleryObject
-{
-    const wchar_t* m_path;                    // full path of the XML manifest
-    const wchar_t* m_cachePath;               // cache file it was read from, or empty
-    bool m_modified;                          // the tree differs from the file
-    bool m_extracted;                         // lives in a temporary extraction
-    CGalleryImageBuffer* m_imageBuffer;       // read buffer(s) of a cached tree, else empty
-    LanguageStringBlock* m_stringVersions;    // per language, version of the language strings
+struct CGalleryManifest : CGalleryObject {
+    const wchar_t* m_path;                  // full path of the XML manifest
+    const wchar_t* m_cachePath;             // cache file it was read from, or empty
+    bool m_modified;                        // the tree differs from the file
+    bool m_extracted;                       // lives in a temporary extraction
+    CGalleryImageBuffer* m_imageBuffer;     // read buffer(s) of a cached tree, else empty
+    LanguageStringBlock* m_stringVersions;  // per language, version of the language strings
     CGalleryOrganizationList* m_organizations;
     CGalleryFileTime* m_fileTime;
 

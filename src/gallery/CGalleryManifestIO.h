@@ -18,8 +18,7 @@ inline constexpr HRESULT S_GALLERY_RECORD_REPLACED = 4;
 // Opening, saving, merging and rebuilding of a CGalleryManifest in all its containers: a
 // gallery folder, its "imsmanifest.xml", a ".zip" or ".gallery" archive of the folder, the
 // ".xbc" form, and the binary cache format.
-class CGalleryManifestIO
-{
+class CGalleryManifestIO {
 public:
     // Folder: its "imsmanifest.xml". ".zip"/".gallery": extracted into a new temporary folder
     // that Close deletes. ".xbc": converted (a step without work) and opened. ".xml": parsed, or
@@ -28,8 +27,8 @@ public:
     // S_OK; S_FALSE when there is no file (the manifest stays empty, its path set); a failure
     // code otherwise (E_INVALIDARG for a null path). An archive that can't be extracted whole
     // gives E_FAIL: part of a package is no package.
-    [[nodiscard]] static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path, IGalleryManifestOpenObserver* observer,
-                        bool useCache);
+    [[nodiscard]] static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path,
+                                      IGalleryManifestOpenObserver* observer, bool useCache);
 
     // A folder (existing, or a new path without extension): created, "imsmanifest.xml" saved
     // into it and the content files copied there. ".gallery": packed from a temporary folder.
@@ -54,17 +53,18 @@ public:
     // target before the record is written and the files take their places. A file that no
     // record lists (the user's) is never replaced: it fails the package. `reason`, if given,
     // receives why a package failed.
-    [[nodiscard]] static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other, CGalleryFolder** outFirstItem,
-                             CAtlString* reason = nullptr);
+    [[nodiscard]] static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other,
+                                           CGalleryFolder** outFirstItem, CAtlString* reason = nullptr);
 
     // Builds the manifest anew from the install records after one was removed, saves it, and
     // deletes the files that the old tree (or a `released` file, as full paths) referred to and
     // the new tree no longer does. No other file of the folder is ever deleted.
-    [[nodiscard]] static HRESULT RebuildFromInstalled(CGalleryManifest& manifest, const std::vector<CAtlString>& released = {});
+    [[nodiscard]] static HRESULT RebuildFromInstalled(CGalleryManifest& manifest,
+                                                      const std::vector<CAtlString>& released = {});
 
     // Appends the gallery paths of the content files that `record` lists.
     [[nodiscard]] static HRESULT CollectRecordFiles(const CGalleryManifest& manifest, const CZoltaFilePath& record,
-                                      std::vector<CAtlString>& files);
+                                                    std::vector<CAtlString>& files);
 
     // Writes the whole document (declaration included) through `writer`.
     [[nodiscard]] static HRESULT WriteDocument(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);

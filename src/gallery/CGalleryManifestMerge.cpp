@@ -62,10 +62,12 @@ HRESULT UpdateActivity(CGalleryActivity& target, const CGalleryActivity& source)
 
 // Merges the tree of one manifest into another by identifier, moving what is new and
 // refreshing what is known. Look-ups go through the target's index.
-class CTreeMerger
-{
+class CTreeMerger {
 public:
-    CTreeMerger(CGalleryManifest& target, CGalleryMergeIndex& index) : m_target(target), m_index(index) {}
+    CTreeMerger(CGalleryManifest& target, CGalleryMergeIndex& index)
+        : m_target(target),
+          m_index(index)
+    {}
 
     HRESULT MergeOrganizations(CGalleryManifest& source, CGalleryFolder** outFirstItem)
     {
@@ -182,8 +184,7 @@ std::unordered_set<std::wstring> ReferencedFiles(const CGalleryManifest& manifes
 namespace {
 
 // One content file of a package on its way into the gallery.
-struct StagedFile
-{
+struct StagedFile {
     CZoltaFilePath source;
     CZoltaFilePath target;
     CZoltaFilePath staged;  // the copy beside the target, renamed onto it once all are there
@@ -191,13 +192,13 @@ struct StagedFile
 
 // The gallery files that records list: those of the package's own earlier record first, the
 // whole merged tree only when that does not settle it.
-class OwnedFiles
-{
+class OwnedFiles {
 public:
     OwnedFiles(const CGalleryManifest& gallery, const CZoltaFilePath& oldRecord, const CZoltaDirectoryPath& folder)
-        : m_gallery(gallery), m_oldRecord(oldRecord), m_folder(folder)
-    {
-    }
+        : m_gallery(gallery),
+          m_oldRecord(oldRecord),
+          m_folder(folder)
+    {}
 
     bool Contains(const CZoltaFilePath& file)
     {
@@ -259,8 +260,8 @@ bool StandsThere(const CZoltaFilePath& path)
 // ever replaced; a file of the user's that stands in the way stops the package. The files of a
 // temporary extraction are moved there (`move`), any others copied.
 HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectoryPath& from,
-                          const CZoltaDirectoryPath& to, bool move, OwnedFiles& owned,
-                          std::vector<StagedFile>& staged, CAtlString* reason)
+                          const CZoltaDirectoryPath& to, bool move, OwnedFiles& owned, std::vector<StagedFile>& staged,
+                          CAtlString* reason)
 {
     std::vector<StagedFile> files;
     std::unordered_set<std::wstring> seen;
@@ -351,8 +352,8 @@ HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManife
     // A temporary extraction is deleted after the merge: its files may move rather than be copied.
     const CZoltaDirectoryPath from = GetFolder(*other);
     const CZoltaDirectoryPath temporary = GetTempFolder();
-    const bool move = other->m_extracted && !from.IsEmpty() && from != temporary &&
-                      IsPathInside(from.GetPath(), temporary.GetPath());
+    const bool move =
+        other->m_extracted && !from.IsEmpty() && from != temporary && IsPathInside(from.GetPath(), temporary.GetPath());
     HRESULT result = StageContentFiles(*other, from, folder, move, owned, staged, reason);
     if (FAILED(result)) {
         return result;
@@ -368,7 +369,8 @@ HRESULT CGalleryManifestIO::MergeFrom(CGalleryManifest& manifest, CGalleryManife
     for (const StagedFile& file : staged) {
         // A link at the target is replaced by the rename itself, never followed.
         if (std::rename(ToFileSystemEncoding(file.staged.GetPath()).constData(),
-                        ToFileSystemEncoding(file.target.GetPath()).constData()) != 0) {
+                        ToFileSystemEncoding(file.target.GetPath()).constData()) != 0)
+        {
             result = E_FAIL;
         }
     }
@@ -454,8 +456,9 @@ HRESULT CGalleryManifestIO::RebuildFromInstalled(CGalleryManifest& manifest, con
     const CAtlString bookkeeping = GetUninstallFolder(manifest).GetPath();
     for (const std::wstring& name : candidates) {
         const CZoltaFilePath file{CAtlString(name.c_str())};
-        if (referenced.count(name) != 0 || file.IsSameFile(manifestFile) ||
-            IsPathInside(file.GetPath(), bookkeeping) || !IsPathInside(file.GetFolder().GetPath(), folder.GetPath())) {
+        if (referenced.count(name) != 0 || file.IsSameFile(manifestFile) || IsPathInside(file.GetPath(), bookkeeping) ||
+            !IsPathInside(file.GetFolder().GetPath(), folder.GetPath()))
+        {
             continue;
         }
         file.Remove();

@@ -52,8 +52,8 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
     }
 }
 
-[[nodiscard]] HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
-                    bool useCache)
+[[nodiscard]] HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path,
+                                  IGalleryManifestOpenObserver* observer, bool useCache)
 {
     manifest.m_extracted = true;
     const CZoltaDirectoryPath folder = GetTempFolder().GetUniqueChild(L"gallery");
@@ -74,8 +74,8 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
     return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
 }
 
-[[nodiscard]] HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path, IGalleryManifestOpenObserver* observer,
-                bool useCache)
+[[nodiscard]] HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path,
+                              IGalleryManifestOpenObserver* observer, bool useCache)
 {
     manifest.m_fileTime->m_seconds = 0;
     if (!CZoltaFilePath(path).Exists()) {
@@ -185,7 +185,7 @@ CAtlString CGalleryManifestIO::GetInstallRecordName(const wchar_t* identifier)
 }
 
 CZoltaFilePath CGalleryManifestIO::GetInstallRecordPath(const CZoltaDirectoryPath& uninstallFolder,
-                                                         const wchar_t* identifier)
+                                                        const wchar_t* identifier)
 {
     return uninstallFolder.GetFile(GetInstallRecordName(identifier));
 }

@@ -22,9 +22,9 @@ std::string IdText(std::uint32_t number)
 }  // namespace
 
 CGalleryManifestWriter::CGalleryManifestWriter(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer)
-    : m_manifest(manifest), m_writer(writer)
-{
-}
+    : m_manifest(manifest),
+      m_writer(writer)
+{}
 
 void CGalleryManifestWriter::Start(const char* name)
 {

@@ -18,8 +18,7 @@ struct LanguageStringBlock;
 // whole document; they mean nothing beyond it (an object's stable identifier is the lom:entry
 // of its metadata). Each activity's second number, its resource, is remembered so that the
 // resources section can refer to it.
-class CGalleryManifestWriter
-{
+class CGalleryManifestWriter {
 public:
     CGalleryManifestWriter(const CGalleryManifest& manifest, IZOLTAXMLWriter* writer);
 

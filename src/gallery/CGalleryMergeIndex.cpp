@@ -86,7 +86,8 @@ CGalleryObject* CGalleryMergeIndex::Confirm(const ListTable& table, const ListVi
     }
     const Entry& entry = found->second;
     if (entry.position < list.count && list.At(entry.position) == entry.node &&
-        std::wcscmp(entry.node->GetIdentifier(), identifier) == 0) {
+        std::wcscmp(entry.node->GetIdentifier(), identifier) == 0)
+    {
         return entry.node;
     }
     return reinterpret_cast<CGalleryObject*>(-1);

@@ -18,8 +18,7 @@ struct CGalleryManifest;
 // the size of each package, not of the gallery it goes into. Before a table is believed it is
 // checked against its list (count, array, first and last child and their identifiers), and a
 // hit is checked against the list slot it names; a table found out of step is built anew.
-class CGalleryMergeIndex
-{
+class CGalleryMergeIndex {
 public:
     template <class Node>
     Node* Find(const CGalleryList<Node>& list, const wchar_t* identifier)
@@ -43,8 +42,7 @@ public:
 
 private:
     // A child list seen through its common head, whatever its node type.
-    struct ListView
-    {
+    struct ListView {
         const void* key;
         std::uint32_t count;
         const void* array;
@@ -61,21 +59,18 @@ private:
                 }};
     }
 
-    struct Entry
-    {
+    struct Entry {
         CGalleryObject* node;
         std::uint32_t position;
     };
 
     // Looks identifiers up as they stand, without making a string of each one first.
-    struct TextHash
-    {
+    struct TextHash {
         using is_transparent = void;
         std::size_t operator()(std::wstring_view text) const { return std::hash<std::wstring_view>()(text); }
     };
 
-    struct ListTable
-    {
+    struct ListTable {
         bool built = false;
         std::uint32_t count = 0;
         const void* array = nullptr;

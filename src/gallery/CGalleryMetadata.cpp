@@ -8,9 +8,8 @@ namespace {
 
 // Text and block fields in one place, so that creation, copying and freeing stay in step.
 const wchar_t* CGalleryMetadata::*const kTextFields[] = {
-    &CGalleryMetadata::m_identifier,     &CGalleryMetadata::m_version,
-    &CGalleryMetadata::m_sortKey,        &CGalleryMetadata::m_format,
-    &CGalleryMetadata::m_originalId,     &CGalleryMetadata::m_showInLanguages,
+    &CGalleryMetadata::m_identifier,      &CGalleryMetadata::m_version,    &CGalleryMetadata::m_sortKey,
+    &CGalleryMetadata::m_format,          &CGalleryMetadata::m_originalId, &CGalleryMetadata::m_showInLanguages,
     &CGalleryMetadata::m_hideInLanguages,
 };
 

@@ -7,18 +7,17 @@
 
 // The metadata record every gallery node carries. A plain record: text fields are never null
 // after Create (the shared empty string at least), and the four blocks always exist.
-struct CGalleryMetadata
-{
-    const wchar_t* m_identifier;       // stable identifier, compared exactly
+struct CGalleryMetadata {
+    const wchar_t* m_identifier;  // stable identifier, compared exactly
     const wchar_t* m_version;
-    const wchar_t* m_sortKey;          // sort override, may be blank
-    const wchar_t* m_format;           // mime type, activities only
+    const wchar_t* m_sortKey;  // sort override, may be blank
+    const wchar_t* m_format;   // mime type, activities only
     LanguageStringBlock* m_titles;
     LanguageStringBlock* m_keywords;
-    std::uint32_t m_creationTime;      // seconds since 1970, 0 if unknown
-    const wchar_t* m_originalId;       // identifier of the object this one was copied from
-    const wchar_t* m_showInLanguages;  // ";"-separated
-    const wchar_t* m_hideInLanguages;  // ";"-separated
+    std::uint32_t m_creationTime;            // seconds since 1970, 0 if unknown
+    const wchar_t* m_originalId;             // identifier of the object this one was copied from
+    const wchar_t* m_showInLanguages;        // ";"-separated
+    const wchar_t* m_hideInLanguages;        // ";"-separated
     LanguageStringBlock* m_minimumVersions;  // browser name to minimum version
     LanguageStringBlock* m_maximumVersions;  // browser name to maximum version
 

@@ -2,7 +2,9 @@
 
 #include "gallery/GalleryInitializeThread.h"
 
-CGalleryMultiproc::CGalleryMultiproc(std::vector<CAtlString> manifestPaths) : m_paths(std::move(manifestPaths)) {}
+CGalleryMultiproc::CGalleryMultiproc(std::vector<CAtlString> manifestPaths)
+    : m_paths(std::move(manifestPaths))
+{}
 
 CGalleryMultiproc::~CGalleryMultiproc()
 {

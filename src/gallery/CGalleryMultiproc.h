@@ -13,8 +13,7 @@ struct CGalleryManifest;
 // Opens the galleries of one list, one after the other, with the opening steps of start-up, on a
 // thread of its own. A gallery that fails is skipped; Cancel() is seen between galleries and at
 // the next end tag of the one being parsed.
-class CGalleryMultiproc : public CQtGalleryThreadBase, public CGalleryThreadBase, public IGalleryManifestOpenObserver
-{
+class CGalleryMultiproc : public CQtGalleryThreadBase, public CGalleryThreadBase, public IGalleryManifestOpenObserver {
 public:
     explicit CGalleryMultiproc(std::vector<CAtlString> manifestPaths);
     ~CGalleryMultiproc() override;

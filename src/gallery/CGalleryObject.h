@@ -19,8 +19,7 @@ enum eGalleryObjectType : std::int32_t {
 // Common head of every node of a gallery tree. Nodes are plain records without virtual
 // operations, so that a whole tree can be laid out as a memory image and used in place
 // (the manifest cache): each node record starts with this head.
-struct CGalleryObject
-{
+struct CGalleryObject {
     CGalleryMetadata* m_metadata;  // never null once the node is created
     std::int32_t m_type;           // eGalleryObjectType
 

@@ -31,14 +31,14 @@ HRESULT CGalleryOrganization::Create(CGalleryOrganization** target)
 {
     if (!target || *target)
         return E_INVALIDARG;
-    auto* organization =
-        static_cast<CGalleryOrganization*>(std::calloc(1, sizeof(CGalleryOrganization)));
+    auto* organization = static_cast<CGalleryOrganization*>(std::calloc(1, sizeof(CGalleryOrganization)));
     if (!organization)
         return E_OUTOFMEMORY;
     organization->m_type = eGalleryObjectOrganization;
-    if (FAILED(CGalleryMetadata::Create(&organization->m_metadata))
-        || FAILED(CGalleryNamedValueList::Create(&organization->m_namedValues))
-        || FAILED(CGalleryFolderList::Create(&organization->m_items))) {
+    if (FAILED(CGalleryMetadata::Create(&organization->m_metadata)) ||
+        FAILED(CGalleryNamedValueList::Create(&organization->m_namedValues)) ||
+        FAILED(CGalleryFolderList::Create(&organization->m_items)))
+    {
         Destroy(organization);
         return E_OUTOFMEMORY;
     }

@@ -9,15 +9,13 @@
 struct CGalleryManifest;
 
 // A text with a 32-bit value; organizations keep a list of them for the format only.
-struct CGalleryNamedValue
-{
+struct CGalleryNamedValue {
     const wchar_t* m_name;
     std::int32_t m_value;
 };
 
 // Array (std::malloc or image), count, capacity.
-struct CGalleryNamedValueList
-{
+struct CGalleryNamedValueList {
     CGalleryNamedValue* m_array;
     std::uint32_t m_count;
     std::uint32_t m_capacity;
@@ -29,12 +27,11 @@ struct CGalleryNamedValueList
 };
 
 // An organization of a manifest (kind 3): the root categories of one tree.
-struct CGalleryOrganization : CGalleryObject
-{
+struct CGalleryOrganization : CGalleryObject {
     CGalleryNamedValueList* m_namedValues;  // always empty in this system
     bool m_readOnly;
     CGalleryManifest* m_manifest;
-    CGalleryFolderList* m_items;            // root categories
+    CGalleryFolderList* m_items;  // root categories
 
     // Allocates a zeroed record with metadata and lists; E_INVALIDARG if `target` is null
     // or already set, E_OUTOFMEMORY with nothing left behind.

@@ -33,8 +33,9 @@ void ForEachActivity(const CGalleryManifest& manifest, const std::function<bool(
 // Copies the file of one activity from `from` into `to`, replacing what stands there. E_FAIL
 // for an unsafe name, a target that would end up outside `to`, or a failed copy. A source that
 // is the target itself is left alone.
-[[nodiscard]] HRESULT CopyContentFile(const wchar_t* href, const CZoltaDirectoryPath& from, const CZoltaDirectoryPath& to);
+[[nodiscard]] HRESULT CopyContentFile(const wchar_t* href, const CZoltaDirectoryPath& from,
+                                      const CZoltaDirectoryPath& to);
 
 // CopyContentFile for every activity of the tree, stopping at the first failure.
 [[nodiscard]] HRESULT CopyContentFiles(const CGalleryManifest& manifest, const CZoltaDirectoryPath& from,
-                         const CZoltaDirectoryPath& to);
+                                       const CZoltaDirectoryPath& to);

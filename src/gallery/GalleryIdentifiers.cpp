@@ -17,8 +17,8 @@ CAtlString NewUuidText()
 CAtlString NewGalleryIdentifier(const wchar_t* type)
 {
     CAtlString identifier;
-    identifier.Format(L"%s/uniqueid?type=%s&id=%s", PLACEHOLDER_URI_BASE,
-                      IsBlankText(type) ? L"unknown" : type, NewUuidText().GetString());
+    identifier.Format(L"%s/uniqueid?type=%s&id=%s", PLACEHOLDER_URI_BASE, IsBlankText(type) ? L"unknown" : type,
+                      NewUuidText().GetString());
     return identifier;
 }
 

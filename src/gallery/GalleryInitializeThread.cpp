@@ -45,10 +45,8 @@ CAtlString DefaultManifestPath()
     return value.IsEmpty() ? fallback : value;
 }
 
-
 // One item of the old folder: its title and the file that holds it.
-struct OldItem
-{
+struct OldItem {
     CAtlString title;
     CZoltaFilePath file;
 };
@@ -71,18 +69,18 @@ void ReadOldCatalogue(const CZoltaFilePath& path, std::vector<OldItem>& out)
     if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
         return;
     const tinyxml2::XMLElement* root = document.RootElement();
-    const tinyxml2::XMLElement* items = root && std::strcmp(root->Name(), "content") == 0
-                                            ? root->FirstChildElement("items")
-                                            : nullptr;
+    const tinyxml2::XMLElement* items =
+        root && std::strcmp(root->Name(), "content") == 0 ? root->FirstChildElement("items") : nullptr;
     for (const tinyxml2::XMLElement* record = items ? items->FirstChildElement("record") : nullptr; record;
-         record = record->NextSiblingElement("record")) {
+         record = record->NextSiblingElement("record"))
+    {
         const tinyxml2::XMLElement* name = record->FirstChildElement("name");
         const tinyxml2::XMLElement* item = record->FirstChildElement("file");
         if (!item || !item->GetText())
             continue;
         const CZoltaFilePath target = path.GetFolder().GetFile(CAtlString::FromUtf8(item->GetText()));
-        const CAtlString title = name && name->GetText() ? CAtlString::FromUtf8(name->GetText())
-                                                         : WithoutExtension(target.GetName());
+        const CAtlString title =
+            name && name->GetText() ? CAtlString::FromUtf8(name->GetText()) : WithoutExtension(target.GetName());
         out.push_back({title, target});
     }
 }
@@ -138,7 +136,9 @@ std::shared_ptr<CGalleryManifest> OpenGalleryManifest(const CAtlString& path, co
     return manifest;
 }
 
-CGalleryInitializeThread::CGalleryInitializeThread() : m_oldMyContent(GetOldMyContentFolder()) {}
+CGalleryInitializeThread::CGalleryInitializeThread()
+    : m_oldMyContent(GetOldMyContentFolder())
+{}
 
 CGalleryInitializeThread::~CGalleryInitializeThread()
 {

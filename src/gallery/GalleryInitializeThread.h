@@ -22,8 +22,7 @@ std::shared_ptr<CGalleryManifest> OpenGalleryManifest(const CAtlString& path, co
 // and, through the open observer, at the next end tag of a manifest being parsed.
 class CGalleryInitializeThread : public CQtGalleryThreadBase,
                                  public CGalleryThreadBase,
-                                 public IGalleryManifestOpenObserver
-{
+                                 public IGalleryManifestOpenObserver {
 public:
     CGalleryInitializeThread();
     ~CGalleryInitializeThread() override;

@@ -8,8 +8,7 @@
 
 namespace {
 
-struct Subtag
-{
+struct Subtag {
     const wchar_t* begin;
     std::size_t length;
 };
@@ -33,8 +32,7 @@ bool SubtagsAgree(const Subtag& a, const Subtag& b)
 {
     const std::size_t length = a.length < b.length ? a.length : b.length;
     for (std::size_t i = 0; i < length; ++i) {
-        if (std::towlower(static_cast<wint_t>(a.begin[i]))
-            != std::towlower(static_cast<wint_t>(b.begin[i])))
+        if (std::towlower(static_cast<wint_t>(a.begin[i])) != std::towlower(static_cast<wint_t>(b.begin[i])))
             return false;
     }
     return true;

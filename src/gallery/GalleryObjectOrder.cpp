@@ -25,9 +25,8 @@ std::wstring Lowered(const wchar_t* text)
 
 bool IsMyContentIdentifier(const wchar_t* identifier)
 {
-    return MyContentManifestIdentifier() == identifier
-        || MyContentOrganizationIdentifier() == identifier
-        || MyContentCategoryIdentifier() == identifier;
+    return MyContentManifestIdentifier() == identifier || MyContentOrganizationIdentifier() == identifier ||
+           MyContentCategoryIdentifier() == identifier;
 }
 
 // Last component of the folder that holds the file at `path`.
@@ -47,8 +46,7 @@ CAtlString FolderNameOf(const wchar_t* path)
 CAtlString TitleOf(const CGalleryObject* object)
 {
     const CGalleryMetadata* metadata = object->m_metadata;
-    return metadata && metadata->m_titles ? CAtlString(metadata->m_titles->Lookup(nullptr))
-                                          : CAtlString();
+    return metadata && metadata->m_titles ? CAtlString(metadata->m_titles->Lookup(nullptr)) : CAtlString();
 }
 
 int Sign(int value)

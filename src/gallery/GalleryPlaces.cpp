@@ -11,7 +11,8 @@ const wchar_t kUserGalleriesSection[] = L"Software\\ZOLTA Technologies Inc.\\Gal
 
 CZoltaDirectoryPath GetUserGalleryFolder()
 {
-    return CZoltaDirectoryPath(QDir::homePath() + QStringLiteral("/.ZOLTA Technologies Inc/ZOLTA Tavolite Software/Gallery"));
+    return CZoltaDirectoryPath(QDir::homePath() +
+                               QStringLiteral("/.ZOLTA Technologies Inc/ZOLTA Tavolite Software/Gallery"));
 }
 
 CZoltaFilePath GetMyContentManifestPath()

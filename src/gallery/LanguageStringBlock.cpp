@@ -38,8 +38,7 @@ const wchar_t* ValueOf(const wchar_t* pair)
 }
 
 // Builds a block from pieces; the caller owns the result (array allocator).
-class BlockBuilder
-{
+class BlockBuilder {
 public:
     void AddPair(const wchar_t* key, const wchar_t* value)
     {
@@ -53,10 +52,7 @@ public:
                 AddPair(pair, ValueOf(pair));
         }
     }
-    const wchar_t* Finish() const
-    {
-        return GalleryCopyText(m_text.data(), m_text.size());
-    }
+    const wchar_t* Finish() const { return GalleryCopyText(m_text.data(), m_text.size()); }
 
 private:
     std::wstring m_text;
@@ -211,8 +207,7 @@ const wchar_t* LanguageStringBlock::Lookup(const wchar_t* language) const
     return *data ? ValueOf(data) : GalleryEmptyString();
 }
 
-HRESULT LanguageStringBlock::ReplaceLanguage(const wchar_t* language,
-                                             const std::vector<CAtlString>& texts)
+HRESULT LanguageStringBlock::ReplaceLanguage(const wchar_t* language, const std::vector<CAtlString>& texts)
 {
     for (int index = FindLanguage(language, 2); index >= 0; index = FindLanguage(language, 2)) {
         // Copies first: Add rebuilds the block the key and value point into.
@@ -245,14 +240,12 @@ HRESULT LanguageStringBlock::ReplaceLanguage(const wchar_t* language,
     return S_OK;
 }
 
-LanguageStringBlock::Iterator::Iterator(const LanguageStringBlock* block,
-                                        const LanguageStringBlock* versions,
+LanguageStringBlock::Iterator::Iterator(const LanguageStringBlock* block, const LanguageStringBlock* versions,
                                         const wchar_t* minimumVersion)
     : m_next(block ? block->GetData() : kEmptyBlock),
       m_versions(versions),
       m_minimumVersion(minimumVersion)
-{
-}
+{}
 
 bool LanguageStringBlock::Iterator::Next()
 {

@@ -13,8 +13,7 @@ class CAtlString;
 // file form of the manifest cache, so a block can be copied byte for byte and used in place
 // from a read buffer. Every change builds a new block: meant for a few languages, not many.
 // When a key occurs twice, look-ups find the first pair.
-struct LanguageStringBlock
-{
+struct LanguageStringBlock {
     const wchar_t* m_data;
 
     // Allocates a zeroed, empty block; E_INVALIDARG if `target` is null or already set.
@@ -56,11 +55,9 @@ struct LanguageStringBlock
     // Walks the pairs in order. With a minimum version, pairs whose language has a version
     // in `versions` (the manifest's string versions) below it are skipped; a language
     // without a version is kept.
-    class Iterator
-    {
+    class Iterator {
     public:
-        explicit Iterator(const LanguageStringBlock* block,
-                          const LanguageStringBlock* versions = nullptr,
+        explicit Iterator(const LanguageStringBlock* block, const LanguageStringBlock* versions = nullptr,
                           const wchar_t* minimumVersion = nullptr);
         // Moves to the next pair; false at the end.
         bool Next();

@@ -9,10 +9,11 @@
 std::recursive_mutex& GetManifestLock();
 
 // Holds the manifest lock for the lifetime of the object.
-class CManifestLockHolder
-{
+class CManifestLockHolder {
 public:
-    CManifestLockHolder() : m_guard(GetManifestLock()) {}
+    CManifestLockHolder()
+        : m_guard(GetManifestLock())
+    {}
     CManifestLockHolder(const CManifestLockHolder&) = delete;
     CManifestLockHolder& operator=(const CManifestLockHolder&) = delete;
 

@@ -21,9 +21,9 @@ std::wstring Key(const CAtlString& text)
 }  // namespace
 
 ZOLTASaxOpenXmlHandler::ZOLTASaxOpenXmlHandler(CGalleryManifest& manifest, IGalleryManifestOpenObserver* observer)
-    : m_manifest(manifest), m_observer(observer)
-{
-}
+    : m_manifest(manifest),
+      m_observer(observer)
+{}
 
 ZOLTASaxOpenXmlHandler::~ZOLTASaxOpenXmlHandler()
 {
@@ -172,9 +172,9 @@ HRESULT ZOLTASaxOpenXmlHandler::StartResource(const ZOLTASaxAttributes& attribut
     return result;
 }
 
-HRESULT ZOLTASaxOpenXmlHandler::StartElement(const ZOLTASaxString&, const ZOLTASaxString&,
-                                             const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
-                                             const ZOLTASaxString& text, std::uint32_t, std::uint32_t)
+HRESULT ZOLTASaxOpenXmlHandler::StartElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString& qName,
+                                             const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text,
+                                             std::uint32_t, std::uint32_t)
 {
     if (qName == "lom:string") {
         return AddLanguageString(attributes, text);

@@ -21,8 +21,7 @@ struct LanguageStringBlock;
 // their qualified names; a structural violation ends the parse with E_FAIL and leaves a
 // partly filled tree for the caller to free. After every end tag the observer (if any) hears
 // how far the parse has come, and a failure from it stops the parse.
-class ZOLTASaxOpenXmlHandler : public ZOLTASaxContentHandler
-{
+class ZOLTASaxOpenXmlHandler : public ZOLTASaxContentHandler {
 public:
     ZOLTASaxOpenXmlHandler(CGalleryManifest& manifest, IGalleryManifestOpenObserver* observer);
     ~ZOLTASaxOpenXmlHandler() override;
@@ -30,10 +29,12 @@ public:
     ZOLTASaxOpenXmlHandler& operator=(const ZOLTASaxOpenXmlHandler&) = delete;
 
     [[nodiscard]] HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                         const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
-                         const ZOLTASaxString& text, std::uint32_t position, std::uint32_t length) override;
+                                       const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
+                                       const ZOLTASaxString& text, std::uint32_t position,
+                                       std::uint32_t length) override;
     [[nodiscard]] HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                       const ZOLTASaxString& qName, std::uint32_t position, std::uint32_t length) override;
+                                     const ZOLTASaxString& qName, std::uint32_t position,
+                                     std::uint32_t length) override;
 
     // Activities whose `resource` has not come yet.
     std::size_t GetWaitingCount() const { return m_waitingCount; }

@@ -34,11 +34,9 @@ CAtlString CGalleryCategory::GetTitle(const wchar_t* language) const
     const CAtlString current = language ? CAtlString(language) : GetCurrentLanguage();
     int bestLevel = 0;
     const CAtlString* best = &m_titles.front().second;
-    for (const auto& [titleLanguage, title] : m_titles)
-    {
+    for (const auto& [titleLanguage, title] : m_titles) {
         const int level = MatchLanguage(current, titleLanguage);
-        if (level > bestLevel)
-        {
+        if (level > bestLevel) {
             bestLevel = level;
             best = &title;
         }
@@ -71,8 +69,7 @@ HRESULT CGalleryCategory::ReadTitles(const tinyxml2::XMLElement& element)
     const tinyxml2::XMLElement* title = element.FirstChildElement("title");
     if (!title)
         return E_FAIL;
-    for (const tinyxml2::XMLElement* entry = title->FirstChildElement(); entry; entry = entry->NextSiblingElement())
-    {
+    for (const tinyxml2::XMLElement* entry = title->FirstChildElement(); entry; entry = entry->NextSiblingElement()) {
         CAtlString language;
         const HRESULT hr = ReadRequiredAttribute(*entry, "language", language);
         if (FAILED(hr))
@@ -87,15 +84,13 @@ HRESULT CGalleryCategory::ReadFiles(const tinyxml2::XMLElement& element, const C
     const tinyxml2::XMLElement* files = element.FirstChildElement("files");
     if (!files)
         return E_FAIL;
-    for (const tinyxml2::XMLElement* entry = files->FirstChildElement(); entry; entry = entry->NextSiblingElement())
-    {
+    for (const tinyxml2::XMLElement* entry = files->FirstChildElement(); entry; entry = entry->NextSiblingElement()) {
         CGalleryCategoryFile file;
         const HRESULT hr = file.Read(*entry);
         if (FAILED(hr))
             return hr;
         const auto record = installed.find(file.GetId());
-        if (record != installed.end() && record->second)
-        {
+        if (record != installed.end() && record->second) {
             if (CompareVersionText(record->second->GetVersion(), m_installedVersion) >= 0)
                 m_installedVersion = record->second->GetVersion();
             file.SetInstalled(*record->second);
@@ -113,8 +108,7 @@ HRESULT CGalleryCategory::ReadStrings(const tinyxml2::XMLElement& element)
     const tinyxml2::XMLElement* strings = element.FirstChildElement("strings");
     if (!strings)
         return S_OK;
-    for (const tinyxml2::XMLElement* entry = strings->FirstChildElement(); entry; entry = entry->NextSiblingElement())
-    {
+    for (const tinyxml2::XMLElement* entry = strings->FirstChildElement(); entry; entry = entry->NextSiblingElement()) {
         CAtlString language;
         const HRESULT hr = ReadRequiredAttribute(*entry, "language", language);
         if (FAILED(hr))

@@ -19,8 +19,7 @@ class CGalleryInstalledManifest;
 using CGalleryInstalledRecords = std::unordered_map<CAtlString, std::shared_ptr<CGalleryInstalledManifest>>;
 
 // What to do with a category in a run.
-enum eGalleryCategoryAction
-{
+enum eGalleryCategoryAction {
     eGalleryCategoryActionNone = 0,
     eGalleryCategoryActionInstall = 1,
     eGalleryCategoryActionInstallWithoutStrings = 2,
@@ -30,8 +29,7 @@ enum eGalleryCategoryAction
 
 // One category a source offers: its files and string packages, with what of it is installed
 // and what a run shall do with it.
-class CGalleryCategory
-{
+class CGalleryCategory {
 public:
     const std::vector<CGalleryCategoryFile>& GetFiles() const { return m_files; }
     // Language to the file name of the string package.

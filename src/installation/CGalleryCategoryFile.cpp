@@ -47,8 +47,7 @@ void CGalleryCategoryFile::SetInstalled(const CGalleryInstalledManifest& record)
     m_installed = true;
     if (CompareVersionText(m_installedVersion, m_version) < 0)
         return;
-    for (const auto& [language, version] : m_strings)
-    {
+    for (const auto& [language, version] : m_strings) {
         const auto installed = m_installedStrings.find(language);
         if (installed == m_installedStrings.end() || CompareVersionText(installed->second, version) < 0)
             return;
@@ -61,11 +60,9 @@ CGalleryStringVersions CGalleryCategoryFile::ParseStrings(const CAtlString& text
     std::vector<CAtlString> tokens;
     CAtlString token;
     bool inToken = false;
-    for (int i = 0; i < text.GetLength(); ++i)
-    {
+    for (int i = 0; i < text.GetLength(); ++i) {
         const wchar_t ch = text[i];
-        if (ch == L':' || ch == L';')
-        {
+        if (ch == L':' || ch == L';') {
             if (inToken)
                 tokens.push_back(token);
             token.Empty();

@@ -16,8 +16,7 @@ class CGalleryInstalledManifest;
 using CGalleryStringVersions = std::unordered_map<CAtlString, CAtlString>;
 
 // One content file of a category as the source offers it, and what is installed of it.
-class CGalleryCategoryFile
-{
+class CGalleryCategoryFile {
 public:
     const CAtlString& GetName() const { return m_name; }
     const CAtlString& GetId() const { return m_id; }

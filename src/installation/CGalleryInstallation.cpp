@@ -52,8 +52,7 @@ CGalleryInstallation::~CGalleryInstallation()
     m_categories.clear();
     if (!m_temporaryDirectory.IsEmpty())
         m_temporaryDirectory.Remove();
-    if (m_manifest)
-    {
+    if (m_manifest) {
         CGalleryManifestIO::Close(*m_manifest);
         CGalleryManifest::Destroy(m_manifest);
     }
@@ -82,8 +81,7 @@ CGalleryCategory* CGalleryInstallation::CategoryById(const wchar_t* id) const
 
 void CGalleryInstallation::ClearResults()
 {
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         category->SetResult(S_FALSE);
         category->SetFinished(false);
     }
@@ -102,8 +100,7 @@ bool CGalleryInstallation::IsConnectionAvailable()
 CAtlString CGalleryInstallation::DefaultSource(int kind)
 {
     const CAtlString local = ProgramDirectory() + L"/" + kDataFolderName;
-    switch (kind)
-    {
+    switch (kind) {
     case 3:
         return CAtlString(kDataFolderName);
     case 1:
@@ -134,15 +131,13 @@ CAtlString CGalleryInstallation::EncodeUrlName(const CAtlString& name)
     static const char kHex[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
     const CAtlStringA utf8 = name.ToUtf8();
     CAtlString encoded;
-    for (int i = 0; i < utf8.GetLength(); ++i)
-    {
+    for (int i = 0; i < utf8.GetLength(); ++i) {
         const unsigned char byte = static_cast<unsigned char>(utf8[i]);
         if (byte == '\\')
             encoded += L'/';
         else if (byte != 0 && std::strchr(kSafe, byte))
             encoded += static_cast<wchar_t>(byte);
-        else
-        {
+        else {
             encoded += L'%';
             encoded += static_cast<wchar_t>(kHex[byte >> 4]);
             encoded += static_cast<wchar_t>(kHex[byte & 15]);
@@ -157,13 +152,11 @@ bool CGalleryInstallation::IsHostileName(const CAtlString& name)
         return true;
     int start = 0;
     const int length = name.GetLength();
-    for (int i = 0; i <= length; ++i)
-    {
+    for (int i = 0; i <= length; ++i) {
         // Control characters (C0, DEL, C1) would reach terminals and file names as they are.
         if (i < length && (name[i] < 0x20 || (name[i] >= 0x7F && name[i] <= 0x9F)))
             return true;
-        if (i == length || name[i] == L'/' || name[i] == L'\\')
-        {
+        if (i == length || name[i] == L'/' || name[i] == L'\\') {
             if (i - start == 2 && name[start] == L'.' && name[start + 1] == L'.')
                 return true;
             start = i + 1;
@@ -172,16 +165,14 @@ bool CGalleryInstallation::IsHostileName(const CAtlString& name)
     return false;
 }
 
-void CGalleryInstallation::Report(eGalleryInstallationProgress stage, CGalleryCategory* category,
-                                  const wchar_t* item, int percent, int overall)
+void CGalleryInstallation::Report(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item,
+                                  int percent, int overall)
 {
-    if (stage == eGalleryInstallationProgressFailed)
-    {
+    if (stage == eGalleryInstallationProgressFailed) {
         if (!m_failureReason.IsEmpty())
             m_observer.FailureReason(category, item, m_failureReason);
         m_failureReason.Empty();
-    }
-    else if (percent == 0)
+    } else if (percent == 0)
         m_failureReason.Empty();  // a new item begins: an earlier, forgiven reason is not its own
     m_observer.Progress(stage, category, item, percent, overall);
 }
@@ -206,13 +197,11 @@ HRESULT CGalleryInstallation::Locate(const CAtlString& name, CGalleryCategory* c
     if (m_source.IsEmpty() || name.IsEmpty() || m_downloadDirectory.IsEmpty())
         return E_INVALIDARG;
     // Names come from the source's document: none may reach outside the folder it is joined to.
-    if (IsHostileName(name))
-    {
+    if (IsHostileName(name)) {
         NoteFailureReason(L"The source names it with control characters or a path outside its folder");
         return E_INVALIDARG;
     }
-    if (!IsUrl(m_source))
-    {
+    if (!IsUrl(m_source)) {
         path = CZoltaDirectoryPath(m_source).GetFile(name);
         return S_OK;
     }
@@ -229,8 +218,7 @@ HRESULT CGalleryInstallation::Locate(const CAtlString& name, CGalleryCategory* c
     return hr;
 }
 
-HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, const CAtlString& source,
-                                   bool refresh)
+HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, const CAtlString& source, bool refresh)
 {
     if (m_manifest)
         return E_FAIL;
@@ -239,8 +227,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
         return E_INVALIDARG;
     m_installDirectory = installDirectory;
     // One run at a time per gallery, whichever copy of the program runs it.
-    if (!UninstallFolder().Create() || !m_galleryLock.TryLock(UninstallFolder().GetFile(LockFileName)))
-    {
+    if (!UninstallFolder().Create() || !m_galleryLock.TryLock(UninstallFolder().GetFile(LockFileName))) {
         m_problem = CAtlString(L"Another run is changing the gallery in ") + installDirectory.GetPath() +
                     L"; try again when it has finished.";
         return E_GALLERY_BUSY;
@@ -249,10 +236,8 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
     HRESULT hr = CGalleryManifest::Create(&m_manifest);
     if (FAILED(hr))
         return hr;
-    hr = CGalleryManifestIO::Open(*m_manifest, installDirectory.GetFile(L"imsmanifest.xml").GetPath(), nullptr,
-                                  false);
-    if (FAILED(hr))
-    {
+    hr = CGalleryManifestIO::Open(*m_manifest, installDirectory.GetFile(L"imsmanifest.xml").GetPath(), nullptr, false);
+    if (FAILED(hr)) {
         m_problem = CAtlString(L"Could not read the gallery's manifest ") +
                     installDirectory.GetFile(L"imsmanifest.xml").GetPath();
         return hr;
@@ -261,8 +246,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
     RunJournal::Recover(UninstallFolder(), *m_manifest);
     m_source = source;
     m_categoriesDocument = UninstallFolder().GetFile(GalleryCategoriesXml);
-    if (refresh || !m_categoriesDocument.Exists())
-    {
+    if (refresh || !m_categoriesDocument.Exists()) {
         CZoltaFilePath located;
         bool temporary = false;
         HRESULT located_hr = Locate(GalleryCategoriesXml, nullptr, 0, located, temporary);
@@ -270,8 +254,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
         if (SUCCEEDED(located_hr))
             located_hr = CheckCategoriesDocument(located);
         // The stored copy is replaced whole or not at all; a run without it goes no further.
-        if (SUCCEEDED(located_hr) && !ReplaceFileFrom(m_categoriesDocument, located))
-        {
+        if (SUCCEEDED(located_hr) && !ReplaceFileFrom(m_categoriesDocument, located)) {
             m_problem = CAtlString(L"Could not write ") + m_categoriesDocument.GetPath() + L" (" +
                         CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")";
             if (temporary)
@@ -280,8 +263,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
         }
         if (temporary && !located.IsSameFile(m_categoriesDocument))
             located.Remove();
-        if (!m_categoriesDocument.Exists() && FAILED(located_hr) && !m_removeAllRecords)
-        {
+        if (!m_categoriesDocument.Exists() && FAILED(located_hr) && !m_removeAllRecords) {
             if (m_problem.IsEmpty())
                 m_problem = CAtlString(L"Could not read the list of categories of the source ") + source;
             Report(eGalleryInstallationProgressFailed, nullptr, GalleryCategoriesXml, 100, 0);
@@ -289,8 +271,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
         }
     }
     hr = ReadCategoriesDocument();
-    if (FAILED(hr) && m_removeAllRecords)
-    {
+    if (FAILED(hr) && m_removeAllRecords) {
         // Removing every record needs no list of categories.
         m_categories.clear();
         m_problem.Empty();
@@ -305,8 +286,7 @@ void CGalleryInstallation::RemoveLeftovers() const
 {
     // Replacements cut short by a killed run, and temporary manifests of older runs: both are
     // only ever the program's own, and nothing else runs on this gallery now.
-    for (const CZoltaDirectoryPath& folder : {m_installDirectory, UninstallFolder()})
-    {
+    for (const CZoltaDirectoryPath& folder : {m_installDirectory, UninstallFolder()}) {
         RemoveStaleReplacements(folder);
         std::vector<CZoltaFilePath> files;
         folder.ListFiles(L"imsmanifest_temp*.xml", files);
@@ -322,8 +302,7 @@ HRESULT CGalleryInstallation::CheckCategoriesDocument(const CZoltaFilePath& path
         return E_INVALIDARG;
     const QByteArray bytes = file.readAll();
     tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
-    {
+    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS) {
         const CAtlString where = IsUrl(m_source) ? m_source + L"/" + GalleryCategoriesXml : path.GetPath();
         NoteFailureReason(L"Cannot parse " + where + L": " + CAtlString(document.ErrorStr()));
         return E_INVALIDARG;
@@ -336,8 +315,7 @@ void CGalleryInstallation::LoadInstalledRecords(CGalleryInstalledRecords& record
 {
     std::vector<CZoltaFilePath> files;
     UninstallFolder().ListFiles(L"imsmanifest*.xml", files);
-    for (const CZoltaFilePath& file : files)
-    {
+    for (const CZoltaFilePath& file : files) {
         auto record = std::make_shared<CGalleryInstalledManifest>();
         if (SUCCEEDED(record->Load(file.GetPath())))
             records[record->GetId()] = record;
@@ -358,10 +336,9 @@ HRESULT CGalleryInstallation::ReadCategoriesDocument()
         return E_INVALIDARG;
     const QByteArray bytes = file.readAll();
     tinyxml2::XMLDocument document(true, tinyxml2::PRESERVE_WHITESPACE);
-    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
-    {
-        const CAtlString where = IsUrl(m_source) ? m_source + L"/" + GalleryCategoriesXml
-                                                 : m_categoriesDocument.GetPath();
+    if (document.Parse(bytes.constData(), static_cast<size_t>(bytes.size())) != tinyxml2::XML_SUCCESS) {
+        const CAtlString where =
+            IsUrl(m_source) ? m_source + L"/" + GalleryCategoriesXml : m_categoriesDocument.GetPath();
         NoteFailureReason(L"Cannot parse " + where + L": " + CAtlString(document.ErrorStr()));
         Report(eGalleryInstallationProgressFailed, nullptr, GalleryCategoriesXml, 100, 0);
         return E_INVALIDARG;

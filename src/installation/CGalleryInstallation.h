@@ -26,8 +26,7 @@ struct CGalleryManifest;
 // category records, and carries out the action set on each category, file by file. It knows
 // nothing of any interface; everything it tells goes through one observer. Open and Run are
 // meant for a worker thread; Cancel may come from any thread.
-class CGalleryInstallation
-{
+class CGalleryInstallation {
 public:
     static const wchar_t* const GalleryCategoriesXml;  // "gallery_categories.xml"
     static const wchar_t* const LockFileName;          // in "Uninstall", held while the engine lives
@@ -94,7 +93,7 @@ public:
     // The local path of a file of the source: joined for a folder, fetched into the download
     // directory for a URL (`temporary` is then true on success).
     [[nodiscard]] HRESULT Locate(const CAtlString& name, CGalleryCategory* category, int overall, CZoltaFilePath& path,
-                   bool& temporary);
+                                 bool& temporary);
 
 private:
     CGalleryInstallation() = default;
@@ -120,7 +119,7 @@ private:
     void InstallCategory(CGalleryCategory& category, bool isUrl, int total, int& done, bool usePrefetch,
                          const std::map<CAtlString, CZoltaFilePath>& fetched, bool& anyFailed, bool& anySucceeded);
     [[nodiscard]] HRESULT InstallFile(const CZoltaFilePath& path, CGalleryCategory& category, const CAtlString& name,
-                        int overall);
+                                      int overall);
     void ApplyStringPackages(bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched);
     void ApplyCatalogues(const std::vector<std::shared_ptr<CGalleryI18N>>& catalogues);
     // Writes the installed manifest when it is dirty; S_FALSE when there is nothing to write.

@@ -5,8 +5,7 @@
 void CGalleryInstallationMetaObserver::Progress(eGalleryInstallationProgress stage, CGalleryCategory* category,
                                                 const wchar_t* item, int percent, int overall)
 {
-    if (stage == eGalleryInstallationProgressDownloading)
-    {
+    if (stage == eGalleryInstallationProgressDownloading) {
         m_lastStage = stage;
         m_lastCategory = category;
         m_lastItem = item;

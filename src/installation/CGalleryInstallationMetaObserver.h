@@ -9,8 +9,7 @@ class IProxyObserver;
 // The engine's progress relay, the one place all stages pass. Events go on unchanged to the
 // target; the last download event is remembered, so that byte progress from the fetch moves
 // that file's bar while its stage line stays.
-class CGalleryInstallationMetaObserver : public IByteProgressObserver
-{
+class CGalleryInstallationMetaObserver : public IByteProgressObserver {
 public:
     CGalleryInstallationMetaObserver() = default;
     ~CGalleryInstallationMetaObserver() override = default;

@@ -38,8 +38,7 @@ std::vector<CAtlString> FilesToInstall(const CGalleryCategory& category)
 }
 
 // Holds a manifest object for one step and frees it, with any extraction, at the end.
-class ScopedManifest
-{
+class ScopedManifest {
 public:
     // A failed creation leaves the pointer null, which Get() tells the caller.
     ScopedManifest() { static_cast<void>(CGalleryManifest::Create(&m_manifest)); }
@@ -76,11 +75,11 @@ PackagePrefetcher::Package ToFetch(const CAtlString& name, const CAtlString& sou
 }
 
 // Lends the prefetcher to the installation's pointer while the install loop runs.
-class ScopedAhead
-{
+class ScopedAhead {
 public:
     ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead, PackagePrefetcher*& lent)
-        : m_ahead(std::move(ahead)), m_lent(lent)
+        : m_ahead(std::move(ahead)),
+          m_lent(lent)
     {
         m_lent = m_ahead.get();
     }
@@ -101,8 +100,7 @@ private:
 int CGalleryInstallation::CountSteps(bool isUrl) const
 {
     int total = 0;
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         const int files = static_cast<int>(category->GetFiles().size());
         if (category->GetAction() == eGalleryCategoryActionUninstall)
             total += files;
@@ -115,11 +113,9 @@ int CGalleryInstallation::CountSteps(bool isUrl) const
 void CGalleryInstallation::ApplyMandatoryRemovals()
 {
     const CZoltaDirectoryPath uninstall = UninstallFolder();
-    for (const CAtlString& id : m_removals)
-    {
+    for (const CAtlString& id : m_removals) {
         const CZoltaFilePath record = CGalleryManifestIO::GetInstallRecordPath(uninstall, id);
-        if (record.Exists())
-        {
+        if (record.Exists()) {
             m_manifestsChanged = true;
             // A record that can't be read releases no files; it goes all the same.
             static_cast<void>(CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released));
@@ -130,15 +126,14 @@ void CGalleryInstallation::ApplyMandatoryRemovals()
 
 void CGalleryInstallation::Prefetch(int total, int& done, std::map<CAtlString, CZoltaFilePath>& fetched)
 {
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         if (!IsInstallAction(category->GetAction()))
             continue;
-        std::vector<CAtlString> names = ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate);
+        std::vector<CAtlString> names =
+            ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate);
         const std::vector<CAtlString> files = FilesToInstall(*category);
         names.insert(names.end(), files.begin(), files.end());
-        for (const CAtlString& name : names)
-        {
+        for (const CAtlString& name : names) {
             if (m_cancel)
                 return;
             ++done;
@@ -146,8 +141,7 @@ void CGalleryInstallation::Prefetch(int total, int& done, std::map<CAtlString, C
             Report(eGalleryInstallationProgressDownloading, category.get(), name, 0, overall);
             CZoltaFilePath path;
             bool temporary = false;
-            if (SUCCEEDED(Locate(name, category.get(), overall, path, temporary)))
-            {
+            if (SUCCEEDED(Locate(name, category.get(), overall, path, temporary))) {
                 Report(eGalleryInstallationProgressDownloading, category.get(), name, 100, overall);
                 fetched[name] = path;
             }
@@ -155,16 +149,14 @@ void CGalleryInstallation::Prefetch(int total, int& done, std::map<CAtlString, C
     }
 }
 
-void CGalleryInstallation::UninstallCategory(CGalleryCategory& category, int total, int& done,
-                                             bool& anySucceeded)
+void CGalleryInstallation::UninstallCategory(CGalleryCategory& category, int total, int& done, bool& anySucceeded)
 {
     std::vector<CZoltaFilePath> paths;
     for (const CGalleryCategoryFile& file : category.GetFiles())
         if (file.IsInstalled())
             paths.push_back(file.GetInstalledPath());
     anySucceeded = true;
-    for (const CZoltaFilePath& path : paths)
-    {
+    for (const CZoltaFilePath& path : paths) {
         if (m_cancel)
             break;
         ++done;
@@ -173,18 +165,15 @@ void CGalleryInstallation::UninstallCategory(CGalleryCategory& category, int tot
         HRESULT hr = E_ABORT;
         ScopedManifest record;
         if (!m_cancel)
-            hr = record.Get() ? CGalleryManifestIO::Open(*record.Get(), path.GetPath(), nullptr, false)
-                              : E_OUTOFMEMORY;
-        if (SUCCEEDED(hr))
-        {
+            hr = record.Get() ? CGalleryManifestIO::Open(*record.Get(), path.GetPath(), nullptr, false) : E_OUTOFMEMORY;
+        if (SUCCEEDED(hr)) {
             if (!m_cancel)  // the record was just opened; what it can't list is not released
                 static_cast<void>(CGalleryManifestIO::CollectRecordFiles(*m_manifest, path, m_released));
             if (m_cancel)
                 hr = E_ABORT;
             else if (path.Exists() && !path.Remove())
                 hr = E_FAIL;
-            else
-            {
+            else {
                 // The merged manifest is rebuilt from the remaining records at the end.
                 m_manifest->SetModified();
                 m_manifestsChanged = true;
@@ -220,21 +209,18 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
     HRESULT hr = CGalleryManifestIO::Open(*package.Get(), path.GetPath(), nullptr, false);
     // An archive that does not unpack whole opens as an empty manifest; it fails here, with why.
     const std::string zipError = ZipTakeLastError();
-    if (!zipError.empty())
-    {
+    if (!zipError.empty()) {
         NoteFailureReason(L"Damaged package: " + CAtlString::FromUtf8(zipError.c_str()));
         return E_FAIL;
     }
     if (FAILED(hr) || hr == S_FALSE)
         NoteFailureReason(L"Not a readable package");
-    if (FAILED(hr))
-    {
+    if (FAILED(hr)) {
         NoteFailureReason(CAtlString(L"the package could not be read or extracted whole"));
         return hr;
     }
     // A package that isn't there opens as an empty manifest; it installs nothing.
-    if (hr == S_FALSE)
-    {
+    if (hr == S_FALSE) {
         NoteFailureReason(CAtlString(L"the package is not there"));
         return E_FAIL;
     }
@@ -256,8 +242,7 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
                                            bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched,
                                            bool& anyFailed, bool& anySucceeded)
 {
-    for (const CAtlString& name : FilesToInstall(category))
-    {
+    for (const CAtlString& name : FilesToInstall(category)) {
         if (m_cancel)
             break;
         ++done;
@@ -267,10 +252,8 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
         CZoltaFilePath path;
         bool temporary = false;
         HRESULT hr = S_OK;
-        if (!usePrefetch)
-        {
-            if (m_ahead && m_ahead->IsNext(name))
-            {
+        if (!usePrefetch) {
+            if (m_ahead && m_ahead->IsNext(name)) {
                 // Fetched ahead, or still on its way: its events come now, as its own fetch would send them.
                 Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
                 CAtlString reason;
@@ -280,17 +263,13 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
                     NoteFailureReason(reason + L" (" + m_source + L"/" + EncodeUrlName(name) + L")");
                 Report(eGalleryInstallationProgressDownloading, &category, name, 100, overall);
                 temporary = SUCCEEDED(hr);
-            }
-            else
+            } else
                 hr = Locate(name, &category, overall, path, temporary);
-            if (isUrl)
-            {
+            if (isUrl) {
                 ++done;
                 overall = total > 0 ? Percent(done, total) : 0;
             }
-        }
-        else
-        {
+        } else {
             const auto entry = fetched.find(name);
             temporary = true;
             if (entry == fetched.end() || !entry->second.Exists())
@@ -311,26 +290,21 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
         if (temporary)
             path.Remove();
 
-        if (FAILED(hr))
-        {
+        if (FAILED(hr)) {
             anyFailed = true;
             Report(eGalleryInstallationProgressFailed, &category, name, 100, overall);
-        }
-        else
-        {
+        } else {
             anySucceeded = true;
             Report(eGalleryInstallationProgressInstalling, &category, name, 100, overall);
         }
     }
 }
 
-void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
-                                               const std::map<CAtlString, CZoltaFilePath>& fetched)
+void CGalleryInstallation::ApplyStringPackages(bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched)
 {
     std::vector<std::shared_ptr<CGalleryI18N>> catalogues;
     std::vector<PackagePrefetcher::Package> toFetch;
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         const int action = category->GetAction();
         if (!usePrefetch && IsUrl(m_source) &&
             (action == eGalleryCategoryActionInstall || action == eGalleryCategoryActionUpdate))
@@ -339,45 +313,38 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
     }
     const std::unique_ptr<PackagePrefetcher> ahead =
         FetchAhead(std::move(toFetch), m_observer.GetProxyObserver(), &m_cancel);
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         const int action = category->GetAction();
         if (action != eGalleryCategoryActionInstall && action != eGalleryCategoryActionUpdate)
             continue;
-        const std::vector<CAtlString> packages = ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate);
+        const std::vector<CAtlString> packages =
+            ListLanguagePackages(*category, category->GetAction() == eGalleryCategoryActionUpdate);
         if (!packages.empty() && !m_downloadOnly)
             m_manifestsChanged = true;
-        for (const CAtlString& name : packages)
-        {
+        for (const CAtlString& name : packages) {
             if (m_cancel)
                 break;
             CZoltaFilePath path;
             bool temporary = false;
             HRESULT hr = S_OK;
-            if (!usePrefetch)
-            {
-                if (IsUrl(m_source))
-                {
+            if (!usePrefetch) {
+                if (IsUrl(m_source)) {
                     // No progress for string packages: fetch quietly.
                     if (IsHostileName(name))
                         continue;
                     CAtlString reason;
                     if (ahead && ahead->IsNext(name))
                         hr = ahead->Take(name, path, reason, {});
-                    else
-                    {
+                    else {
                         path = m_downloadDirectory.GetFile(name);
                         path.GetFolder().Create();
                         hr = FetchUrl(m_source + L"/" + EncodeUrlName(name), path, m_observer.GetProxyObserver(),
                                       nullptr);
                     }
                     temporary = SUCCEEDED(hr) && !m_downloadOnly;
-                }
-                else
+                } else
                     hr = Locate(name, category.get(), 0, path, temporary);
-            }
-            else
-            {
+            } else {
                 const auto entry = fetched.find(name);
                 if (entry == fetched.end() || !entry->second.Exists())
                     continue;
@@ -386,8 +353,7 @@ void CGalleryInstallation::ApplyStringPackages(bool usePrefetch,
             }
             if (m_downloadOnly)
                 continue;  // a local source keeps its packages
-            if (SUCCEEDED(hr))
-            {
+            if (SUCCEEDED(hr)) {
                 auto catalogue = std::make_shared<CGalleryI18N>();
                 if (SUCCEEDED(catalogue->Load(path.GetPath())))
                     catalogues.push_back(catalogue);
@@ -404,16 +370,14 @@ void CGalleryInstallation::ApplyCatalogues(const std::vector<std::shared_ptr<CGa
 {
     std::vector<CZoltaFilePath> records;
     UninstallFolder().ListFiles(L"imsmanifest*.xml", records);
-    for (const CZoltaFilePath& path : records)
-    {
+    for (const CZoltaFilePath& path : records) {
         if (m_cancel)
             break;
         ScopedManifest record;
         if (!record.Get() || FAILED(CGalleryManifestIO::Open(*record.Get(), path.GetPath(), nullptr, false)))
             continue;
         bool changed = false;
-        for (const auto& catalogue : catalogues)
-        {
+        for (const auto& catalogue : catalogues) {
             const HRESULT hr = catalogue->Apply(*record.Get());
             if (FAILED(hr))
                 break;
@@ -442,14 +406,12 @@ void CGalleryInstallation::RemoveUnlistedRecords(bool& anySucceeded)
     // Packages that the source no longer lists still have records: they go as well, files and all.
     std::vector<CZoltaFilePath> records;
     UninstallFolder().ListFiles(L"imsmanifest*.xml", records);
-    for (const CZoltaFilePath& record : records)
-    {
+    for (const CZoltaFilePath& record : records) {
         if (m_cancel)
             break;
         // A record that can't be read releases no files; it goes all the same.
         static_cast<void>(CGalleryManifestIO::CollectRecordFiles(*m_manifest, record, m_released));
-        if (record.Remove())
-        {
+        if (record.Remove()) {
             m_manifestsChanged = true;
             anySucceeded = true;
         }
@@ -464,10 +426,10 @@ long long FreeBytes(const CZoltaDirectoryPath& folder, unsigned long long& devic
 {
     QString path = folder.ToQString();
     struct stat status {};
-    while (!path.isEmpty() && ::stat(path.toUtf8().constData(), &status) != 0)
-    {
+    while (!path.isEmpty() && ::stat(path.toUtf8().constData(), &status) != 0) {
         const int slash = path.lastIndexOf(QLatin1Char('/'));
-        path = slash > 0 ? path.left(slash) : (slash == 0 && path != QStringLiteral("/") ? QStringLiteral("/") : QString());
+        path = slash > 0 ? path.left(slash)
+                         : (slash == 0 && path != QStringLiteral("/") ? QStringLiteral("/") : QString());
     }
     struct statvfs space {};
     if (path.isEmpty() || ::statvfs(path.toUtf8().constData(), &space) != 0)
@@ -488,8 +450,7 @@ bool CGalleryInstallation::CheckFreeSpace(CAtlString& problem) const
     const bool isUrl = IsUrl(m_source);
     long long destinationNeed = 0;
     long long temporaryNeed = 0;
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         if (!IsInstallAction(category->GetAction()))
             continue;
         const std::vector<CAtlString> names = FilesToInstall(*category);
@@ -524,19 +485,18 @@ bool CGalleryInstallation::CheckFreeSpace(CAtlString& problem) const
 
     unsigned long long destinationDevice = 0;
     unsigned long long temporaryDevice = 1;
-    const long long destinationFree = FreeBytes(m_downloadOnly ? m_downloadDirectory : m_installDirectory, destinationDevice);
+    const long long destinationFree =
+        FreeBytes(m_downloadOnly ? m_downloadDirectory : m_installDirectory, destinationDevice);
     const long long temporaryFree = FreeBytes(m_temporaryDirectory, temporaryDevice);
     if (destinationFree >= 0 && temporaryFree >= 0 && destinationDevice == temporaryDevice)
         destinationNeed += temporaryNeed;  // one file system holds both
     const CZoltaDirectoryPath& destination = m_downloadOnly ? m_downloadDirectory : m_installDirectory;
-    if (destinationFree >= 0 && destinationFree < destinationNeed)
-    {
-        problem = CAtlString(L"Not enough free space in ") + destination.GetPath() + L": " + Megabytes(destinationNeed) +
-                  L" needed, " + Megabytes(destinationFree) + L" free.";
+    if (destinationFree >= 0 && destinationFree < destinationNeed) {
+        problem = CAtlString(L"Not enough free space in ") + destination.GetPath() + L": " +
+                  Megabytes(destinationNeed) + L" needed, " + Megabytes(destinationFree) + L" free.";
         return false;
     }
-    if (temporaryFree >= 0 && temporaryFree < temporaryNeed && destinationDevice != temporaryDevice)
-    {
+    if (temporaryFree >= 0 && temporaryFree < temporaryNeed && destinationDevice != temporaryDevice) {
         problem = CAtlString(L"Not enough free space in ") + m_temporaryDirectory.GetPath() + L": " +
                   Megabytes(temporaryNeed) + L" needed, " + Megabytes(temporaryFree) + L" free.";
         return false;
@@ -551,8 +511,7 @@ HRESULT CGalleryInstallation::Run()
     const bool isUrl = IsUrl(m_source);
     const int total = CountSteps(isUrl);
     int done = 0;
-    if (!m_downloadOnly)
-    {
+    if (!m_downloadOnly) {
         // Without a journal the run still runs; only a crash in it could not be completed later.
         static_cast<void>(m_journal.Begin(UninstallFolder()));
         ApplyMandatoryRemovals();
@@ -560,8 +519,7 @@ HRESULT CGalleryInstallation::Run()
 
     std::map<CAtlString, CZoltaFilePath> fetched;
     bool usePrefetch = false;
-    if (isUrl && m_prefetch == 1 && !m_cancel)
-    {
+    if (isUrl && m_prefetch == 1 && !m_cancel) {
         Prefetch(total, done, fetched);
         usePrefetch = true;
     }
@@ -574,22 +532,17 @@ HRESULT CGalleryInstallation::Run()
 
     bool anyFailed = false;
     bool anySucceeded = false;
-    for (const auto& category : m_categories)
-    {
+    for (const auto& category : m_categories) {
         if (m_cancel)
             break;
         const int action = category->GetAction();
-        if (action == eGalleryCategoryActionNone)
-        {
+        if (action == eGalleryCategoryActionNone) {
             category->SetResult(S_FALSE);
             category->SetFinished(true);
-        }
-        else if (action == eGalleryCategoryActionUninstall)
-        {
+        } else if (action == eGalleryCategoryActionUninstall) {
             if (!m_downloadOnly)
                 UninstallCategory(*category, total, done, anySucceeded);
-        }
-        else if (IsInstallAction(action))
+        } else if (IsInstallAction(action))
             InstallCategory(*category, isUrl, total, done, usePrefetch, fetched, anyFailed, anySucceeded);
     }
     ahead.Reset();
@@ -599,14 +552,11 @@ HRESULT CGalleryInstallation::Run()
     if (!m_cancel)
         ApplyStringPackages(usePrefetch, fetched);
 
-    if (m_cancel)
-    {
+    if (m_cancel) {
         if (SUCCEEDED(WriteManifest()))
             m_journal.End();
-        for (const auto& category : m_categories)
-        {
-            if (!category->IsFinished() && category->GetAction() != eGalleryCategoryActionNone && !m_cancel)
-            {
+        for (const auto& category : m_categories) {
+            if (!category->IsFinished() && category->GetAction() != eGalleryCategoryActionNone && !m_cancel) {
                 category->SetResult(E_ABORT);
                 category->SetFinished(true);
             }
@@ -614,15 +564,12 @@ HRESULT CGalleryInstallation::Run()
         return E_ABORT;
     }
 
-    if (m_manifestsChanged && !m_downloadOnly)
-    {
+    if (m_manifestsChanged && !m_downloadOnly) {
         // A rebuild that fails keeps the journal: the next open tries again.
         if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(*m_manifest, m_released)))
             m_journal.End();
         m_manifest->SetModified(false);
-    }
-    else if (!m_downloadOnly)
-    {
+    } else if (!m_downloadOnly) {
         const HRESULT written = WriteManifest();
         if (FAILED(written))
             return written;

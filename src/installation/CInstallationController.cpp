@@ -31,9 +31,9 @@ bool IsOk(HRESULT hr)
 
 CInstallationController::CInstallationController(std::shared_ptr<CConfiguration> configuration,
                                                  IProxyObserver* proxyObserver)
-    : m_proxyObserver(proxyObserver), m_configuration(std::move(configuration))
-{
-}
+    : m_proxyObserver(proxyObserver),
+      m_configuration(std::move(configuration))
+{}
 
 CInstallationController::~CInstallationController()
 {
@@ -48,17 +48,29 @@ void CInstallationController::Close()
 void CInstallationController::Notify(eEvent event)
 {
     CGalleryInstallation* installation = m_installation.get();
-    for (IInstallationObserver* observer : m_observers)
-    {
-        switch (event)
-        {
-        case eOpening: observer->OnOpening(installation); break;
-        case eOpened: observer->OnOpened(installation); break;
-        case eOpenFailed: observer->OnOpenFailed(installation); break;
-        case eRunning: observer->OnRunning(installation); break;
-        case eRunComplete: observer->OnRunComplete(installation); break;
-        case eRunCanceled: observer->OnRunCanceled(installation); break;
-        case eRunFailed: observer->OnRunFailed(installation); break;
+    for (IInstallationObserver* observer : m_observers) {
+        switch (event) {
+        case eOpening:
+            observer->OnOpening(installation);
+            break;
+        case eOpened:
+            observer->OnOpened(installation);
+            break;
+        case eOpenFailed:
+            observer->OnOpenFailed(installation);
+            break;
+        case eRunning:
+            observer->OnRunning(installation);
+            break;
+        case eRunComplete:
+            observer->OnRunComplete(installation);
+            break;
+        case eRunCanceled:
+            observer->OnRunCanceled(installation);
+            break;
+        case eRunFailed:
+            observer->OnRunFailed(installation);
+            break;
         }
     }
 }
@@ -92,7 +104,8 @@ bool CInstallationController::CheckDestination(const CZoltaDirectoryPath& destin
     if (QFileInfo(folder.filePath(QStringLiteral("Uninstall"))).isDir() ||
         QFileInfo(folder.filePath(QStringLiteral("imsmanifest.xml"))).isFile())
         return true;
-    const QFileInfoList entries = folder.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const QFileInfoList entries =
+        folder.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     if (std::all_of(entries.begin(), entries.end(), IsLeftWriteProbe))
         return true;
     problem = CAtlString(L"The destination folder is not empty and holds no gallery: ") + destination.GetPath() +
@@ -113,8 +126,7 @@ bool CInstallationController::HasUpdates() const
 {
     if (!m_installation)
         return false;
-    for (int i = 0; i < m_installation->CategoryCount(); ++i)
-    {
+    for (int i = 0; i < m_installation->CategoryCount(); ++i) {
         const CGalleryCategory* category = m_installation->Category(i);
         if (category->IsInstalled() && category->IsUpdateAvailable())
             return true;
@@ -126,8 +138,7 @@ void CInstallationController::SelectUpdates()
 {
     if (!m_installation)
         return;
-    for (int i = 0; i < m_installation->CategoryCount(); ++i)
-    {
+    for (int i = 0; i < m_installation->CategoryCount(); ++i) {
         CGalleryCategory* category = m_installation->Category(i);
         const bool wanted = !category->IsInstalled() || category->IsUpdateAvailable();
         category->SetAction(wanted ? eGalleryCategoryActionInstall : eGalleryCategoryActionNone);
@@ -222,8 +233,7 @@ CZoltaDirectoryPath CInstallationController::LocateGalleryData(const CZoltaDirec
         return CZoltaDirectoryPath();
     std::vector<CZoltaDirectoryPath> entries;
     directory.ListFolders(L"*", entries);
-    for (const CZoltaDirectoryPath& entry : entries)
-    {
+    for (const CZoltaDirectoryPath& entry : entries) {
         if (entry.GetName().CompareNoCase(folderName) != 0)
             continue;
         CZoltaDirectoryPath candidate = entry;
@@ -239,8 +249,7 @@ CAtlString CInstallationController::GalleryIdFromCategoryId(const CAtlString& ca
 {
     if (categoryId.IsEmpty())
         return CAtlString();
-    if (categoryId[0] == L'{')
-    {
+    if (categoryId[0] == L'{') {
         const int end = categoryId.Find(L'}');
         return end > 0 ? categoryId.Left(end + 1) : CAtlString();
     }
@@ -277,8 +286,7 @@ bool CInstallationController::BelongsToGallery(const CZoltaFilePath& document) c
 bool CInstallationController::FindSource(const CAtlString& path)
 {
     const CZoltaDirectoryPath data = LocateGalleryData(CZoltaDirectoryPath(path), GetGalleryFolder());
-    if (!data.IsEmpty() && BelongsToGallery(data.GetFile(CGalleryInstallation::GalleryCategoriesXml)))
-    {
+    if (!data.IsEmpty() && BelongsToGallery(data.GetFile(CGalleryInstallation::GalleryCategoriesXml))) {
         m_source = data.GetPath();
         return true;
     }
@@ -288,8 +296,7 @@ bool CInstallationController::FindSource(const CAtlString& path)
 
 bool CInstallationController::TestUrl(const CAtlString& url, CAtlString* reason)
 {
-    if (!CGalleryInstallation::IsUrl(url))
-    {
+    if (!CGalleryInstallation::IsUrl(url)) {
         if (reason)
             *reason = L"Not an address";
         return false;
@@ -323,8 +330,7 @@ bool CInstallationController::OpenInstallation(const CZoltaDirectoryPath& destin
                                                IGalleryInstallationObserver* observer, bool downloadOnly)
 {
     m_installation = CGalleryInstallation::Create();
-    if (!m_installation)
-    {
+    if (!m_installation) {
         Notify(eOpenFailed);
         return false;
     }
@@ -353,10 +359,8 @@ bool CInstallationController::Run(IGalleryInstallationObserver* observer)
     CGalleryInstallation* installation = m_installation.get();
     const HRESULT hr =
         QThreadWithLoop::RunOnThread([installation] { return installation->Run(); }, QThread::InheritPriority);
-    if (hr < 0)
-    {
-        if (hr == E_ABORT)
-        {
+    if (hr < 0) {
+        if (hr == E_ABORT) {
             Notify(eRunCanceled);
             return true;
         }
@@ -383,16 +387,14 @@ void CInstallationController::ApplyUpdatesOnly(IGalleryInstallationObserver* obs
     m_installation->SetObserver(observer);
     m_installation->ClearResults();
     std::map<CAtlString, int> chosen;
-    for (int i = 0; i < m_installation->CategoryCount(); ++i)
-    {
+    for (int i = 0; i < m_installation->CategoryCount(); ++i) {
         CGalleryCategory* category = m_installation->Category(i);
         chosen[category->GetId()] = category->GetAction();
         const bool update = category->IsInstalled() && category->IsUpdateAvailable();
         category->SetAction(update ? eGalleryCategoryActionUpdate : eGalleryCategoryActionNone);
     }
     static_cast<void>(Run(observer));  // the outcome reaches the observers as their events
-    for (int i = 0; i < m_installation->CategoryCount(); ++i)
-    {
+    for (int i = 0; i < m_installation->CategoryCount(); ++i) {
         CGalleryCategory* category = m_installation->Category(i);
         const auto action = chosen.find(category->GetId());
         if (action != chosen.end())
@@ -411,8 +413,7 @@ void CInstallationController::SelectIds(const std::vector<CAtlString>& ids)
 bool CInstallationController::RunBatch(bool downloadOnly, const std::vector<CAtlString>* ids,
                                        IGalleryInstallationObserver* observer)
 {
-    if (!OpenInstallation(GetDestination(), m_source, observer, downloadOnly))
-    {
+    if (!OpenInstallation(GetDestination(), m_source, observer, downloadOnly)) {
         Close();
         return false;
     }
@@ -420,8 +421,7 @@ bool CInstallationController::RunBatch(bool downloadOnly, const std::vector<CAtl
         SelectIds(*ids);
     else
         SelectUpdates();
-    if (!CheckFreeSpace(m_problem))
-    {
+    if (!CheckFreeSpace(m_problem)) {
         Close();
         return false;
     }
@@ -455,13 +455,10 @@ CZoltaDirectoryPath CInstallationController::UninstallAll(IGalleryInstallationOb
     m_openForRemoval = true;
     const bool opened = OpenInstallation(GetDestination(), CAtlString(), observer, false);
     m_openForRemoval = false;
-    if (opened)
-    {
-        for (int i = 0; i < m_installation->CategoryCount(); ++i)
-        {
+    if (opened) {
+        for (int i = 0; i < m_installation->CategoryCount(); ++i) {
             CGalleryCategory* category = m_installation->Category(i);
-            category->SetAction(category->IsInstalled() ? eGalleryCategoryActionUninstall
-                                                        : eGalleryCategoryActionNone);
+            category->SetAction(category->IsInstalled() ? eGalleryCategoryActionUninstall : eGalleryCategoryActionNone);
         }
         static_cast<void>(Run(observer));  // the caller goes on whatever the run returned
     }

@@ -15,11 +15,9 @@ class IProxyObserver;
 // Stands between the work flows and the engine: finds the source, opens an installation, sets
 // the categories' actions and runs the long steps on a worker thread while this (main) thread
 // keeps its events flowing. Lifecycle events go to the observers on this thread.
-class CInstallationController
-{
+class CInstallationController {
 public:
-    enum eEvent
-    {
+    enum eEvent {
         eOpening = 0,
         eOpened = 1,
         eOpenFailed = 2,
@@ -71,7 +69,7 @@ public:
     // The window-based open: destination and source as they stand.
     [[nodiscard]] bool Open(IGalleryInstallationObserver* observer);
     [[nodiscard]] bool OpenInstallation(const CZoltaDirectoryPath& destination, const CAtlString& source,
-                          IGalleryInstallationObserver* observer, bool downloadOnly);
+                                        IGalleryInstallationObserver* observer, bool downloadOnly);
     // Runs the actions as set. A cancel counts as success.
     [[nodiscard]] bool Run(IGalleryInstallationObserver* observer);
     // Tells OnRunning, clears the results of an earlier run, runs.
@@ -104,7 +102,8 @@ public:
 private:
     void Notify(eEvent event);
     void SelectIds(const std::vector<CAtlString>& ids);
-    [[nodiscard]] bool RunBatch(bool downloadOnly, const std::vector<CAtlString>* ids, IGalleryInstallationObserver* observer);
+    [[nodiscard]] bool RunBatch(bool downloadOnly, const std::vector<CAtlString>* ids,
+                                IGalleryInstallationObserver* observer);
     bool BelongsToGallery(const CZoltaFilePath& document) const;
 
     std::unique_ptr<CGalleryInstallation> m_installation;

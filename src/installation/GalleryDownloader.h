@@ -6,10 +6,11 @@
 
 // The downloader handed to the parts of the program that know nothing of installation (the
 // self-update): each URL lands in a temporary file of its own, through the run's proxy.
-class GalleryDownloader : public IDownloader
-{
+class GalleryDownloader : public IDownloader {
 public:
-    explicit GalleryDownloader(IProxyObserver* proxyObserver = nullptr) : m_proxyObserver(proxyObserver) {}
+    explicit GalleryDownloader(IProxyObserver* proxyObserver = nullptr)
+        : m_proxyObserver(proxyObserver)
+    {}
 
     void SetProxyObserver(IProxyObserver* proxyObserver) { m_proxyObserver = proxyObserver; }
     IProxyObserver* GetProxyObserver() const { return m_proxyObserver; }

@@ -13,10 +13,8 @@ bool HasRegion(const CAtlString& language)
 std::vector<CAtlString> LanguagesBehind(const CGalleryCategory& category)
 {
     std::vector<CAtlString> languages;
-    for (const CGalleryCategoryFile& file : category.GetFiles())
-    {
-        for (const auto& [language, version] : file.GetStrings())
-        {
+    for (const CGalleryCategoryFile& file : category.GetFiles()) {
+        for (const auto& [language, version] : file.GetStrings()) {
             bool current = false;
             for (const auto& [installedLanguage, installedVersion] : file.GetInstalledStrings())
                 if (MatchLanguage(installedLanguage, language) >= 2 &&
@@ -33,15 +31,12 @@ std::vector<CAtlString> LanguagesBehind(const CGalleryCategory& category)
 // region stays, or else the later one.
 void ThinOut(std::vector<CAtlString>& languages)
 {
-    for (std::size_t i = 0; i < languages.size(); ++i)
-    {
-        for (std::size_t j = languages.size() - 1; j > i; --j)
-        {
+    for (std::size_t i = 0; i < languages.size(); ++i) {
+        for (std::size_t j = languages.size() - 1; j > i; --j) {
             const int level = MatchLanguage(languages[i], languages[j]);
             if (level == 3)
                 languages.erase(languages.begin() + static_cast<std::ptrdiff_t>(j));
-            else if (level == 2)
-            {
+            else if (level == 2) {
                 if (HasRegion(languages[i]))
                     languages[i] = languages[j];
                 languages.erase(languages.begin() + static_cast<std::ptrdiff_t>(j));
@@ -65,12 +60,9 @@ std::vector<CAtlString> ListLanguagePackages(const CGalleryCategory& category, b
     ThinOut(languages);
 
     std::vector<CAtlString> packages;
-    for (const CAtlString& language : languages)
-    {
-        for (const auto& [key, fileName] : strings)
-        {
-            if (MatchLanguage(language, key) >= 2)
-            {
+    for (const CAtlString& language : languages) {
+        for (const auto& [key, fileName] : strings) {
+            if (MatchLanguage(language, key) >= 2) {
                 packages.push_back(fileName);
                 break;
             }

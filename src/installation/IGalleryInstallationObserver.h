@@ -4,8 +4,7 @@
 
 class CGalleryCategory;
 
-enum eGalleryInstallationProgress
-{
+enum eGalleryInstallationProgress {
     eGalleryInstallationProgressNone = 0,
     eGalleryInstallationProgressDownloading = 1,
     eGalleryInstallationProgressInstalling = 2,
@@ -16,8 +15,7 @@ enum eGalleryInstallationProgress
     eGalleryInstallationProgressFailed = 7,
 };
 
-class IGalleryInstallationObserver
-{
+class IGalleryInstallationObserver {
 public:
     virtual ~IGalleryInstallationObserver() = default;
     // Called on the engine's worker thread. `category` may be null; `percent` (of this item) and

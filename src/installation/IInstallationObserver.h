@@ -4,8 +4,7 @@ class CGalleryInstallation;
 
 // The lifecycle of an installation's open and run, told on the controller's (main) thread after
 // each wait. `installation` may be null.
-class IInstallationObserver
-{
+class IInstallationObserver {
 public:
     virtual ~IInstallationObserver() = default;
     virtual void OnOpening(CGalleryInstallation* installation) = 0;

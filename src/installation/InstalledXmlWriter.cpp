@@ -14,8 +14,7 @@ namespace {
 // The version to record for a category, or false when it doesn't count as present.
 bool RecordedVersion(const CGalleryCategory& category, CAtlString& version)
 {
-    switch (category.GetAction())
-    {
+    switch (category.GetAction()) {
     case eGalleryCategoryActionInstall:
         version = category.GetVersion();
         // Exactly 0: a code of partial success (1) or of a replaced record (4) is not a clean install.
@@ -37,14 +36,12 @@ void InstalledXmlWriter::Write(CGalleryInstallation* installation)
 {
     if (!installation || !m_configuration)
         return;
-    try
-    {
+    try {
         tinyxml2::XMLDocument document;
         tinyxml2::XMLElement* root = document.NewElement("categories");
         document.InsertEndChild(root);
         bool anyRecorded = false;
-        for (int i = 0; i < installation->CategoryCount(); ++i)
-        {
+        for (int i = 0; i < installation->CategoryCount(); ++i) {
             const CGalleryCategory* category = installation->Category(i);
             CAtlString version;
             if (!RecordedVersion(*category, version))
@@ -60,14 +57,11 @@ void InstalledXmlWriter::Write(CGalleryInstallation* installation)
             return;
         uninstall.Append(L"Uninstall");
         const CZoltaFilePath path = uninstall.GetFile(L"updateinfo.xml");
-        if (anyRecorded)
-        {
+        if (anyRecorded) {
             ReplaceFileWith(path, [&document](FILE* file) { return document.SaveFile(file) == tinyxml2::XML_SUCCESS; });
-        }
-        else if (path.Exists())
+        } else if (path.Exists())
             path.Remove();
     }
-    catch (...)
-    {
+    catch (...) {
     }
 }

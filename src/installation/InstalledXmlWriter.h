@@ -9,14 +9,12 @@ class CConfiguration;
 // Keeps "Uninstall/updateinfo.xml" of the gallery: which categories are there at which version.
 // Registered as the controller's first observer, it rewrites the file after every open and
 // every run, and deletes it when nothing counts as present.
-class InstalledXmlWriter : public IInstallationObserver
-{
+class InstalledXmlWriter : public IInstallationObserver {
 public:
     InstalledXmlWriter() = default;
     explicit InstalledXmlWriter(std::shared_ptr<CConfiguration> configuration)
         : m_configuration(std::move(configuration))
-    {
-    }
+    {}
 
     void SetConfiguration(std::shared_ptr<CConfiguration> configuration) { m_configuration = std::move(configuration); }
 

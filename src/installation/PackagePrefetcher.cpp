@@ -24,10 +24,11 @@ constexpr std::chrono::milliseconds kProgressInterval(50);
 constexpr std::chrono::milliseconds kPumpInterval(10);
 
 // Keeps the last byte report of one fetch for the installer to pass on in its turn.
-class ByteRecorder : public IByteProgressObserver
-{
+class ByteRecorder : public IByteProgressObserver {
 public:
-    explicit ByteRecorder(std::atomic<std::uint64_t>& bytes) : m_bytes(bytes) {}
+    explicit ByteRecorder(std::atomic<std::uint64_t>& bytes)
+        : m_bytes(bytes)
+    {}
     void ReadProgress(unsigned int done, unsigned int total) override
     {
         m_bytes.store(std::uint64_t(done) << 32 | total);
@@ -47,7 +48,9 @@ int PackagePrefetcher::ConfiguredConnections()
 
 PackagePrefetcher::PackagePrefetcher(std::vector<Package> packages, int connections, IProxyObserver* proxyObserver,
                                      const volatile bool* cancel)
-    : m_connections(static_cast<size_t>(std::max(1, connections))), m_cancel(cancel), m_credentials(proxyObserver)
+    : m_connections(static_cast<size_t>(std::max(1, connections))),
+      m_cancel(cancel),
+      m_credentials(proxyObserver)
 {
     std::set<CAtlString> paths;
     for (Package& package : packages) {
@@ -100,9 +103,8 @@ void PackagePrefetcher::Work()
         Slot* slot = nullptr;
         {
             std::unique_lock<std::mutex> lock(m_mutex);
-            m_workToDo.wait(lock, [this] {
-                return Aborted() || m_next >= m_slots.size() || m_next < m_taken + m_connections;
-            });
+            m_workToDo.wait(
+                lock, [this] { return Aborted() || m_next >= m_slots.size() || m_next < m_taken + m_connections; });
             if (Aborted() || m_next >= m_slots.size())
                 return;
             slot = m_slots[m_next++].get();

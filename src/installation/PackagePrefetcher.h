@@ -27,8 +27,7 @@ class QThread;
 // its fetch would have shown, so that what an observer sees is what one fetch after another shows.
 // Cancel (or the engine's cancel flag) stops every connection at once; the files of packages not
 // taken are removed when this goes.
-class PackagePrefetcher
-{
+class PackagePrefetcher {
 public:
     // The program's user settings: how many packages may be fetched at once.
     static const wchar_t* const kSection;         // "Software/ZOLTA Technologies Inc./Curatool/Network"
@@ -38,8 +37,7 @@ public:
     // The stored value, within 1 and kMaxConnections; kDefaultConnections when none is stored.
     static int ConfiguredConnections();
 
-    struct Package
-    {
+    struct Package {
         CAtlString name;  // as the installer asks for it
         CAtlString url;
         CZoltaFilePath path;
@@ -60,19 +58,17 @@ public:
     // while it comes, its console lines are printed when it has come; then its result, its path
     // and, on failure, why. E_ABORT once cancelled.
     [[nodiscard]] HRESULT Take(const CAtlString& name, CZoltaFilePath& path, CAtlString& reason,
-                 const std::function<void(unsigned int, unsigned int)>& progress);
+                               const std::function<void(unsigned int, unsigned int)>& progress);
     void Cancel();
 
 private:
-    enum eState
-    {
+    enum eState {
         eStateWaiting,
         eStateFetching,
         eStateFetched,
         eStateTaken,
     };
-    struct Slot
-    {
+    struct Slot {
         Package package;
         eState state = eStateWaiting;
         HRESULT result = E_FAIL;
@@ -93,7 +89,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_workToDo;  // to the connections
     std::condition_variable m_fetched;   // to the installer
-    size_t m_next = 0;   // the next package to start
-    size_t m_taken = 0;  // packages the installer has taken
+    size_t m_next = 0;                   // the next package to start
+    size_t m_taken = 0;                  // packages the installer has taken
     std::vector<QThread*> m_threads;
 };

@@ -2,7 +2,8 @@
 
 #include "installation/CGalleryCategory.h"
 
-QtInstallationObserver::QtInstallationObserver(QObject* parent) : QObject(parent)
+QtInstallationObserver::QtInstallationObserver(QObject* parent)
+    : QObject(parent)
 {
     static const bool registered = [] {
         qRegisterMetaType<eGalleryInstallationProgress>("eGalleryInstallationProgress");
@@ -15,12 +16,10 @@ QtInstallationObserver::QtInstallationObserver(QObject* parent) : QObject(parent
 void QtInstallationObserver::Progress(eGalleryInstallationProgress stage, CGalleryCategory* category,
                                       const wchar_t* item, int percent, int overall)
 {
-    if (!m_timer)
-    {
+    if (!m_timer) {
         m_timer = std::make_shared<QElapsedTimer>();
         m_timer->start();
-    }
-    else if (m_timer->elapsed() < kIntervalMs && stage == m_lastProgress)
+    } else if (m_timer->elapsed() < kIntervalMs && stage == m_lastProgress)
         return;
     m_timer->restart();
     m_lastProgress = stage;

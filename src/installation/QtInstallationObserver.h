@@ -12,8 +12,7 @@
 // The worker side of the engine's progress on its way to a window: takes the engine's calls on
 // the worker thread, thins them to two a second per stage (a change of stage always passes) and
 // emits them as a signal, to be connected queued to a slot on the interface thread.
-class QtInstallationObserver : public QObject, public IGalleryInstallationObserver
-{
+class QtInstallationObserver : public QObject, public IGalleryInstallationObserver {
     Q_OBJECT
 public:
     static constexpr int kIntervalMs = 500;

@@ -16,8 +16,7 @@ namespace {
 // Only a record's bare name is ever taken from the journal: nothing outside the folder is touched.
 bool IsRecordName(const QByteArray& name)
 {
-    return !name.contains('/') && name != "." && name != ".." &&
-           fnmatch("imsmanifest*.xml", name.constData(), 0) == 0;
+    return !name.contains('/') && name != "." && name != ".." && fnmatch("imsmanifest*.xml", name.constData(), 0) == 0;
 }
 
 }  // namespace
@@ -67,8 +66,7 @@ bool RunJournal::Recover(const CZoltaDirectoryPath& uninstallFolder, CGalleryMan
     // The files those records list may have arrived in part: they go with the records, since
     // nothing else would ever know them as the program's own.
     std::vector<CAtlString> released;
-    for (const QByteArray& name : names)
-    {
+    for (const QByteArray& name : names) {
         if (!IsRecordName(name))
             continue;
         const CZoltaFilePath record = uninstallFolder.GetFile(FromFileSystemEncoding(name.constData()));

@@ -10,8 +10,7 @@ class CGalleryManifest;
 // What a run that changes a gallery is in the middle of, kept beside the install records so that
 // a run killed at any moment can be completed: the records it wrote may belong to packages
 // whose files never all arrived, and the merged manifest may not know of them yet.
-class RunJournal
-{
+class RunJournal {
 public:
     static const wchar_t* const FileName;  // "run_journal.txt" in the Uninstall folder
 

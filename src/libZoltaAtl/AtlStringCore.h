@@ -378,7 +378,7 @@ struct StringCore {
         if (pData->nRefs >= 0)
             Release(s);
         else
-            AssignCopy(s, 0, kEmptyText); // a locked buffer keeps its allocation
+            AssignCopy(s, 0, kEmptyText);  // a locked buffer keeps its allocation
     }
 
     static Char GetAt(const String& s, int nIndex)
@@ -435,7 +435,7 @@ struct StringCore {
             if (Traits::kReleaseBufferMeasuresEmpty && nNewLength == 0) {
                 const size_t measured = Traits::Length(s.m_pchData);
                 nNewLength = measured < static_cast<size_t>(pData->nAllocLength) ? static_cast<int>(measured)
-                                                                               : pData->nAllocLength;
+                                                                                 : pData->nAllocLength;
             }
         }
         ZOLTA_ASSERT_TEXT(nNewLength <= pData->nAllocLength, "nNewLength <= GetData()->nAllocLength");
@@ -730,8 +730,7 @@ struct StringCore {
             CopyChars(s.m_pchData, pstrOld, pOldData->nDataLength + 1);
             Release(pOldData);
         }
-        MoveChars(s.m_pchData + nIndex + nInsertLength, s.m_pchData + nIndex,
-                  nNewLength - nIndex - nInsertLength + 1);
+        MoveChars(s.m_pchData + nIndex + nInsertLength, s.m_pchData + nIndex, nNewLength - nIndex - nInsertLength + 1);
         CopyChars(s.m_pchData + nIndex, inserted.data(), nInsertLength);
         GetData(s)->nDataLength = nNewLength;
         return nNewLength;
@@ -784,8 +783,14 @@ struct StringCore {
         return s;
     }
 
-    static auto IsSpace() { return [](Char ch) { return Traits::IsSpace(ch); }; }
-    static auto IsTarget(Char chTarget) { return [chTarget](Char ch) { return ch == chTarget; }; }
+    static auto IsSpace()
+    {
+        return [](Char ch) { return Traits::IsSpace(ch); };
+    }
+    static auto IsTarget(Char chTarget)
+    {
+        return [chTarget](Char ch) { return ch == chTarget; };
+    }
     static auto IsInList(const Char* list)
     {
         return [list](Char ch) { return ch != 0 && Traits::FindChar(list, ch) != nullptr; };
@@ -821,8 +826,14 @@ struct StringCore {
         return s;
     }
 
-    static String& MakeUpper(String& s) { return MakeEach(s, [](Char ch) { return Traits::ToUpper(ch); }); }
-    static String& MakeLower(String& s) { return MakeEach(s, [](Char ch) { return Traits::ToLower(ch); }); }
+    static String& MakeUpper(String& s)
+    {
+        return MakeEach(s, [](Char ch) { return Traits::ToUpper(ch); });
+    }
+    static String& MakeLower(String& s)
+    {
+        return MakeEach(s, [](Char ch) { return Traits::ToLower(ch); });
+    }
 
     static String& MakeReverse(String& s)
     {
@@ -930,140 +941,401 @@ struct StringCore {
     }
 };
 
-} // namespace zolta_detail
+}  // namespace zolta_detail
 
 // Defines the six relations of two operand types from a three-way comparison of them.
-#define ZOLTA_STRING_RELATIONS(Left, Right, compare)                                                                \
-    bool operator==(Left s1, Right s2) { return compare(s1, s2) == 0; }                                             \
-    bool operator!=(Left s1, Right s2) { return compare(s1, s2) != 0; }                                             \
-    bool operator<(Left s1, Right s2) { return compare(s1, s2) < 0; }                                               \
-    bool operator>(Left s1, Right s2) { return compare(s1, s2) > 0; }                                               \
-    bool operator<=(Left s1, Right s2) { return compare(s1, s2) <= 0; }                                             \
-    bool operator>=(Left s1, Right s2) { return compare(s1, s2) >= 0; }
+#define ZOLTA_STRING_RELATIONS(Left, Right, compare)                                                                   \
+    bool operator==(Left s1, Right s2)                                                                                 \
+    {                                                                                                                  \
+        return compare(s1, s2) == 0;                                                                                   \
+    }                                                                                                                  \
+    bool operator!=(Left s1, Right s2)                                                                                 \
+    {                                                                                                                  \
+        return compare(s1, s2) != 0;                                                                                   \
+    }                                                                                                                  \
+    bool operator<(Left s1, Right s2)                                                                                  \
+    {                                                                                                                  \
+        return compare(s1, s2) < 0;                                                                                    \
+    }                                                                                                                  \
+    bool operator>(Left s1, Right s2)                                                                                  \
+    {                                                                                                                  \
+        return compare(s1, s2) > 0;                                                                                    \
+    }                                                                                                                  \
+    bool operator<=(Left s1, Right s2)                                                                                 \
+    {                                                                                                                  \
+        return compare(s1, s2) <= 0;                                                                                   \
+    }                                                                                                                  \
+    bool operator>=(Left s1, Right s2)                                                                                 \
+    {                                                                                                                  \
+        return compare(s1, s2) >= 0;                                                                                   \
+    }
 
 // Defines, for one string class, every member and friend that is a shared algorithm unchanged, so
 // that the forwarding is written once too. Each class source expands it once, with `Core` naming
 // its StringCore; what differs between the classes stays written out in their sources.
-#define ZOLTA_STRING_SHARED_MEMBERS(String, Char, Data)                                                             \
-    Data* String::GetData() const { return Core::GetData(*this); }                                                  \
-    void String::AllocBuffer(int nLen) { Core::AllocBuffer(*this, nLen); }                                          \
-    void String::Release() { Core::Release(*this); }                                                                \
-    void String::Release(Data* pData) { Core::Release(pData); }                                                     \
-    void String::CopyBeforeWrite() { Core::CopyBeforeWrite(*this); }                                                \
-    void String::AllocBeforeWrite(int nLen) { Core::AllocBeforeWrite(*this, nLen); }                                \
-    void String::ConcatInPlace(int nSrcLen, const Char* lpszSrcData)                                                \
-    {                                                                                                               \
-        Core::ConcatInPlace(*this, nSrcLen, lpszSrcData);                                                           \
-    }                                                                                                               \
-                                                                                                                    \
-    String::String() { Core::Init(*this); }                                                                         \
-    String::String(const String& stringSrc) { Core::ConstructCopy(*this, stringSrc); }                              \
-    String::String(const Char* lpsz) { Core::ConstructText(*this, lpsz); }                                          \
-    String::String(const Char* lpch, int nLength) { Core::ConstructCounted(*this, lpch, nLength); }                 \
-    String::String(Char ch, int nRepeat) { Core::ConstructRepeated(*this, ch, nRepeat); }                           \
-    String::~String() { Core::Release(*this); }                                                                     \
-    String& String::operator=(const String& stringSrc) { return Core::Assign(*this, stringSrc); }                   \
-    String& String::operator=(const Char* lpsz) { return Core::AssignText(*this, lpsz); }                           \
-    String& String::operator=(Char ch)                                                                              \
-    {                                                                                                               \
-        Core::AssignCopy(*this, 1, &ch);                                                                            \
-        return *this;                                                                                               \
-    }                                                                                                               \
-                                                                                                                    \
-    int String::GetLength() const { return GetData()->nDataLength; }                                                \
-    bool String::IsEmpty() const { return GetData()->nDataLength == 0; }                                            \
-    void String::Empty() { Core::Empty(*this); }                                                                    \
-    Char String::GetAt(int nIndex) const { return Core::GetAt(*this, nIndex); }                                     \
-    Char String::operator[](int nIndex) const { return Core::GetAt(*this, nIndex); }                                \
-    void String::SetAt(int nIndex, Char ch) { Core::SetAt(*this, nIndex, ch); }                                     \
-                                                                                                                    \
-    Char* String::GetBuffer(int nMinBufLength) { return Core::GetBuffer(*this, nMinBufLength); }                    \
-    Char* String::GetBuffer() { return m_pchData; }                                                                 \
-    Char* String::GetBufferSetLength(int nNewLength) { return Core::GetBufferSetLength(*this, nNewLength); }        \
-    void String::ReleaseBuffer(int nNewLength) { Core::ReleaseBuffer(*this, nNewLength); }                          \
-    Char* String::LockBuffer() { return Core::LockBuffer(*this); }                                                  \
-    void String::UnlockBuffer() { Core::UnlockBuffer(*this); }                                                      \
-    void String::FreeExtra() { Core::FreeExtra(*this); }                                                            \
-                                                                                                                    \
-    String& String::Append(const String& str) { return Core::AppendString(*this, str); }                            \
-    String& String::Append(const Char* pszSrc) { return Core::AppendText(*this, pszSrc, "pszSrc != __null"); }      \
-    String& String::Append(const Char* pszSrc, int nLength) { return Core::AppendCounted(*this, pszSrc, nLength); } \
-    String& String::AppendChar(Char ch) { return Core::AppendChar(*this, ch); }                                     \
-    String& String::operator+=(const String& str) { return Append(str); }                                           \
-    String& String::operator+=(const Char* lpsz) { return Core::AppendText(*this, lpsz, "lpsz != __null"); }        \
-    String& String::operator+=(Char ch) { return AppendChar(ch); }                                                  \
-    String operator+(const String& string1, const String& string2) { return Core::Concat(string1, string2); }       \
-    String operator+(const String& string, Char ch) { return Core::Concat(string, ch); }                            \
-    String operator+(Char ch, const String& string) { return Core::Concat(ch, string); }                            \
-    String operator+(const String& string, const Char* lpsz) { return Core::Concat(string, lpsz); }                 \
-    String operator+(const Char* lpsz, const String& string) { return Core::Concat(lpsz, string); }                 \
-    String::String(const Core::OtherChar* lpch, int nLength) { Core::ConstructOtherCounted(*this, lpch, nLength); } \
-    String& String::operator=(const Core::OtherChar* text) { return Core::AssignOtherText(*this, text); }           \
-    String& String::Append(const Core::OtherChar* text) { return Core::AppendOtherText(*this, text); }              \
-    String& String::operator+=(const Core::OtherChar* text) { return Core::AppendOtherText(*this, text); }          \
-    String& String::operator+=(Core::OtherChar ch) { return AppendChar(Core::Traits::FromOtherChar(ch)); }          \
-    String& String::operator+=(const Core::OtherString& str) { return Append(String(str)); }                        \
-    String operator+(const String& string, const Core::OtherString& str) { return string + String(str); }           \
-    String operator+(const String& string, const Core::OtherChar* text) { return Core::ConcatOtherText(string, text); } \
-    String operator+(const Core::OtherChar* text, const String& string) { return Core::ConcatOtherText(text, string); } \
-                                                                                                                    \
-    String String::Mid(int nFirst, int nCount) const { return Core::Mid(*this, nFirst, nCount); }                   \
-    String String::Mid(int nFirst) const { return Core::Mid(*this, nFirst); }                                       \
-    String String::Left(int nCount) const { return Core::Left(*this, nCount); }                                     \
-    String String::Right(int nCount) const { return Core::Right(*this, nCount); }                                   \
-    int String::Find(Char ch, int nStart) const { return Core::Find(*this, ch, nStart); }                           \
-    int String::ReverseFind(Char ch) const { return Core::ReverseFind(*this, ch); }                                 \
-    int String::FindOneOf(const Char* lpszCharSet) const { return Core::FindOneOf(*this, lpszCharSet); }            \
-                                                                                                                    \
-    int String::Replace(Char chOld, Char chNew) { return Core::Replace(*this, chOld, chNew); }                      \
-    int String::Replace(const Char* lpszOld, const Char* lpszNew) { return Core::Replace(*this, lpszOld, lpszNew); } \
-    int String::Remove(Char chRemove) { return Core::Remove(*this, chRemove); }                                     \
-    int String::Insert(int nIndex, Char ch) { return Core::Insert(*this, nIndex, ch); }                             \
-    int String::Insert(int nIndex, const Char* pstr) { return Core::Insert(*this, nIndex, pstr); }                  \
-    int String::Delete(int nIndex, int nCount) { return Core::Delete(*this, nIndex, nCount); }                      \
-    String& String::TrimLeft() { return Core::TrimLeft(*this); }                                                    \
-    String& String::TrimLeft(Char chTarget) { return Core::TrimLeft(*this, chTarget); }                             \
-    String& String::TrimLeft(const Char* lpszTargets) { return Core::TrimLeft(*this, lpszTargets); }                \
-    String& String::TrimRight() { return Core::TrimRight(*this); }                                                  \
-    String& String::TrimRight(Char chTarget) { return Core::TrimRight(*this, chTarget); }                           \
-    String& String::TrimRight(const Char* lpszTargetList) { return Core::TrimRight(*this, lpszTargetList); }        \
-    String& String::Trim() { return TrimRight().TrimLeft(); }                                                       \
-    String& String::Trim(Char chTarget) { return TrimRight(chTarget).TrimLeft(chTarget); }                          \
-    String& String::Trim(const Char* lpszTargets) { return TrimRight(lpszTargets).TrimLeft(lpszTargets); }          \
-    String& String::MakeUpper() { return Core::MakeUpper(*this); }                                                  \
-    String& String::MakeLower() { return Core::MakeLower(*this); }                                                  \
-    String& String::MakeReverse() { return Core::MakeReverse(*this); }                                              \
-                                                                                                                    \
-    int String::Compare(const Char* lpsz) const { return Core::Collate(*this, lpsz, true); }                        \
-    int String::CompareNoCase(const Char* lpsz) const { return Core::Collate(*this, lpsz, false); }                 \
-    int String::Collate(const Char* lpsz, bool bCaseSensitive) const                                                \
-    {                                                                                                               \
-        return Core::Collate(*this, lpsz, bCaseSensitive);                                                          \
-    }                                                                                                               \
-    int String::CollateNoCase(const Char* lpsz) const { return Core::Collate(*this, lpsz, false); }                 \
-    ZOLTA_STRING_RELATIONS(const String&, const String&, Core::CompareStrings)                                      \
-    ZOLTA_STRING_RELATIONS(const String&, const Char*, Core::CompareStrings)                                        \
-    ZOLTA_STRING_RELATIONS(const Char*, const String&, Core::CompareStrings)                                        \
-                                                                                                                    \
-    void String::Format(const Char* lpszFormat, ...)                                                                \
-    {                                                                                                               \
-        ZOLTA_ASSERT_TEXT(lpszFormat != nullptr, "lpszFormat != __null");                                           \
-        va_list args;                                                                                               \
-        va_start(args, lpszFormat);                                                                                 \
-        FormatV(lpszFormat, args);                                                                                  \
-        va_end(args);                                                                                               \
-    }                                                                                                               \
-    void String::AppendFormat(const Char* format, ...)                                                              \
-    {                                                                                                               \
-        ZOLTA_ASSERT_TEXT(format != nullptr, "format != __null");                                                   \
-        va_list args;                                                                                               \
-        va_start(args, format);                                                                                     \
-        AppendFormatV(format, args);                                                                                \
-        va_end(args);                                                                                               \
-    }                                                                                                               \
-    void String::FormatV(const Char* format, va_list args) { Core::FormatV(*this, format, args, false); }           \
-    void String::AppendFormatV(const Char* format, va_list args) { Core::FormatV(*this, format, args, true); }      \
-                                                                                                                    \
-    void ConstructElements(String* pElements, int nCount) { Core::ConstructElements(pElements, nCount); }           \
-    void DestructElements(String* pElements, int nCount) { Core::DestructElements(pElements, nCount); }             \
-    void CopyElements(String* pDest, const String* pSrc, int nCount) { Core::CopyElements(pDest, pSrc, nCount); }
+#define ZOLTA_STRING_SHARED_MEMBERS(String, Char, Data)                                                                \
+    Data* String::GetData() const                                                                                      \
+    {                                                                                                                  \
+        return Core::GetData(*this);                                                                                   \
+    }                                                                                                                  \
+    void String::AllocBuffer(int nLen)                                                                                 \
+    {                                                                                                                  \
+        Core::AllocBuffer(*this, nLen);                                                                                \
+    }                                                                                                                  \
+    void String::Release()                                                                                             \
+    {                                                                                                                  \
+        Core::Release(*this);                                                                                          \
+    }                                                                                                                  \
+    void String::Release(Data* pData)                                                                                  \
+    {                                                                                                                  \
+        Core::Release(pData);                                                                                          \
+    }                                                                                                                  \
+    void String::CopyBeforeWrite()                                                                                     \
+    {                                                                                                                  \
+        Core::CopyBeforeWrite(*this);                                                                                  \
+    }                                                                                                                  \
+    void String::AllocBeforeWrite(int nLen)                                                                            \
+    {                                                                                                                  \
+        Core::AllocBeforeWrite(*this, nLen);                                                                           \
+    }                                                                                                                  \
+    void String::ConcatInPlace(int nSrcLen, const Char* lpszSrcData)                                                   \
+    {                                                                                                                  \
+        Core::ConcatInPlace(*this, nSrcLen, lpszSrcData);                                                              \
+    }                                                                                                                  \
+                                                                                                                       \
+    String::String()                                                                                                   \
+    {                                                                                                                  \
+        Core::Init(*this);                                                                                             \
+    }                                                                                                                  \
+    String::String(const String& stringSrc)                                                                            \
+    {                                                                                                                  \
+        Core::ConstructCopy(*this, stringSrc);                                                                         \
+    }                                                                                                                  \
+    String::String(const Char* lpsz)                                                                                   \
+    {                                                                                                                  \
+        Core::ConstructText(*this, lpsz);                                                                              \
+    }                                                                                                                  \
+    String::String(const Char* lpch, int nLength)                                                                      \
+    {                                                                                                                  \
+        Core::ConstructCounted(*this, lpch, nLength);                                                                  \
+    }                                                                                                                  \
+    String::String(Char ch, int nRepeat)                                                                               \
+    {                                                                                                                  \
+        Core::ConstructRepeated(*this, ch, nRepeat);                                                                   \
+    }                                                                                                                  \
+    String::~String()                                                                                                  \
+    {                                                                                                                  \
+        Core::Release(*this);                                                                                          \
+    }                                                                                                                  \
+    String& String::operator=(const String& stringSrc)                                                                 \
+    {                                                                                                                  \
+        return Core::Assign(*this, stringSrc);                                                                         \
+    }                                                                                                                  \
+    String& String::operator=(const Char* lpsz)                                                                        \
+    {                                                                                                                  \
+        return Core::AssignText(*this, lpsz);                                                                          \
+    }                                                                                                                  \
+    String& String::operator=(Char ch)                                                                                 \
+    {                                                                                                                  \
+        Core::AssignCopy(*this, 1, &ch);                                                                               \
+        return *this;                                                                                                  \
+    }                                                                                                                  \
+                                                                                                                       \
+    int String::GetLength() const                                                                                      \
+    {                                                                                                                  \
+        return GetData()->nDataLength;                                                                                 \
+    }                                                                                                                  \
+    bool String::IsEmpty() const                                                                                       \
+    {                                                                                                                  \
+        return GetData()->nDataLength == 0;                                                                            \
+    }                                                                                                                  \
+    void String::Empty()                                                                                               \
+    {                                                                                                                  \
+        Core::Empty(*this);                                                                                            \
+    }                                                                                                                  \
+    Char String::GetAt(int nIndex) const                                                                               \
+    {                                                                                                                  \
+        return Core::GetAt(*this, nIndex);                                                                             \
+    }                                                                                                                  \
+    Char String::operator[](int nIndex) const                                                                          \
+    {                                                                                                                  \
+        return Core::GetAt(*this, nIndex);                                                                             \
+    }                                                                                                                  \
+    void String::SetAt(int nIndex, Char ch)                                                                            \
+    {                                                                                                                  \
+        Core::SetAt(*this, nIndex, ch);                                                                                \
+    }                                                                                                                  \
+                                                                                                                       \
+    Char* String::GetBuffer(int nMinBufLength)                                                                         \
+    {                                                                                                                  \
+        return Core::GetBuffer(*this, nMinBufLength);                                                                  \
+    }                                                                                                                  \
+    Char* String::GetBuffer()                                                                                          \
+    {                                                                                                                  \
+        return m_pchData;                                                                                              \
+    }                                                                                                                  \
+    Char* String::GetBufferSetLength(int nNewLength)                                                                   \
+    {                                                                                                                  \
+        return Core::GetBufferSetLength(*this, nNewLength);                                                            \
+    }                                                                                                                  \
+    void String::ReleaseBuffer(int nNewLength)                                                                         \
+    {                                                                                                                  \
+        Core::ReleaseBuffer(*this, nNewLength);                                                                        \
+    }                                                                                                                  \
+    Char* String::LockBuffer()                                                                                         \
+    {                                                                                                                  \
+        return Core::LockBuffer(*this);                                                                                \
+    }                                                                                                                  \
+    void String::UnlockBuffer()                                                                                        \
+    {                                                                                                                  \
+        Core::UnlockBuffer(*this);                                                                                     \
+    }                                                                                                                  \
+    void String::FreeExtra()                                                                                           \
+    {                                                                                                                  \
+        Core::FreeExtra(*this);                                                                                        \
+    }                                                                                                                  \
+                                                                                                                       \
+    String& String::Append(const String& str)                                                                          \
+    {                                                                                                                  \
+        return Core::AppendString(*this, str);                                                                         \
+    }                                                                                                                  \
+    String& String::Append(const Char* pszSrc)                                                                         \
+    {                                                                                                                  \
+        return Core::AppendText(*this, pszSrc, "pszSrc != __null");                                                    \
+    }                                                                                                                  \
+    String& String::Append(const Char* pszSrc, int nLength)                                                            \
+    {                                                                                                                  \
+        return Core::AppendCounted(*this, pszSrc, nLength);                                                            \
+    }                                                                                                                  \
+    String& String::AppendChar(Char ch)                                                                                \
+    {                                                                                                                  \
+        return Core::AppendChar(*this, ch);                                                                            \
+    }                                                                                                                  \
+    String& String::operator+=(const String& str)                                                                      \
+    {                                                                                                                  \
+        return Append(str);                                                                                            \
+    }                                                                                                                  \
+    String& String::operator+=(const Char* lpsz)                                                                       \
+    {                                                                                                                  \
+        return Core::AppendText(*this, lpsz, "lpsz != __null");                                                        \
+    }                                                                                                                  \
+    String& String::operator+=(Char ch)                                                                                \
+    {                                                                                                                  \
+        return AppendChar(ch);                                                                                         \
+    }                                                                                                                  \
+    String operator+(const String& string1, const String& string2)                                                     \
+    {                                                                                                                  \
+        return Core::Concat(string1, string2);                                                                         \
+    }                                                                                                                  \
+    String operator+(const String& string, Char ch)                                                                    \
+    {                                                                                                                  \
+        return Core::Concat(string, ch);                                                                               \
+    }                                                                                                                  \
+    String operator+(Char ch, const String& string)                                                                    \
+    {                                                                                                                  \
+        return Core::Concat(ch, string);                                                                               \
+    }                                                                                                                  \
+    String operator+(const String& string, const Char* lpsz)                                                           \
+    {                                                                                                                  \
+        return Core::Concat(string, lpsz);                                                                             \
+    }                                                                                                                  \
+    String operator+(const Char* lpsz, const String& string)                                                           \
+    {                                                                                                                  \
+        return Core::Concat(lpsz, string);                                                                             \
+    }                                                                                                                  \
+    String::String(const Core::OtherChar* lpch, int nLength)                                                           \
+    {                                                                                                                  \
+        Core::ConstructOtherCounted(*this, lpch, nLength);                                                             \
+    }                                                                                                                  \
+    String& String::operator=(const Core::OtherChar* text)                                                             \
+    {                                                                                                                  \
+        return Core::AssignOtherText(*this, text);                                                                     \
+    }                                                                                                                  \
+    String& String::Append(const Core::OtherChar* text)                                                                \
+    {                                                                                                                  \
+        return Core::AppendOtherText(*this, text);                                                                     \
+    }                                                                                                                  \
+    String& String::operator+=(const Core::OtherChar* text)                                                            \
+    {                                                                                                                  \
+        return Core::AppendOtherText(*this, text);                                                                     \
+    }                                                                                                                  \
+    String& String::operator+=(Core::OtherChar ch)                                                                     \
+    {                                                                                                                  \
+        return AppendChar(Core::Traits::FromOtherChar(ch));                                                            \
+    }                                                                                                                  \
+    String& String::operator+=(const Core::OtherString& str)                                                           \
+    {                                                                                                                  \
+        return Append(String(str));                                                                                    \
+    }                                                                                                                  \
+    String operator+(const String& string, const Core::OtherString& str)                                               \
+    {                                                                                                                  \
+        return string + String(str);                                                                                   \
+    }                                                                                                                  \
+    String operator+(const String& string, const Core::OtherChar* text)                                                \
+    {                                                                                                                  \
+        return Core::ConcatOtherText(string, text);                                                                    \
+    }                                                                                                                  \
+    String operator+(const Core::OtherChar* text, const String& string)                                                \
+    {                                                                                                                  \
+        return Core::ConcatOtherText(text, string);                                                                    \
+    }                                                                                                                  \
+                                                                                                                       \
+    String String::Mid(int nFirst, int nCount) const                                                                   \
+    {                                                                                                                  \
+        return Core::Mid(*this, nFirst, nCount);                                                                       \
+    }                                                                                                                  \
+    String String::Mid(int nFirst) const                                                                               \
+    {                                                                                                                  \
+        return Core::Mid(*this, nFirst);                                                                               \
+    }                                                                                                                  \
+    String String::Left(int nCount) const                                                                              \
+    {                                                                                                                  \
+        return Core::Left(*this, nCount);                                                                              \
+    }                                                                                                                  \
+    String String::Right(int nCount) const                                                                             \
+    {                                                                                                                  \
+        return Core::Right(*this, nCount);                                                                             \
+    }                                                                                                                  \
+    int String::Find(Char ch, int nStart) const                                                                        \
+    {                                                                                                                  \
+        return Core::Find(*this, ch, nStart);                                                                          \
+    }                                                                                                                  \
+    int String::ReverseFind(Char ch) const                                                                             \
+    {                                                                                                                  \
+        return Core::ReverseFind(*this, ch);                                                                           \
+    }                                                                                                                  \
+    int String::FindOneOf(const Char* lpszCharSet) const                                                               \
+    {                                                                                                                  \
+        return Core::FindOneOf(*this, lpszCharSet);                                                                    \
+    }                                                                                                                  \
+                                                                                                                       \
+    int String::Replace(Char chOld, Char chNew)                                                                        \
+    {                                                                                                                  \
+        return Core::Replace(*this, chOld, chNew);                                                                     \
+    }                                                                                                                  \
+    int String::Replace(const Char* lpszOld, const Char* lpszNew)                                                      \
+    {                                                                                                                  \
+        return Core::Replace(*this, lpszOld, lpszNew);                                                                 \
+    }                                                                                                                  \
+    int String::Remove(Char chRemove)                                                                                  \
+    {                                                                                                                  \
+        return Core::Remove(*this, chRemove);                                                                          \
+    }                                                                                                                  \
+    int String::Insert(int nIndex, Char ch)                                                                            \
+    {                                                                                                                  \
+        return Core::Insert(*this, nIndex, ch);                                                                        \
+    }                                                                                                                  \
+    int String::Insert(int nIndex, const Char* pstr)                                                                   \
+    {                                                                                                                  \
+        return Core::Insert(*this, nIndex, pstr);                                                                      \
+    }                                                                                                                  \
+    int String::Delete(int nIndex, int nCount)                                                                         \
+    {                                                                                                                  \
+        return Core::Delete(*this, nIndex, nCount);                                                                    \
+    }                                                                                                                  \
+    String& String::TrimLeft()                                                                                         \
+    {                                                                                                                  \
+        return Core::TrimLeft(*this);                                                                                  \
+    }                                                                                                                  \
+    String& String::TrimLeft(Char chTarget)                                                                            \
+    {                                                                                                                  \
+        return Core::TrimLeft(*this, chTarget);                                                                        \
+    }                                                                                                                  \
+    String& String::TrimLeft(const Char* lpszTargets)                                                                  \
+    {                                                                                                                  \
+        return Core::TrimLeft(*this, lpszTargets);                                                                     \
+    }                                                                                                                  \
+    String& String::TrimRight()                                                                                        \
+    {                                                                                                                  \
+        return Core::TrimRight(*this);                                                                                 \
+    }                                                                                                                  \
+    String& String::TrimRight(Char chTarget)                                                                           \
+    {                                                                                                                  \
+        return Core::TrimRight(*this, chTarget);                                                                       \
+    }                                                                                                                  \
+    String& String::TrimRight(const Char* lpszTargetList)                                                              \
+    {                                                                                                                  \
+        return Core::TrimRight(*this, lpszTargetList);                                                                 \
+    }                                                                                                                  \
+    String& String::Trim()                                                                                             \
+    {                                                                                                                  \
+        return TrimRight().TrimLeft();                                                                                 \
+    }                                                                                                                  \
+    String& String::Trim(Char chTarget)                                                                                \
+    {                                                                                                                  \
+        return TrimRight(chTarget).TrimLeft(chTarget);                                                                 \
+    }                                                                                                                  \
+    String& String::Trim(const Char* lpszTargets)                                                                      \
+    {                                                                                                                  \
+        return TrimRight(lpszTargets).TrimLeft(lpszTargets);                                                           \
+    }                                                                                                                  \
+    String& String::MakeUpper()                                                                                        \
+    {                                                                                                                  \
+        return Core::MakeUpper(*this);                                                                                 \
+    }                                                                                                                  \
+    String& String::MakeLower()                                                                                        \
+    {                                                                                                                  \
+        return Core::MakeLower(*this);                                                                                 \
+    }                                                                                                                  \
+    String& String::MakeReverse()                                                                                      \
+    {                                                                                                                  \
+        return Core::MakeReverse(*this);                                                                               \
+    }                                                                                                                  \
+                                                                                                                       \
+    int String::Compare(const Char* lpsz) const                                                                        \
+    {                                                                                                                  \
+        return Core::Collate(*this, lpsz, true);                                                                       \
+    }                                                                                                                  \
+    int String::CompareNoCase(const Char* lpsz) const                                                                  \
+    {                                                                                                                  \
+        return Core::Collate(*this, lpsz, false);                                                                      \
+    }                                                                                                                  \
+    int String::Collate(const Char* lpsz, bool bCaseSensitive) const                                                   \
+    {                                                                                                                  \
+        return Core::Collate(*this, lpsz, bCaseSensitive);                                                             \
+    }                                                                                                                  \
+    int String::CollateNoCase(const Char* lpsz) const                                                                  \
+    {                                                                                                                  \
+        return Core::Collate(*this, lpsz, false);                                                                      \
+    }                                                                                                                  \
+    ZOLTA_STRING_RELATIONS(const String&, const String&, Core::CompareStrings)                                         \
+    ZOLTA_STRING_RELATIONS(const String&, const Char*, Core::CompareStrings)                                           \
+    ZOLTA_STRING_RELATIONS(const Char*, const String&, Core::CompareStrings)                                           \
+                                                                                                                       \
+    void String::Format(const Char* lpszFormat, ...)                                                                   \
+    {                                                                                                                  \
+        ZOLTA_ASSERT_TEXT(lpszFormat != nullptr, "lpszFormat != __null");                                              \
+        va_list args;                                                                                                  \
+        va_start(args, lpszFormat);                                                                                    \
+        FormatV(lpszFormat, args);                                                                                     \
+        va_end(args);                                                                                                  \
+    }                                                                                                                  \
+    void String::AppendFormat(const Char* format, ...)                                                                 \
+    {                                                                                                                  \
+        ZOLTA_ASSERT_TEXT(format != nullptr, "format != __null");                                                      \
+        va_list args;                                                                                                  \
+        va_start(args, format);                                                                                        \
+        AppendFormatV(format, args);                                                                                   \
+        va_end(args);                                                                                                  \
+    }                                                                                                                  \
+    void String::FormatV(const Char* format, va_list args)                                                             \
+    {                                                                                                                  \
+        Core::FormatV(*this, format, args, false);                                                                     \
+    }                                                                                                                  \
+    void String::AppendFormatV(const Char* format, va_list args)                                                       \
+    {                                                                                                                  \
+        Core::FormatV(*this, format, args, true);                                                                      \
+    }                                                                                                                  \
+                                                                                                                       \
+    void ConstructElements(String* pElements, int nCount)                                                              \
+    {                                                                                                                  \
+        Core::ConstructElements(pElements, nCount);                                                                    \
+    }                                                                                                                  \
+    void DestructElements(String* pElements, int nCount)                                                               \
+    {                                                                                                                  \
+        Core::DestructElements(pElements, nCount);                                                                     \
+    }                                                                                                                  \
+    void CopyElements(String* pDest, const String* pSrc, int nCount)                                                   \
+    {                                                                                                                  \
+        Core::CopyElements(pDest, pSrc, nCount);                                                                       \
+    }

@@ -27,7 +27,7 @@ int CompareWithBytes(const char* s1, const CAtlString& s2)
     return Core::CompareStrings(CAtlString(s1), s2);
 }
 
-} // namespace
+}  // namespace
 
 CAtlStringData* const CAtlString::_afxDataNil = &zolta_detail::g_emptyBlock<CAtlStringData, wchar_t>.header;
 
@@ -76,8 +76,14 @@ CAtlString::CAtlString(const CAtlStringA& stringSrc)
     Core::AssignOtherText(*this, stringSrc.GetString());
 }
 
-CAtlString& CAtlString::operator=(const CAtlStringA& stringSrc) { return *this = static_cast<const char*>(stringSrc); }
-CAtlString& CAtlString::Append(const CAtlStringA& str) { return Append(CAtlString(str)); }
+CAtlString& CAtlString::operator=(const CAtlStringA& stringSrc)
+{
+    return *this = static_cast<const char*>(stringSrc);
+}
+CAtlString& CAtlString::Append(const CAtlStringA& str)
+{
+    return Append(CAtlString(str));
+}
 
 int CAtlString::Find(const char* sub, int nStart) const
 {
@@ -112,7 +118,10 @@ CAtlString::CAtlString(const QString& str)
     }
 }
 
-CAtlString& CAtlString::operator=(const QString& str) { return *this = CAtlString(str); }
+CAtlString& CAtlString::operator=(const QString& str)
+{
+    return *this = CAtlString(str);
+}
 
 QString CAtlString::ToQString() const
 {

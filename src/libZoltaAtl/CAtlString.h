@@ -70,7 +70,7 @@ public:
 
     // Raw buffer access.
     wchar_t* GetBuffer(int nMinBufLength);
-    wchar_t* GetBuffer(); // the characters as they stand, possibly shared: read only
+    wchar_t* GetBuffer();  // the characters as they stand, possibly shared: read only
     wchar_t* GetBufferSetLength(int nNewLength);
     void ReleaseBuffer(int nNewLength = -1);
     wchar_t* LockBuffer();
@@ -135,7 +135,7 @@ public:
 
     CAtlString& MakeUpper();
     CAtlString& MakeLower();
-    CAtlString& MakeReverse(); // ASCII only: characters moved from the front keep their low 8 bits
+    CAtlString& MakeReverse();  // ASCII only: characters moved from the front keep their low 8 bits
 
     // Comparison without locale: wcscmp / wcscasecmp.
     int Compare(const wchar_t* lpsz) const;
@@ -215,7 +215,6 @@ template <>
 struct std::hash<CAtlString> {
     size_t operator()(const CAtlString& str) const noexcept
     {
-        return std::hash<std::wstring_view>()(
-            std::wstring_view(str.GetString(), static_cast<size_t>(str.GetLength())));
+        return std::hash<std::wstring_view>()(std::wstring_view(str.GetString(), static_cast<size_t>(str.GetLength())));
     }
 };

@@ -14,7 +14,7 @@ namespace {
 
 using Core = zolta_detail::StringCore<CAtlStringA>;
 
-} // namespace
+}  // namespace
 
 CAtlStringAData* const CAtlStringA::_afxDataANil = &zolta_detail::g_emptyBlock<CAtlStringAData, char>.header;
 
@@ -67,7 +67,10 @@ CAtlStringA::CAtlStringA(const QString& str)
     Core::AssignCopy(*this, static_cast<int>(utf8.size()), utf8.constData());
 }
 
-CAtlStringA& CAtlStringA::operator=(const QString& str) { return *this = CAtlStringA(str); }
+CAtlStringA& CAtlStringA::operator=(const QString& str)
+{
+    return *this = CAtlStringA(str);
+}
 
 void PrintTo(const CAtlStringA& str, std::ostream* os)
 {

@@ -52,9 +52,9 @@ public:
     CAtlStringA& operator=(const CAtlStringA& stringSrc);
     CAtlStringA& operator=(char ch);
     CAtlStringA& operator=(const char* lpsz);
-    CAtlStringA& operator=(const wchar_t* lpsz); // plain narrowing
-    CAtlStringA& operator=(const CAtlString& stringSrc); // plain narrowing
-    CAtlStringA& operator=(const QString& str); // UTF-8
+    CAtlStringA& operator=(const wchar_t* lpsz);          // plain narrowing
+    CAtlStringA& operator=(const CAtlString& stringSrc);  // plain narrowing
+    CAtlStringA& operator=(const QString& str);           // UTF-8
 
     // Length and index access.
     int GetLength() const;
@@ -68,9 +68,9 @@ public:
 
     // Raw buffer access.
     char* GetBuffer(int nMinBufLength);
-    char* GetBuffer(); // the characters as they stand, possibly shared: read only
+    char* GetBuffer();  // the characters as they stand, possibly shared: read only
     char* GetBufferSetLength(int nNewLength);
-    void ReleaseBuffer(int nNewLength = -1); // -1 keeps the current length, never measures
+    void ReleaseBuffer(int nNewLength = -1);  // -1 keeps the current length, never measures
     char* LockBuffer();
     void UnlockBuffer();
     void FreeExtra();
@@ -197,7 +197,6 @@ template <>
 struct std::hash<CAtlStringA> {
     size_t operator()(const CAtlStringA& str) const noexcept
     {
-        return std::hash<std::string_view>()(
-            std::string_view(str.GetString(), static_cast<size_t>(str.GetLength())));
+        return std::hash<std::string_view>()(std::string_view(str.GetString(), static_cast<size_t>(str.GetLength())));
     }
 };

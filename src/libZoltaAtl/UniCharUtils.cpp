@@ -100,7 +100,7 @@ bool IsSurrogate(uint32_t ch)
     return ch >= 0xD800 && ch <= 0xDFFF;
 }
 
-} // namespace
+}  // namespace
 
 void CAtoWCA32(const char* ca, wchar_t* wca, int count)
 {
@@ -117,7 +117,7 @@ void CAtoWCA32(const char* ca, wchar_t* wca, int count)
     while (source < sourceEnd) {
         const int extraBytes = TrailingBytesForUtf8(*source);
         if (extraBytes >= sourceEnd - source)
-            break; // the sequence would run past the end of the source
+            break;  // the sequence would run past the end of the source
         if (!IsLegalUtf8(source, extraBytes + 1))
             break;
         uint32_t ch = 0;

@@ -15,13 +15,12 @@ namespace zolta_detail {
     std::abort();
 }
 
-} // namespace zolta_detail
+}  // namespace zolta_detail
 
 // Checks expr; the message quotes the expression as written.
-#define ZOLTA_ASSERT(expr) \
-    ((expr) ? static_cast<void>(0) : ::zolta_detail::AssertionFailed(#expr, __FILE__, __LINE__))
+#define ZOLTA_ASSERT(expr) ((expr) ? static_cast<void>(0) : ::zolta_detail::AssertionFailed(#expr, __FILE__, __LINE__))
 
 // Checks cond; the message quotes text instead of the source spelling, so that a check written
 // as `p != nullptr` can report the conventional "p != __null".
-#define ZOLTA_ASSERT_TEXT(cond, text) \
+#define ZOLTA_ASSERT_TEXT(cond, text)                                                                                  \
     ((cond) ? static_cast<void>(0) : ::zolta_detail::AssertionFailed(text, __FILE__, __LINE__))

@@ -46,10 +46,10 @@ bool MatchesSha256(const CAtlString& path, const CAtlString& expected)
 }
 
 // Puts a temporary-file folder in place for as long as it lives.
-class TempFolderOverride
-{
+class TempFolderOverride {
 public:
-    explicit TempFolderOverride(const CZoltaDirectoryPath& folder) : m_previous(GetTempFolderOverride())
+    explicit TempFolderOverride(const CZoltaDirectoryPath& folder)
+        : m_previous(GetTempFolderOverride())
     {
         SetTempFolderOverride(folder);
     }
@@ -62,7 +62,8 @@ private:
 }  // namespace
 
 CSelfUpdate::CSelfUpdate(const CAtlString& localFileName, std::shared_ptr<IDownloader> downloader)
-    : m_localFile(localFileName), m_downloader(std::move(downloader))
+    : m_localFile(localFileName),
+      m_downloader(std::move(downloader))
 {
     QDir programFolder(QCoreApplication::applicationDirPath());
     if (programFolder.cdUp())
@@ -137,7 +138,8 @@ bool CSelfUpdate::DownloadUpdate()
     }
     // A publisher that names the installer's digest is held to it: other bytes never run.
     if ((!m_installSha256.IsEmpty() && !MatchesSha256(file.GetPath(), m_installSha256)) ||
-        ::chmod(ToFileSystemEncoding(file.GetPath()).constData(), S_IRWXU) != 0) {
+        ::chmod(ToFileSystemEncoding(file.GetPath()).constData(), S_IRWXU) != 0)
+    {
         file.Remove();
         folder.Remove();
         return false;

@@ -7,8 +7,7 @@
 
 // One check for a newer version of the program, and the fetch of its installer. Nothing is
 // reported from here: a failure anywhere means "no update" to the caller.
-class CSelfUpdate : public CUpdateXmlReader
-{
+class CSelfUpdate : public CUpdateXmlReader {
 public:
     // The local document is `localFileName` in the "share" folder beside the program's folder:
     // the program in <prefix>/bin reads <prefix>/share/<localFileName>.

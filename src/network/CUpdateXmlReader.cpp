@@ -27,7 +27,9 @@ CAtlString WithTrailingSlash(const CAtlString& url)
 
 }  // namespace
 
-CUpdateXmlReader::CUpdateXmlReader() : m_testMachine(QFileInfo::exists(TestMarkerPath().ToQString())) {}
+CUpdateXmlReader::CUpdateXmlReader()
+    : m_testMachine(QFileInfo::exists(TestMarkerPath().ToQString()))
+{}
 
 CUpdateXmlReader::~CUpdateXmlReader() = default;
 
@@ -51,8 +53,8 @@ bool CUpdateXmlReader::ParseLocal(const QByteArray& text)
     m_remoteVersionFileURL = WithTrailingSlash(Attribute(product, "RemoteVersionFileURL"));
     m_noUpdates = Attribute(product, "NoUpdates") == L"true";
 
-    m_localParsed = !m_currentVersion.GetText().IsEmpty() && !m_remoteVersionFileURL.IsEmpty() &&
-                    !m_remoteVersionFile.IsEmpty();
+    m_localParsed =
+        !m_currentVersion.GetText().IsEmpty() && !m_remoteVersionFileURL.IsEmpty() && !m_remoteVersionFile.IsEmpty();
     return m_localParsed;
 }
 

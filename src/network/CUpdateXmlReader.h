@@ -7,8 +7,7 @@
 // The two documents that decide a self-update: the local one says which version is installed and
 // where the publisher keeps its document; the remote one says what is current and where the
 // installer is. Both are UTF-8 XML with any root element, whose child row carries the values.
-class CUpdateXmlReader
-{
+class CUpdateXmlReader {
 public:
     CUpdateXmlReader();
     virtual ~CUpdateXmlReader();

@@ -5,12 +5,10 @@
 // The narrow view of the proxy settings that one fetch works with: where to connect and how, with
 // which credentials, and the three callbacks the fetch makes. Kept apart from IProxyObserver so
 // that the download code does not depend on the observer's class.
-class ConnectionInfoBase
-{
+class ConnectionInfoBase {
 public:
     // How the fetch reaches the server.
-    enum eProxyType
-    {
+    enum eProxyType {
         eProxyNone = 0,     // straight to the server
         eProxySocks5 = 1,   // through a SOCKS 5 proxy
         eProxyHttp = 2,     // through an HTTP proxy, which is handed the full URL
@@ -33,14 +31,15 @@ public:
 // Binds the callbacks to members of any observer class. A callback whose observer or member is
 // not set does nothing (Authenticate then refuses).
 template <class Observer>
-class ConnectionInfo : public ConnectionInfoBase
-{
+class ConnectionInfo : public ConnectionInfoBase {
 public:
     using AuthenticateMember = bool (Observer::*)(const CAtlString&, int, CAtlString&, CAtlString&);
     using CancelledMember = void (Observer::*)();
     using ReadProgressMember = void (Observer::*)(int, int);
 
-    explicit ConnectionInfo(Observer* observer = nullptr) : m_observer(observer) {}
+    explicit ConnectionInfo(Observer* observer = nullptr)
+        : m_observer(observer)
+    {}
 
     void Bind(Observer* observer, AuthenticateMember authenticate, CancelledMember cancelled,
               ReadProgressMember readProgress)

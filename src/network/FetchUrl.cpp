@@ -11,10 +11,11 @@ namespace {
 
 // The observer's callbacks, with the byte count sent on to a separate progress observer when
 // there is one.
-class FetchConnection : public ConnectionInfo<IProxyObserver>
-{
+class FetchConnection : public ConnectionInfo<IProxyObserver> {
 public:
-    explicit FetchConnection(IByteProgressObserver* progress) : m_progress(progress) {}
+    explicit FetchConnection(IByteProgressObserver* progress)
+        : m_progress(progress)
+    {}
 
     void ReadProgress(int done, int total) override
     {

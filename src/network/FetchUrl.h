@@ -13,8 +13,7 @@
 
 // Where the bytes of a running fetch are reported: the installation's progress relay takes them
 // to move a file's bar.
-class IByteProgressObserver
-{
+class IByteProgressObserver {
 public:
     virtual ~IByteProgressObserver() = default;
     virtual void ReadProgress(unsigned int done, unsigned int total) = 0;
@@ -23,8 +22,7 @@ public:
 // What a fetch running beside others needs: a way to stop it at once (true stops it, its file
 // removed, with 0x80004004), and a place for the lines it would print, to be printed when its
 // turn comes (PrintConsoleLines).
-struct FetchControl
-{
+struct FetchControl {
     std::function<bool()> aborted;
     QByteArray* consoleLines = nullptr;
 };
@@ -34,8 +32,8 @@ struct FetchControl
 // answers 407 replies; bytes go to `progress` when given, else to the observer. On failure,
 // `reason` (when given) says why in plain English.
 [[nodiscard]] HRESULT FetchUrl(const CAtlString& url, const CZoltaFilePath& localFile, IProxyObserver* proxyObserver,
-                 IByteProgressObserver* progress = nullptr, CAtlString* reason = nullptr,
-                 const FetchControl* control = nullptr);
+                               IByteProgressObserver* progress = nullptr, CAtlString* reason = nullptr,
+                               const FetchControl* control = nullptr);
 
 // Prints what a fetch kept back in FetchControl::consoleLines, as it would have printed it.
 void PrintConsoleLines(const QByteArray& lines);

@@ -17,8 +17,7 @@ HttpGetRequest::HttpGetRequest(QIODevice* output, QObject* parent)
       m_output(output),
       m_parser([this](const char* data, qint64 size) { return WriteBody(data, size); }),
       m_buffer(static_cast<size_t>(kReadChunk))
-{
-}
+{}
 
 HttpGetRequest::~HttpGetRequest()
 {

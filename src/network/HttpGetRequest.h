@@ -15,13 +15,11 @@ class QTcpSocket;
 
 // One plain HTTP GET over its own connection, the body written to a device as it arrives.
 // Runs on the events of the thread that owns it; tells of its progress by signals.
-class HttpGetRequest : public QObject
-{
+class HttpGetRequest : public QObject {
     Q_OBJECT
 public:
     // Where to connect and what to ask for.
-    struct Target
-    {
+    struct Target {
         QString connectHost;
         quint16 connectPort = 80;
         QNetworkProxy socketProxy{QNetworkProxy::NoProxy};

@@ -36,7 +36,9 @@ bool ParseLength(const QByteArray& text, int base, qint64& value)
 
 }  // namespace
 
-HttpResponseParser::HttpResponseParser(BodySink sink) : m_sink(std::move(sink)) {}
+HttpResponseParser::HttpResponseParser(BodySink sink)
+    : m_sink(std::move(sink))
+{}
 
 bool HttpResponseParser::Fail(const QString& error)
 {

@@ -8,8 +8,7 @@
 // Reads one HTTP/1.x response as it arrives in pieces: the status line and headers, then the body
 // by Content-Length, by chunks, or up to the end of the connection. Body bytes go to the sink as
 // they come, so nothing but the header is ever held.
-class HttpResponseParser
-{
+class HttpResponseParser {
 public:
     using BodySink = std::function<bool(const char* data, qint64 size)>;
 
@@ -32,8 +31,7 @@ public:
     const QString& ErrorString() const { return m_error; }
 
 private:
-    enum eState
-    {
+    enum eState {
         eHeader,
         eBodyByLength,
         eBodyUntilClose,

@@ -5,8 +5,7 @@
 #include "libZoltaAtl/CAtlString.h"
 
 // One URL to one local file, for the parts of the program that know nothing of installation.
-class IDownloader
-{
+class IDownloader {
 public:
     virtual ~IDownloader() = default;
 

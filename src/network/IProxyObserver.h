@@ -4,8 +4,7 @@
 
 // What the download layer needs to know of the proxy, and whom it tells when the proxy asks for
 // credentials, when a fetch was given up, and how far the running fetch has come.
-class IProxyObserver
-{
+class IProxyObserver {
 public:
     virtual ~IProxyObserver() = default;
 

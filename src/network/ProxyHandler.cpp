@@ -88,7 +88,8 @@ void ProxyHandler::Cancelled()
     m_userCancelled = true;
 }
 
-void ProxyHandler::ReadProgress(int, int) {}
+void ProxyHandler::ReadProgress(int, int)
+{}
 
 bool ProxyHandler::ConfigureDialog(QObject* parent)
 {

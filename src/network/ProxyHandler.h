@@ -9,8 +9,7 @@
 class QObject;
 
 // The values a proxy dialog shows and, when accepted, hands back.
-struct ProxyPromptValues
-{
+struct ProxyPromptValues {
     CAtlString host;
     int port = 0;
     CAtlString user;
@@ -23,8 +22,7 @@ struct ProxyPromptValues
 using ProxyPrompt = std::function<bool(ProxyPromptValues& values, bool hostEditable, QObject* parent)>;
 
 // Host, port and credentials of the proxy, and the state of asking the user for them.
-class ProxyHandlerBase
-{
+class ProxyHandlerBase {
 public:
     virtual ~ProxyHandlerBase() = default;
 
@@ -43,13 +41,12 @@ protected:
 
 // The one proxy object of a run. Settings live in the user's settings store under a fixed name;
 // user and password are never stored.
-class ProxyHandler : public ProxyHandlerBase, public IProxyObserver
-{
+class ProxyHandler : public ProxyHandlerBase, public IProxyObserver {
 public:
-    static const wchar_t* const kStoreName;     // "com.zoltaworks.Registry"
-    static const wchar_t* const kSection;       // the ProxyInformation section
-    static const wchar_t* const kHostKey;       // "HttpProxyHost"
-    static const wchar_t* const kPortKey;       // "HttpProxyPort"
+    static const wchar_t* const kStoreName;  // "com.zoltaworks.Registry"
+    static const wchar_t* const kSection;    // the ProxyInformation section
+    static const wchar_t* const kHostKey;    // "HttpProxyHost"
+    static const wchar_t* const kPortKey;    // "HttpProxyPort"
     static constexpr int kDefaultPort = 8080;
 
     ProxyHandler() = default;

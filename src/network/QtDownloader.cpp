@@ -51,7 +51,9 @@ QNetworkProxy WithCredentials(QNetworkProxy proxy, const CAtlString& user, const
 
 }  // namespace
 
-QtDownloader::QtDownloader(QObject* parent) : QObject(parent) {}
+QtDownloader::QtDownloader(QObject* parent)
+    : QObject(parent)
+{}
 
 QtDownloader::~QtDownloader() = default;
 
@@ -72,10 +74,9 @@ bool QtDownloader::MakeTarget(const QUrl& url, int port, const CAtlString& user,
         target.socketProxy = QNetworkProxy(QNetworkProxy::NoProxy);
         return true;
     case ConnectionInfoBase::eProxySocks5:
-        target.socketProxy =
-            WithCredentials(QNetworkProxy(QNetworkProxy::Socks5Proxy, m_connection->host.ToQString(),
-                                          static_cast<quint16>(m_connection->port)),
-                            user, password);
+        target.socketProxy = WithCredentials(QNetworkProxy(QNetworkProxy::Socks5Proxy, m_connection->host.ToQString(),
+                                                           static_cast<quint16>(m_connection->port)),
+                                             user, password);
         return true;
     case ConnectionInfoBase::eProxyHttp:
         // The proxy is asked for the whole URL, and is handed the credentials with the request.
@@ -211,14 +212,15 @@ HRESULT QtDownloader::Download(const CAtlString& url, const CZoltaFilePath& loca
             return E_FAIL;
         }
         if (m_tooSlow)
-            return Fail(file, E_FAIL, QStringLiteral("Fewer than %1 bytes in %2 seconds after %3 bytes")
-                                          .arg(m_limits.windowBytes)
-                                          .arg(m_limits.windowMs / 1000.0)
-                                          .arg(bodyBytes));
+            return Fail(file, E_FAIL,
+                        QStringLiteral("Fewer than %1 bytes in %2 seconds after %3 bytes")
+                            .arg(m_limits.windowBytes)
+                            .arg(m_limits.windowMs / 1000.0)
+                            .arg(bodyBytes));
         if (!m_finished)
-            return Fail(file, E_FAIL, QStringLiteral("No data for %1 seconds after %2 bytes")
-                                          .arg(m_limits.idleMs / 1000.0)
-                                          .arg(bodyBytes));
+            return Fail(
+                file, E_FAIL,
+                QStringLiteral("No data for %1 seconds after %2 bytes").arg(m_limits.idleMs / 1000.0).arg(bodyBytes));
         if (!m_requestError.isEmpty())
             return Fail(file, E_FAIL, m_requestError);
         if (!file.flush())
@@ -300,4 +302,5 @@ void QtDownloader::OnDataReadProgress(qint64 done, qint64 total)
     m_connection->ReadProgress(ClampToInt(done), ClampToInt(total));
 }
 
-void QtDownloader::DummySlot() {}
+void QtDownloader::DummySlot()
+{}

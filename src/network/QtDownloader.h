@@ -30,15 +30,13 @@ class QUrl;
 // A transfer cut short fails, and what it left is removed. A 407 asks the connection for
 // credentials and goes round again for as long as it hands out new ones. A fetch running beside
 // others can be stopped from outside at once, and can keep its console lines for later.
-class QtDownloader : public QObject
-{
+class QtDownloader : public QObject {
     Q_OBJECT
 public:
     static constexpr int kTimeOutMs = 20000;
 
     // The bounds a source must keep to. Tests shorten them; the product keeps these values.
-    struct Limits
-    {
+    struct Limits {
         int idleMs = kTimeOutMs;
         int windowMs = 60000;
         qint64 windowBytes = 1024;
@@ -50,7 +48,8 @@ public:
 
     // 0 on success; 0x80004005 for a refused scheme, a failed request or an empty result;
     // 0x80004004 when the proxy's credentials were refused; 0x80004001 for an unknown proxy type.
-    [[nodiscard]] HRESULT Download(const CAtlString& url, const CZoltaFilePath& localFile, ConnectionInfoBase* connection);
+    [[nodiscard]] HRESULT Download(const CAtlString& url, const CZoltaFilePath& localFile,
+                                   ConnectionInfoBase* connection);
 
     // The last HTTP status seen; 0 when no reply came.
     int GetStatus() const { return m_status; }

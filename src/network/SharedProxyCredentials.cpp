@@ -1,7 +1,6 @@
 #include "network/SharedProxyCredentials.h"
 
-void SharedProxyCredentials::Connection::GetProxy(CAtlString& host, int& port, CAtlString& user,
-                                                  CAtlString& password)
+void SharedProxyCredentials::Connection::GetProxy(CAtlString& host, int& port, CAtlString& user, CAtlString& password)
 {
     std::lock_guard<std::mutex> lock(m_shared.m_mutex);
     if (!m_shared.m_loaded && m_shared.m_observer)

@@ -10,16 +10,18 @@
 // on several of them, the observer is asked once: the first connection asks, and the others take
 // the answer it got instead of asking again. A refusal holds for all of them. Each connection
 // works through a Connection of its own, on any thread.
-class SharedProxyCredentials
-{
+class SharedProxyCredentials {
 public:
     // `observer` may be null: no proxy then, and a 407 is refused.
-    explicit SharedProxyCredentials(IProxyObserver* observer) : m_observer(observer) {}
+    explicit SharedProxyCredentials(IProxyObserver* observer)
+        : m_observer(observer)
+    {}
 
-    class Connection : public IProxyObserver
-    {
+    class Connection : public IProxyObserver {
     public:
-        explicit Connection(SharedProxyCredentials& shared) : m_shared(shared) {}
+        explicit Connection(SharedProxyCredentials& shared)
+            : m_shared(shared)
+        {}
 
         void GetProxy(CAtlString& host, int& port, CAtlString& user, CAtlString& password) override;
         bool Authenticate(const CAtlString& host, int port, CAtlString& user, CAtlString& password) override;

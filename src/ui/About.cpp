@@ -7,7 +7,8 @@
 #include "libZoltaAtl/ZoltaAssert.h"
 
 About::About(std::shared_ptr<CConfiguration> configuration, QWidget* parent)
-    : QDialog(parent), m_configuration(std::move(configuration))
+    : QDialog(parent),
+      m_configuration(std::move(configuration))
 {
     InitUiResources();
     setupUi(this);

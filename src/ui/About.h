@@ -9,8 +9,7 @@
 class CConfiguration;
 
 // The collection's About box: its panel with the about text, under a tab of its own.
-class About : public QDialog, public Ui::AboutDialog
-{
+class About : public QDialog, public Ui::AboutDialog {
     Q_OBJECT
 public:
     About(std::shared_ptr<CConfiguration> configuration, QWidget* parent = nullptr);

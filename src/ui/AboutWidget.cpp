@@ -2,7 +2,8 @@
 
 #include <QPainter>
 
-AboutWidget::AboutWidget(QWidget* parent) : QWidget(parent)
+AboutWidget::AboutWidget(QWidget* parent)
+    : QWidget(parent)
 {
     m_form.setupUi(this);
     // The text lies over the picture: its field lets the picture through.

@@ -7,8 +7,7 @@
 
 // One panel: a picture stretched over the whole of it, the gallery's name and a text laid over
 // it. The About box, the reading window and the wait for the disc all show it.
-class AboutWidget : public QWidget
-{
+class AboutWidget : public QWidget {
     Q_OBJECT
 public:
     explicit AboutWidget(QWidget* parent = nullptr);

@@ -15,8 +15,7 @@ namespace {
 const char kPasswordPrompt[] = "PASSWORD:";
 
 // Keeps the wait cursor up for exactly as long as the tool blocks us.
-class WaitCursor
-{
+class WaitCursor {
 public:
     WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
     ~WaitCursor() { QApplication::restoreOverrideCursor(); }
@@ -33,17 +32,16 @@ void PrependUser(QStringList& arguments, const QString& user)
 }  // namespace
 
 CAuthentication::CAuthentication(QWidget* parent)
-    : QObject(parent), m_parent(parent)
-{
-}
+    : QObject(parent),
+      m_parent(parent)
+{}
 
 bool CAuthentication::FindInPath(const QString& name)
 {
     const char* path = std::getenv("PATH");
     if (!path)
         return false;
-    const QStringList directories =
-        QString::fromLocal8Bit(path).split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    const QStringList directories = QString::fromLocal8Bit(path).split(QLatin1Char(':'), Qt::SkipEmptyParts);
     for (const QString& directory : directories) {
         if (QFile::exists(directory + QLatin1Char('/') + name))
             return true;
@@ -79,8 +77,7 @@ QString CAuthentication::ShellEscape(const QString& text)
     return escaped;
 }
 
-QStringList CAuthentication::KdesuArguments(const QString& program, const QStringList& arguments,
-                                            const QString& user)
+QStringList CAuthentication::KdesuArguments(const QString& program, const QStringList& arguments, const QString& user)
 {
     QString quoted = program;
     quoted.replace(QLatin1String(" "), QLatin1String("\\ "));
@@ -92,8 +89,7 @@ QStringList CAuthentication::KdesuArguments(const QString& program, const QStrin
     return result;
 }
 
-QStringList CAuthentication::GksudoArguments(const QString& program, const QStringList& arguments,
-                                             const QString& user)
+QStringList CAuthentication::GksudoArguments(const QString& program, const QStringList& arguments, const QString& user)
 {
     QString command = ShellEscape(program);
     for (const QString& argument : arguments)
@@ -105,8 +101,7 @@ QStringList CAuthentication::GksudoArguments(const QString& program, const QStri
     return result;
 }
 
-QStringList CAuthentication::SudoArguments(const QString& program, const QStringList& arguments,
-                                           const QString& user)
+QStringList CAuthentication::SudoArguments(const QString& program, const QStringList& arguments, const QString& user)
 {
     QStringList result{QStringLiteral("-p"), QString::fromLatin1(kPasswordPrompt), QStringLiteral("-S")};
     PrependUser(result, user);
@@ -114,8 +109,7 @@ QStringList CAuthentication::SudoArguments(const QString& program, const QString
     return result;
 }
 
-int CAuthentication::RunAs(const QString& program, const QStringList& arguments, const QString& user,
-                           bool echo)
+int CAuthentication::RunAs(const QString& program, const QStringList& arguments, const QString& user, bool echo)
 {
     if (HasKdesu())
         return RunDesktopTool(QStringLiteral("kdesu"), KdesuArguments(program, arguments, user), echo);
@@ -144,8 +138,7 @@ int CAuthentication::RunDesktopTool(const QString& tool, const QStringList& tool
     return process.exitCode();
 }
 
-int CAuthentication::RunSudo(const QString& program, const QStringList& arguments, const QString& user,
-                             bool echo)
+int CAuthentication::RunSudo(const QString& program, const QStringList& arguments, const QString& user, bool echo)
 {
     // sudo itself is told no user when none was given; "root" is only what the dialog shows.
     const QString shownUser = user.isEmpty() ? QStringLiteral("root") : user;

@@ -10,8 +10,7 @@ class QWidget;
 // Runs a program as another user through whichever privilege tool the desktop offers: kdesu,
 // then gksudo, then sudo (whose password we feed ourselves). Used to relaunch the tool with the
 // rights to write to the shared gallery folders.
-class CAuthentication : public QObject
-{
+class CAuthentication : public QObject {
     Q_OBJECT
 public:
     explicit CAuthentication(QWidget* parent = nullptr);
@@ -30,12 +29,9 @@ public:
     static QString ShellEscape(const QString& text);
 
     // The argument lists handed to each tool; separate so that they can be checked on their own.
-    static QStringList KdesuArguments(const QString& program, const QStringList& arguments,
-                                      const QString& user);
-    static QStringList GksudoArguments(const QString& program, const QStringList& arguments,
-                                       const QString& user);
-    static QStringList SudoArguments(const QString& program, const QStringList& arguments,
-                                     const QString& user);
+    static QStringList KdesuArguments(const QString& program, const QStringList& arguments, const QString& user);
+    static QStringList GksudoArguments(const QString& program, const QStringList& arguments, const QString& user);
+    static QStringList SudoArguments(const QString& program, const QStringList& arguments, const QString& user);
 
 private:
     int RunDesktopTool(const QString& tool, const QStringList& toolArguments, bool echo);

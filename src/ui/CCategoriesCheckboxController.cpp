@@ -9,8 +9,7 @@
 
 CCategoriesCheckboxController::CCategoriesCheckboxController(ITotalObserver* totalObserver)
     : m_totalObserver(totalObserver)
-{
-}
+{}
 
 CCategoriesCheckboxController::~CCategoriesCheckboxController() = default;
 
@@ -37,8 +36,7 @@ void CCategoriesCheckboxController::AddItem(int id, std::shared_ptr<GalleryItemW
 {
     if (!wrapper)
         return;
-    if (wrapper->IsInstalled())
-    {
+    if (wrapper->IsInstalled()) {
         m_installedSize += wrapper->GetDiskSize();
         m_installedCount += wrapper->GetFileCount();
     }
@@ -55,8 +53,7 @@ void CCategoriesCheckboxController::InitBox(CHeckBox* box)
     auto* chooserBox = dynamic_cast<CContentChooserCheckBox*>(box);
     if (!chooserBox)
         return;
-    if (const auto& wrapper = chooserBox->GetWrapper())
-    {
+    if (const auto& wrapper = chooserBox->GetWrapper()) {
         if (m_disableInstalled && wrapper->IsInstalled())
             chooserBox->SetEnabled(false);
         if (m_offline && !wrapper->IsInstalled())
@@ -68,19 +65,15 @@ void CCategoriesCheckboxController::InitBox(CHeckBox* box)
 void CCategoriesCheckboxController::Recount()
 {
     m_addSize = m_addCount = m_removeSize = m_removeCount = 0;
-    for (const auto& [id, box] : m_boxes)
-    {
+    for (const auto& [id, box] : m_boxes) {
         const auto* chooserBox = dynamic_cast<const CContentChooserCheckBox*>(box.get());
         const GalleryItemWrapper* wrapper = chooserBox ? chooserBox->GetWrapper().get() : nullptr;
         if (!wrapper)
             continue;
-        if (wrapper->GetAction() == eGalleryCategoryActionInstall)
-        {
+        if (wrapper->GetAction() == eGalleryCategoryActionInstall) {
             m_addSize += wrapper->GetDiskSize();
             m_addCount += wrapper->GetFileCount();
-        }
-        else if (wrapper->GetAction() == eGalleryCategoryActionUninstall)
-        {
+        } else if (wrapper->GetAction() == eGalleryCategoryActionUninstall) {
             m_removeSize += wrapper->GetDiskSize();
             m_removeCount += wrapper->GetFileCount();
         }

@@ -6,8 +6,7 @@ class ITotalObserver;
 
 // The tree of categories to add or remove. It keeps sums of sizes and file counts: of what is
 // installed, and of what the present choice adds and removes.
-class CCategoriesCheckboxController : public CContentChooserCheckboxController
-{
+class CCategoriesCheckboxController : public CContentChooserCheckboxController {
 public:
     explicit CCategoriesCheckboxController(ITotalObserver* totalObserver);
     ~CCategoriesCheckboxController() override;

@@ -6,8 +6,7 @@
 
 CContentChooserCheckBox::CContentChooserCheckBox(int id, IBoxObserver* observer)
     : CQtTreeCheckBox(id, observer)
-{
-}
+{}
 
 CContentChooserCheckBox::~CContentChooserCheckBox() = default;
 

@@ -8,8 +8,7 @@ class GalleryItemWrapper;
 
 // A tree box that stands for one category record: showing a state sets the record's action, and
 // an action set from the other tree brings the box back in line.
-class CContentChooserCheckBox : public CQtTreeCheckBox
-{
+class CContentChooserCheckBox : public CQtTreeCheckBox {
     Q_OBJECT
 public:
     CContentChooserCheckBox(int id, IBoxObserver* observer);
@@ -31,8 +30,7 @@ protected:
 
 // Checked means "there after the change": clearing an installed category removes it, checking an
 // uninstalled one adds it.
-class CCategoryCheckBox : public CContentChooserCheckBox
-{
+class CCategoryCheckBox : public CContentChooserCheckBox {
     Q_OBJECT
 public:
     using CContentChooserCheckBox::CContentChooserCheckBox;
@@ -42,8 +40,7 @@ public:
 };
 
 // Checked means "update it".
-class CUpdateCheckBox : public CContentChooserCheckBox
-{
+class CUpdateCheckBox : public CContentChooserCheckBox {
     Q_OBJECT
 public:
     using CContentChooserCheckBox::CContentChooserCheckBox;

@@ -10,8 +10,7 @@ class QTreeWidgetItem;
 
 // The controller of one tree of the content chooser: it makes the boxes for the rows and binds
 // each to its category record.
-class CContentChooserCheckboxController : public CHeckBoxController
-{
+class CContentChooserCheckboxController : public CHeckBoxController {
 public:
     CContentChooserCheckboxController();
     ~CContentChooserCheckboxController() override;

@@ -15,7 +15,10 @@ void ReplaceIfGiven(QLabel* label, const QString& text)
 CPasswordDialog::CPasswordDialog(QWidget* parent, QString& user, QString& password, bool userReadOnly,
                                  const QString& title, const QString& prompt, const QString& userLabel,
                                  const QString& passwordLabel)
-    : QDialog(parent), m_ui(std::make_unique<Ui::PasswordDialog>()), m_user(user), m_password(password)
+    : QDialog(parent),
+      m_ui(std::make_unique<Ui::PasswordDialog>()),
+      m_user(user),
+      m_password(password)
 {
     m_ui->setupUi(this);
     if (!title.isEmpty())

@@ -11,8 +11,7 @@ class PasswordDialog;
 
 // Asks for a user name and a password. The two strings passed in give the starting values and
 // receive what the user typed when the dialog is accepted.
-class CPasswordDialog : public QDialog
-{
+class CPasswordDialog : public QDialog {
     Q_OBJECT
 public:
     // Each optional text replaces the standard one only when it is not empty.

@@ -17,8 +17,7 @@ void CQtCheckBox::SetCheckBox(QCheckBox* checkBox)
     if (m_checkBox)
         disconnect(m_checkBox, nullptr, this, nullptr);
     m_checkBox = checkBox;
-    if (m_checkBox)
-    {
+    if (m_checkBox) {
         connect(m_checkBox, &QCheckBox::clicked, this, &CQtCheckBox::OnClicked);
         ShowOnWidget();
     }

@@ -9,8 +9,7 @@
 
 // A box shown as a QCheckBox. Its clicks toggle the box; the widget's own idea of the next state
 // is overruled by the box's.
-class CQtCheckBox : public QObject, public CHeckBox
-{
+class CQtCheckBox : public QObject, public CHeckBox {
     Q_OBJECT
 public:
     CQtCheckBox(int id, IBoxObserver* observer, QCheckBox* checkBox = nullptr);

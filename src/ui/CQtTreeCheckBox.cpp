@@ -5,8 +5,7 @@
 
 Qt::CheckState QtCheckState(int boxState)
 {
-    switch (boxState)
-    {
+    switch (boxState) {
     case eCheckBoxChecked:
         return Qt::Checked;
     case eCheckBoxPartial:
@@ -18,8 +17,7 @@ Qt::CheckState QtCheckState(int boxState)
 
 CQtTreeCheckBox::CQtTreeCheckBox(int id, IBoxObserver* observer)
     : CHeckBox(id, observer)
-{
-}
+{}
 
 CQtTreeCheckBox::~CQtTreeCheckBox() = default;
 
@@ -71,8 +69,7 @@ void CQtTreeCheckBox::SetVisible(bool visible)
     const bool wasHidden = m_item->isHidden();
     m_item->setHidden(!visible);
     QTreeWidgetItem* parent = m_item->parent();
-    if (visible && wasHidden && parent && parent->treeWidget())
-    {
+    if (visible && wasHidden && parent && parent->treeWidget()) {
         // Collapsing and expanding the parent makes the view lay out the row that came back.
         parent->setExpanded(false);
         parent->setExpanded(true);

@@ -11,8 +11,7 @@ Qt::CheckState QtCheckState(int boxState);
 
 // A box shown as the check mark of one column of a tree row. The row is not made user-checkable:
 // every click goes through the box's controller, so the mark never changes behind its back.
-class CQtTreeCheckBox : public QObject, public CHeckBox
-{
+class CQtTreeCheckBox : public QObject, public CHeckBox {
     Q_OBJECT
 public:
     CQtTreeCheckBox(int id, IBoxObserver* observer);

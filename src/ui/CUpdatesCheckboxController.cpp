@@ -11,8 +11,7 @@ CUpdatesCheckboxController::~CUpdatesCheckboxController() = default;
 void CUpdatesCheckboxController::OnChange(CHeckBox* box)
 {
     auto* chooserBox = dynamic_cast<CContentChooserCheckBox*>(box);
-    if (chooserBox && chooserBox->GetWrapper())
-    {
+    if (chooserBox && chooserBox->GetWrapper()) {
         const GalleryItemWrapper& wrapper = *chooserBox->GetWrapper();
         const bool offered = !m_offline && wrapper.IsInstalled() && wrapper.HasUpdate() &&
                              wrapper.GetAction() != eGalleryCategoryActionUninstall;

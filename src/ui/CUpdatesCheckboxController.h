@@ -4,8 +4,7 @@
 
 // The tree of updates. A row shows only while its category is installed, has an update, is not
 // marked for removal and the source can be reached.
-class CUpdatesCheckboxController : public CContentChooserCheckboxController
-{
+class CUpdatesCheckboxController : public CContentChooserCheckboxController {
 public:
     CUpdatesCheckboxController();
     ~CUpdatesCheckboxController() override;

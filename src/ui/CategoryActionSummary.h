@@ -6,8 +6,7 @@
 
 // How a planned change of a category is announced in the summary of changes: its heading and the
 // resource of its icon. Headings are marked for translation in the "MainWindow" context.
-struct CategoryActionSummary
-{
+struct CategoryActionSummary {
     int action;
     const char* heading;
     const char* icon;

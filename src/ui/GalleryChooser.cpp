@@ -20,7 +20,9 @@ const char kCollectionExtension[] = ".gallerycollection";
 
 GalleryChooser::GalleryChooser(std::shared_ptr<CConfiguration> configuration, UninstallFunction uninstall,
                                QWidget* parent)
-    : QDialog(parent), m_configuration(std::move(configuration)), m_uninstall(std::move(uninstall))
+    : QDialog(parent),
+      m_configuration(std::move(configuration)),
+      m_uninstall(std::move(uninstall))
 {
     InitUiResources();
     setupUi(this);
@@ -39,8 +41,7 @@ void GalleryChooser::Fill()
 {
     listWidget->clear();
     m_galleries.clear();
-    for (const CGalleryRepositoryEntry& entry : CConfiguration::InstalledGalleries())
-    {
+    for (const CGalleryRepositoryEntry& entry : CConfiguration::InstalledGalleries()) {
         // A gallery whose stored collection has gone cannot be opened: it is not offered.
         MetaDataXml metaData;
         if (!metaData.Read(entry.metadataPath))
@@ -74,8 +75,7 @@ void GalleryChooser::OnOk()
     if (!buttonBox->button(QDialogButtonBox::Ok)->isEnabled() || listWidget->selectedItems().isEmpty())
         return;
     m_configuration->OpenInstalled(SelectedEntry().id);
-    if (!m_configuration->IsLoaded())
-    {
+    if (!m_configuration->IsLoaded()) {
         Output::Error(Output::eCouldNotLoadConfiguration, true);
         return;
     }
@@ -89,13 +89,12 @@ void GalleryChooser::OnItemActivated(QListWidgetItem*)
 
 void GalleryChooser::OnBrowse()
 {
-    const QString file = QFileDialog::getOpenFileName(this, tr("Select a Gallery Collection to install"), QString(),
-                                                      CollectionFilter());
+    const QString file =
+        QFileDialog::getOpenFileName(this, tr("Select a Gallery Collection to install"), QString(), CollectionFilter());
     if (file.isEmpty())
         return;
     m_configuration->OpenCollectionFile(CAtlString(file));
-    if (!m_configuration->IsLoaded())
-    {
+    if (!m_configuration->IsLoaded()) {
         Output::Error(Output::eCouldNotLoadConfiguration, true);
         return;
     }
@@ -114,8 +113,7 @@ void GalleryChooser::OnUninstall()
         return;
     const CGalleryRepositoryEntry entry = SelectedEntry();
     auto configuration = std::make_shared<CConfiguration>();
-    if (!configuration->OpenInstalled(entry.id))
-    {
+    if (!configuration->OpenInstalled(entry.id)) {
         Output::Error(Output::eCouldNotLoadConfiguration, true);
         return;
     }

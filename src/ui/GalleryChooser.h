@@ -13,15 +13,13 @@ class CConfiguration;
 
 // Lists the gallery collections known on this machine: the user opens one (result 1), removes
 // one, or picks a collection file elsewhere (result 2); 0 is a cancel.
-class GalleryChooser : public QDialog, public Ui::GalleryChooser
-{
+class GalleryChooser : public QDialog, public Ui::GalleryChooser {
     Q_OBJECT
 public:
     // Removes the gallery of a loaded configuration, with windows (the flag) over `parent`.
     using UninstallFunction = std::function<bool(std::shared_ptr<CConfiguration>, bool, QWidget*)>;
 
-    enum eResult
-    {
+    enum eResult {
         eCanceled = 0,
         eListed = 1,
         eCollectionFile = 2,

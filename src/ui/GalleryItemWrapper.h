@@ -9,8 +9,7 @@ class CContentChooserCheckBox;
 
 // One category record (not owned) as both trees of the chooser see it. A change of the record's
 // action is announced, with the box that made it, so that the other tree's box follows.
-class GalleryItemWrapper : public QObject
-{
+class GalleryItemWrapper : public QObject {
     Q_OBJECT
 public:
     explicit GalleryItemWrapper(CGalleryCategory* category);

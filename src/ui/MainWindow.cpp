@@ -84,8 +84,7 @@ MainWindow::MainWindow(std::shared_ptr<CInstallationController> controller,
     QPalette palette = m_ui->labelCategories->palette();
     const QBrush highlight = palette.brush(QPalette::Highlight);
     const QBrush highlightedText = palette.brush(QPalette::HighlightedText);
-    for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
-    {
+    for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         palette.setBrush(group, QPalette::Window, highlight);
         palette.setBrush(group, QPalette::WindowText, highlightedText);
     }
@@ -99,8 +98,8 @@ MainWindow::MainWindow(std::shared_ptr<CInstallationController> controller,
     if (!sourceAvailable)
         SetOnline(false);
 
-    const CAtlString title = m_configuration->GetApplication() ? m_configuration->GetApplication()->GetTitle()
-                                                                : CAtlString();
+    const CAtlString title =
+        m_configuration->GetApplication() ? m_configuration->GetApplication()->GetTitle() : CAtlString();
     setWindowTitle(tr(title.ToQString().toUtf8().constData()));
 }
 
@@ -133,19 +132,15 @@ void MainWindow::OnOpening(CGalleryInstallation*)
 void MainWindow::OnOpened(CGalleryInstallation*)
 {
     CGalleryInstallation* installation = m_controller->GetInstallation();
-    if (m_controller->NoneInstalled())
-    {
+    if (m_controller->NoneInstalled()) {
         m_ui->buttonBrowse->setEnabled(true);
-        if (m_restoreSelection && installation)
-        {
+        if (m_restoreSelection && installation) {
             for (const CAtlString& id : m_savedSelection)
                 if (CGalleryCategory* category = installation->CategoryById(id))
                     category->SetAction(eGalleryCategoryActionInstall);
             m_savedSelection.clear();
         }
-    }
-    else
-    {
+    } else {
         // Installed content can't be moved to another folder.
         m_ui->buttonBrowse->setEnabled(false);
     }
@@ -197,8 +192,7 @@ void MainWindow::BuildTrees()
     updatesRoot->setData(0, Qt::UserRole, kRootId);
     m_updatesController.CreateBox(kRootId, 0, updatesRoot);
 
-    for (int index = 0; index < installation->CategoryCount(); ++index)
-    {
+    for (int index = 0; index < installation->CategoryCount(); ++index) {
         const int id = kFirstCategoryId + index;
         auto wrapper = std::make_shared<GalleryItemWrapper>(installation->Category(index));
 
@@ -216,13 +210,10 @@ void MainWindow::BuildTrees()
     categoriesRoot->setExpanded(true);
     m_categoriesController.Recount();
 
-    if (!m_offline && m_controller->HasUpdates())
-    {
+    if (!m_offline && m_controller->HasUpdates()) {
         updatesRoot->setText(0, tr("All Updates"));
         updatesRoot->setExpanded(true);
-    }
-    else
-    {
+    } else {
         updatesRoot->setText(0, tr("No updates available at this time"));
         updatesRoot->setFlags(Qt::NoItemFlags);
     }
@@ -253,8 +244,7 @@ void MainWindow::RefreshSummary()
 
     // Each group is its heading followed by its categories; the keys keep add, update, remove.
     std::map<int, std::vector<QListWidgetItem*>> groups;
-    for (const CategoryActionSummary& summary : CategoryActionSummaries())
-    {
+    for (const CategoryActionSummary& summary : CategoryActionSummaries()) {
         auto* heading = new QListWidgetItem(QIcon(QString::fromLatin1(summary.icon)), summary.Heading());
         QFont font = heading->font();
         font.setWeight(QFont::Bold);
@@ -262,15 +252,13 @@ void MainWindow::RefreshSummary()
         heading->setFont(font);
         groups[summary.action].push_back(heading);
     }
-    for (int index = 0; index < installation->CategoryCount(); ++index)
-    {
+    for (int index = 0; index < installation->CategoryCount(); ++index) {
         const CGalleryCategory* category = installation->Category(index);
         const auto group = groups.find(category->GetAction());
         if (group != groups.end())
             group->second.push_back(new QListWidgetItem(QStringLiteral("  - ") + category->GetTitle().ToQString()));
     }
-    for (auto& [action, items] : groups)
-    {
+    for (auto& [action, items] : groups) {
         for (QListWidgetItem* item : items)
             m_ui->listWidgetActions->addItem(item);
         if (items.size() == 1)
@@ -291,8 +279,7 @@ bool MainWindow::RemovesEverything() const
     const CGalleryInstallation* installation = m_controller->GetInstallation();
     if (!installation)
         return false;
-    for (int index = 0; index < installation->CategoryCount(); ++index)
-    {
+    for (int index = 0; index < installation->CategoryCount(); ++index) {
         const CGalleryCategory* category = installation->Category(index);
         if (category->IsInstalled() && category->GetAction() == eGalleryCategoryActionUninstall)
             continue;
@@ -304,15 +291,14 @@ bool MainWindow::RemovesEverything() const
 
 void MainWindow::OnOk()
 {
-    if (!m_controller->HasChanges())
-    {
+    if (!m_controller->HasChanges()) {
         QCoreApplication::exit(0);
         return;
     }
     bool removeRecords = RemovesEverything();
-    if (removeRecords &&
-        QMessageBox::question(this, kMessageTitle, tr("Do you also want to delete all the information about this Gallery?"),
-                              QMessageBox::Yes | QMessageBox::No) != QMessageBox::Yes)
+    if (removeRecords && QMessageBox::question(this, kMessageTitle,
+                                               tr("Do you also want to delete all the information about this Gallery?"),
+                                               QMessageBox::Yes | QMessageBox::No) != QMessageBox::Yes)
         removeRecords = false;
 
     hide();
@@ -321,8 +307,7 @@ void MainWindow::OnOk()
     progress.show();
     // The outcome reaches this window as a lifecycle event, which tells the user.
     static_cast<void>(m_controller->RunSelection(progress.GetObserver()));
-    if (removeRecords)
-    {
+    if (removeRecords) {
         m_configuration->RemoveStoredFiles();
         m_configuration->Unregister();
         m_recordsRemoved = true;
@@ -380,8 +365,7 @@ void MainWindow::OnProxyOptions()
         return;
     const CAtlString source = m_controller->GetSource();
     CAtlString reason;
-    if (!m_controller->TestUrl(source, &reason))
-    {
+    if (!m_controller->TestUrl(source, &reason)) {
         SetOnline(false);
         ClearAndRefresh();
         Output::ErrorWithReason(Output::eCouldNotDownload, CAtlStringA(source.ToQString().toUtf8().constData()),

@@ -26,8 +26,7 @@ class MainWindow;
 // The window of an install or update: categories to add or remove, updates on offer, a summary of
 // the planned change and the installation folder. "Next >>" carries the change out under a
 // progress dialog, and then the application ends: it never comes back to this window.
-class MainWindow : public QDialog, public ITotalObserver, public IInstallationObserver
-{
+class MainWindow : public QDialog, public ITotalObserver, public IInstallationObserver {
     Q_OBJECT
 public:
     // `sourceAvailable` false: the source can't be reached, so only what is installed can change.

@@ -112,6 +112,6 @@ void Output::ErrorWithReason(int code, const CAtlStringA& value, const CAtlStrin
         translated = UpToTheValuesLine(translated, shown);
         untranslated = UpToTheValuesLine(untranslated, shown);
     }
-    Show(translated + QLatin1Char('\n') + why, CAtlStringA((untranslated + QLatin1Char('\n') + why).toUtf8().constData()),
-         gui);
+    Show(translated + QLatin1Char('\n') + why,
+         CAtlStringA((untranslated + QLatin1Char('\n') + why).toUtf8().constData()), gui);
 }

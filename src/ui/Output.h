@@ -8,20 +8,18 @@
 
 // The table of coded messages: the one road of user-facing coded errors. The same message goes
 // to a dialog, translated, and to standard error in English.
-class Output
-{
+class Output {
 public:
     // The codes in use; the numbers are fixed.
-    enum eCode
-    {
+    enum eCode {
         eCouldNotLoadConfiguration = 0,
-        eNoWritePermission = 1,        // %1: the destination
-        eTitle = 2,                    // title of every message box
+        eNoWritePermission = 1,  // %1: the destination
+        eTitle = 2,              // title of every message box
         eSelectAnotherDirectory = 3,
         eCouldNotReadPreferences = 4,
         eCouldNotSavePreferences = 5,
         eCouldNotCopyConfiguration = 6,
-        eCouldNotDownload = 7,         // %1: the URL
+        eCouldNotDownload = 7,  // %1: the URL
         eCouldNotRegisterAssociations = 8,
         eSourceNotFound = 9,
         eUpdateAvailable = 10,

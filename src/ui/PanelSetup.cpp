@@ -17,8 +17,7 @@ QPixmap Background(const CConfiguration& configuration)
     const CAtlString& logo = configuration.GetOrganization()->GetLogo();
     if (!logo.IsEmpty())
         background.load(configuration.ResolvePath(logo).ToQString());
-    if (background.isNull())
-    {
+    if (background.isNull()) {
         InitUiResources();
         background.load(QStringLiteral(":/images/LeftImageDummy.png"));
     }
@@ -31,8 +30,7 @@ QString ReadText(const CConfiguration& configuration, const CAtlString& referenc
     if (path.isEmpty())
         return QString();
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-    {
+    if (!file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "Failed to load: %s\n", path.toLocal8Bit().constData());
         return QString();
     }

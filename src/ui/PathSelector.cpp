@@ -9,10 +9,9 @@
 
 bool PathSelector::Exec(QWidget* parent, const CAtlString& title)
 {
-    for (;;)
-    {
-        const QString chosen = QFileDialog::getExistingDirectory(parent, title.ToQString(), m_path.ToQString(),
-                                                                 QFileDialog::ShowDirsOnly);
+    for (;;) {
+        const QString chosen =
+            QFileDialog::getExistingDirectory(parent, title.ToQString(), m_path.ToQString(), QFileDialog::ShowDirsOnly);
         m_path = CAtlString(chosen);
         if (m_path.IsEmpty())
             return false;

@@ -5,8 +5,7 @@
 class QWidget;
 
 // Picks a folder the user can write to, asking again until one is writable or the user cancels.
-class PathSelector
-{
+class PathSelector {
 public:
     PathSelector() = default;
 

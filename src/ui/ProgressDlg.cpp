@@ -26,8 +26,7 @@ IGalleryInstallationObserver* ProgressDlg::GetObserver() const
 
 QString ProgressDlg::StateText(eGalleryInstallationProgress eProgress)
 {
-    switch (eProgress)
-    {
+    switch (eProgress) {
     case eGalleryInstallationProgressDownloading:
         return tr("Downloading...");
     case eGalleryInstallationProgressInstalling:
@@ -60,8 +59,7 @@ void ProgressDlg::ProgressSlot(eGalleryInstallationProgress eProgress, CAtlStrin
 
 void ProgressDlg::OnCancel()
 {
-    if (m_finished)
-    {
+    if (m_finished) {
         m_finished = false;
         accept();
         return;

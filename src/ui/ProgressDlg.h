@@ -13,8 +13,7 @@ class QtInstallationObserver;
 
 // The window that stands while a change runs: what the engine does, on which item and file,
 // how far it has got, and a button that cancels the run and, once it has ended, finishes.
-class ProgressDlg : public QDialog, public Ui::ProgressDialog
-{
+class ProgressDlg : public QDialog, public Ui::ProgressDialog {
     Q_OBJECT
 public:
     ProgressDlg(std::shared_ptr<CInstallationController> controller, QWidget* parent = nullptr);

@@ -4,7 +4,9 @@
 
 #include <QPalette>
 
-ProxyAuth::ProxyAuth(QWidget* parent) : QDialog(parent), m_ui(std::make_unique<Ui::ProxyAuth>())
+ProxyAuth::ProxyAuth(QWidget* parent)
+    : QDialog(parent),
+      m_ui(std::make_unique<Ui::ProxyAuth>())
 {
     m_ui->setupUi(this);
     setWindowTitle(tr("Proxy Authentication Required"));

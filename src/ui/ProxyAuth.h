@@ -13,8 +13,7 @@ class ProxyAuth;
 
 // Asks for the user name and password of a proxy. Host and port are shown read-only, looking like
 // labels, unless the caller lets the user edit them (the proxy options).
-class ProxyAuth : public QDialog
-{
+class ProxyAuth : public QDialog {
     Q_OBJECT
 public:
     explicit ProxyAuth(QWidget* parent = nullptr);

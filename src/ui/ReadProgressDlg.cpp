@@ -44,8 +44,7 @@ void ReadProgressDlg::ShowCentred()
     // As large as the collection's panel and text want, not the form's bare minimum.
     adjustSize();
     QScreen* screen = this->screen();
-    if (screen)
-    {
+    if (screen) {
         QRect frame = frameGeometry();
         frame.moveCenter(screen->availableGeometry().center());
         move(frame.topLeft());
@@ -58,9 +57,8 @@ void ReadProgressDlg::ShowCentred()
 void ReadProgressDlg::ProgressSlot(eGalleryInstallationProgress eProgress, CAtlString, CAtlString, int, int)
 {
     // Nothing is removed while a gallery is read: that state has no text here.
-    m_form->labelAction->setText(eProgress == eGalleryInstallationProgressUninstalling
-                                     ? QString()
-                                     : ProgressDlg::StateText(eProgress));
+    m_form->labelAction->setText(
+        eProgress == eGalleryInstallationProgressUninstalling ? QString() : ProgressDlg::StateText(eProgress));
 }
 
 void ReadProgressDlg::closeEvent(QCloseEvent* event)

@@ -15,8 +15,7 @@ class QtInstallationObserver;
 
 // The small frameless window that stands while the gallery's state is read; it shows the
 // collection's panel, so it is also the collection's splash window.
-class ReadProgressDlg : public QDialog
-{
+class ReadProgressDlg : public QDialog {
     Q_OBJECT
 public:
     explicit ReadProgressDlg(std::shared_ptr<CConfiguration> configuration, QWidget* parent = nullptr);

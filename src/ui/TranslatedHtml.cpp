@@ -14,8 +14,7 @@ namespace {
 // All the text below a node, in document order.
 void CollectText(const tinyxml2::XMLNode* node, std::string& text)
 {
-    for (const tinyxml2::XMLNode* child = node->FirstChild(); child; child = child->NextSibling())
-    {
+    for (const tinyxml2::XMLNode* child = node->FirstChild(); child; child = child->NextSibling()) {
         if (const tinyxml2::XMLText* part = child->ToText())
             text += part->Value();
         else
@@ -51,8 +50,7 @@ tinyxml2::XMLNode* Translate(tinyxml2::XMLNode* node, bool isRoot)
 QString TranslateHtml(const QString& html)
 {
     QString result = html;
-    try
-    {
+    try {
         tinyxml2::XMLDocument document;
         const QByteArray utf8 = html.toUtf8();
         if (document.Parse(utf8.constData(), static_cast<size_t>(utf8.size())) != tinyxml2::XML_SUCCESS)
@@ -64,8 +62,7 @@ QString TranslateHtml(const QString& html)
         document.Print(&printer);
         result = QString::fromUtf8(printer.CStr());
     }
-    catch (const std::exception&)
-    {
+    catch (const std::exception&) {
         std::fprintf(stderr, "Error parsing translated html.\n");
     }
     for (const char* marker : {"<translated>", "</translated>", "<translate>", "</translate>"})

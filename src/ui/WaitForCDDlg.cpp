@@ -16,9 +16,11 @@ const int kPollIntervalMs = 2000;
 
 }  // namespace
 
-WaitForCDDlg::WaitForCDDlg(std::shared_ptr<CConfiguration> configuration, const CAtlString& source,
-                           QWidget* parent)
-    : QDialog(parent), m_configuration(std::move(configuration)), m_timer(nullptr), m_sourceDir(source)
+WaitForCDDlg::WaitForCDDlg(std::shared_ptr<CConfiguration> configuration, const CAtlString& source, QWidget* parent)
+    : QDialog(parent),
+      m_configuration(std::move(configuration)),
+      m_timer(nullptr),
+      m_sourceDir(source)
 {
     InitUiResources();
     setupUi(this);
@@ -66,8 +68,7 @@ void WaitForCDDlg::OnBrowse()
     m_timer->stop();
     const QString file = QFileDialog::getOpenFileName(this, QString(), m_configuration->GetDirectory().ToQString(),
                                                       GalleryChooser::CollectionFilter());
-    if (!file.isEmpty() && m_configuration->OpenCollectionFile(CAtlString(file)))
-    {
+    if (!file.isEmpty() && m_configuration->OpenCollectionFile(CAtlString(file))) {
         accept();
         return;
     }

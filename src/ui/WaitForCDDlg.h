@@ -13,8 +13,7 @@ class QTimer;
 
 // Asks for the installation disc and looks for the gallery's data every two seconds until it is
 // there, or until the user picks a collection file instead.
-class WaitForCDDlg : public QDialog, public Ui::WaitForCD
-{
+class WaitForCDDlg : public QDialog, public Ui::WaitForCD {
     Q_OBJECT
 public:
     WaitForCDDlg(std::shared_ptr<CConfiguration> configuration, const CAtlString& source, QWidget* parent = nullptr);

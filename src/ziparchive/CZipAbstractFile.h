@@ -6,8 +6,7 @@
 
 // Raw input and output under an archive: a file on disk or a block of memory. Failures throw
 // CZipException; a read past the end is short, never a failure.
-class CZipAbstractFile
-{
+class CZipAbstractFile {
 public:
     enum SeekOrigin { begin, current, end };
 

@@ -29,7 +29,10 @@ bool IsAscii(const std::string& text)
     return true;
 }
 
-size_t ClampBuffer(size_t size) { return size < kMinBuffer ? kMinBuffer : size; }
+size_t ClampBuffer(size_t size)
+{
+    return size < kMinBuffer ? kMinBuffer : size;
+}
 
 }  // namespace
 
@@ -66,13 +69,14 @@ bool CZipArchive::Open(const std::string& path, int mode, int volumeSize)
         return false;
     }
     auto file = std::make_unique<CZipFile>();
-    file->Open(path, mode == zipCreate     ? CZipFile::modeCreate
-                     : mode == zipOpen     ? CZipFile::modeReadWrite
-                                           : CZipFile::modeRead);
+    file->Open(path, mode == zipCreate ? CZipFile::modeCreate
+                     : mode == zipOpen ? CZipFile::modeReadWrite
+                                       : CZipFile::modeRead);
     m_ownedFile = std::move(file);
     try {
         OpenStorage(*m_ownedFile, mode);
-    } catch (...) {
+    }
+    catch (...) {
         m_ownedFile.reset();
         throw;
     }
@@ -113,7 +117,8 @@ void CZipArchive::OpenStorage(CZipAbstractFile& file, int mode)
                     m_iArchiveSystCompatib = system;
             }
         }
-    } catch (...) {
+    }
+    catch (...) {
         m_centralDir.Clear();
         throw;
     }
@@ -149,7 +154,8 @@ void CZipArchive::Close(bool afterException, bool updateTimeStamp)
             m_pStorage->Seek(int64_t(m_writePosition));
             m_centralDir.Write(*m_pStorage, m_archiveName);
         }
-    } catch (...) {
+    }
+    catch (...) {
         if (!afterException) {
             ResetState();
             throw;
@@ -261,11 +267,10 @@ bool CZipArchive::AddNewFile(CZipAddNewFileInfo& info)
 
     header.m_uVersionMadeBy = uint16_t((ZipPlatform::kSystemUnix << 8) | kVersionDeflate);
     header.m_uFlag = IsAscii(header.m_fileName) ? 0 : CZipFileHeader::flagUtf8;
-    header.m_uMethod = (isDirectory || info.m_iComprLevel == 0) ? CZipFileHeader::methodStored
-                                                                 : CZipFileHeader::methodDeflated;
-    header.m_uVersionNeeded = (isDirectory || header.m_uMethod == CZipFileHeader::methodDeflated)
-                                  ? kVersionDeflate
-                                  : kVersionStored;
+    header.m_uMethod =
+        (isDirectory || info.m_iComprLevel == 0) ? CZipFileHeader::methodStored : CZipFileHeader::methodDeflated;
+    header.m_uVersionNeeded =
+        (isDirectory || header.m_uMethod == CZipFileHeader::methodDeflated) ? kVersionDeflate : kVersionStored;
     header.m_uExternalAttr = (mode << 16) | (isDirectory ? 0x10 : 0);
     header.SetTime(modified);
     const uint64_t offset = m_writePosition - m_centralDir.m_bytesBeforeZip;
@@ -286,8 +291,7 @@ bool CZipArchive::AddNewFile(CZipAddNewFileInfo& info)
     return true;
 }
 
-void CZipArchive::WriteEntryData(CZipFileHeader& header, CZipAbstractFile& source,
-                                 const CZipAddNewFileInfo& info)
+void CZipArchive::WriteEntryData(CZipFileHeader& header, CZipAbstractFile& source, const CZipAddNewFileInfo& info)
 {
     const size_t bufferSize = ClampBuffer(info.m_nBufSize);
     const uint64_t dataStart = m_pStorage->GetPosition();
@@ -328,12 +332,11 @@ void CZipArchive::StoreFrom(CZipFileHeader& header, CZipAbstractFile& source, si
     header.m_uComprSize = header.m_uUncomprSize = uint32_t(total);
 }
 
-void CZipArchive::DeflateFrom(CZipFileHeader& header, CZipAbstractFile& source, size_t bufferSize,
-                              int level)
+void CZipArchive::DeflateFrom(CZipFileHeader& header, CZipAbstractFile& source, size_t bufferSize, int level)
 {
     z_stream stream{};
-    int result = deflateInit2(&stream, level < 0 || level > 9 ? Z_DEFAULT_COMPRESSION : level,
-                              Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    int result = deflateInit2(&stream, level < 0 || level > 9 ? Z_DEFAULT_COMPRESSION : level, Z_DEFLATED, -MAX_WBITS,
+                              8, Z_DEFAULT_STRATEGY);
     if (result != Z_OK)
         CZipException::ThrowZlib(result, m_archiveName);
     struct StreamGuard {
@@ -389,11 +392,10 @@ bool CZipArchive::OpenFile(int index)
     const CZipFileHeader& header = m_centralDir.m_headers[size_t(index)];
     if (header.IsEncrypted())
         ThrowError(CZipException::badPassword);
-    if (header.m_uMethod != CZipFileHeader::methodStored &&
-        header.m_uMethod != CZipFileHeader::methodDeflated)
+    if (header.m_uMethod != CZipFileHeader::methodStored && header.m_uMethod != CZipFileHeader::methodDeflated)
         ThrowError(CZipException::badZipFile);
-    m_inputPosition = header.LocateData(*m_pStorage, m_centralDir.m_bytesBeforeZip,
-                                        m_centralDir.m_centralStart, m_archiveName);
+    m_inputPosition =
+        header.LocateData(*m_pStorage, m_centralDir.m_bytesBeforeZip, m_centralDir.m_centralStart, m_archiveName);
     m_inputRemaining = header.m_uComprSize;
     m_produced = 0;
     m_crc = uint32_t(crc32(0, nullptr, 0));
@@ -507,7 +509,8 @@ bool CZipArchive::ExtractFile(int index, CZipAbstractFile& target, size_t buffer
         CZipAutoBuffer buffer(ClampBuffer(bufferSize));
         while (size_t got = ReadFile(buffer, buffer.GetSize()))
             target.Write(buffer, got);
-    } catch (...) {
+    }
+    catch (...) {
         CloseFile(true);
         throw;
     }
@@ -531,7 +534,8 @@ bool CZipArchive::TestFile(int index, size_t bufferSize)
         CZipAutoBuffer buffer(ClampBuffer(bufferSize));
         while (ReadFile(buffer, buffer.GetSize()) > 0) {
         }
-    } catch (...) {
+    }
+    catch (...) {
         CloseFile(true);
         throw;
     }
@@ -539,8 +543,8 @@ bool CZipArchive::TestFile(int index, size_t bufferSize)
     return true;
 }
 
-std::string CZipArchive::TargetPath(const CZipFileHeader& header, const std::string& directory,
-                                    bool fullPath, const char* newName) const
+std::string CZipArchive::TargetPath(const CZipFileHeader& header, const std::string& directory, bool fullPath,
+                                    const char* newName) const
 {
     std::vector<std::string> components;
     const std::string name = newName ? std::string(newName) : header.GetFileName();
@@ -564,9 +568,8 @@ std::string CZipArchive::TargetPath(const CZipFileHeader& header, const std::str
     return target;
 }
 
-bool CZipArchive::ExtractFile(int index, const std::string& directory, bool fullPath,
-                              const char* newName, const CZipActionCallback& callback,
-                              size_t bufferSize)
+bool CZipArchive::ExtractFile(int index, const std::string& directory, bool fullPath, const char* newName,
+                              const CZipActionCallback& callback, size_t bufferSize)
 {
     if (!CheckOpen(__FILE__, __LINE__))
         return false;
@@ -609,7 +612,8 @@ bool CZipArchive::ExtractFile(int index, const std::string& directory, bool full
             if (callback && !callback(done, total))
                 ThrowError(CZipException::abortedAction);
         }
-    } catch (...) {
+    }
+    catch (...) {
         CloseFile(true);
         if (!output.IsClosed()) {
             output.Close();

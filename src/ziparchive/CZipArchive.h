@@ -18,37 +18,35 @@ using CZipActionCallback = std::function<bool(uint64_t done, uint64_t total)>;
 
 // The request to add one file: from a path or an open stream, under a name given here or taken
 // from the path.
-struct CZipAddNewFileInfo
-{
+struct CZipAddNewFileInfo {
     enum { zipsmCheckForEff = 1, zipsmMemoryFlag = 2, zipsmSmartPass = 4, zipsmSmartest = 7 };
 
     explicit CZipAddNewFileInfo(const std::string& filePath, bool fullPath = true)
-        : m_szFilePath(filePath), m_bFullPath(fullPath)
-    {
-    }
+        : m_szFilePath(filePath),
+          m_bFullPath(fullPath)
+    {}
     CZipAddNewFileInfo(const std::string& filePath, const std::string& nameInZip)
-        : m_szFilePath(filePath), m_szFileNameInZip(nameInZip)
-    {
-    }
+        : m_szFilePath(filePath),
+          m_szFileNameInZip(nameInZip)
+    {}
     CZipAddNewFileInfo(CZipAbstractFile* file, const std::string& nameInZip)
-        : m_szFileNameInZip(nameInZip), m_pFile(file)
-    {
-    }
+        : m_szFileNameInZip(nameInZip),
+          m_pFile(file)
+    {}
 
     std::string m_szFilePath;       // UTF-8
     std::string m_szFileNameInZip;  // UTF-8; empty takes the name from the path
     CZipAbstractFile* m_pFile = nullptr;
-    bool m_bFullPath = true;        // keep the path (below the root path) rather than the last name
-    int m_iComprLevel = -1;         // zlib's levels; 0 stores
+    bool m_bFullPath = true;  // keep the path (below the root path) rather than the last name
+    int m_iComprLevel = -1;   // zlib's levels; 0 stores
     int m_iSmartLevel = zipsmSmartest;
-    int m_iReplaceIndex = -1;       // only adding is supported
+    int m_iReplaceIndex = -1;  // only adding is supported
     unsigned long m_nBufSize = 65536;
 };
 
 // One zip archive: opened, read or added to, and closed by the same thread. Failures of the data
 // throw CZipException; calls made in the wrong order are logged and return false.
-class CZipArchive
-{
+class CZipArchive {
 public:
     enum OpenMode { zipOpen = 0, zipOpenReadOnly = 1, zipCreate = 2 };
     enum { kDefaultBufferSize = 65536, kMaxEntries = 0xFFFF };
@@ -85,9 +83,8 @@ public:
     // Extracts into `directory`: with `fullPath` the entry's folders are kept, else only its last
     // name is used; `newName` replaces the entry's name. Names that would leave `directory`
     // (absolute, "..") and links are refused with 115.
-    bool ExtractFile(int index, const std::string& directory, bool fullPath = true,
-                     const char* newName = nullptr, const CZipActionCallback& callback = {},
-                     size_t bufferSize = kDefaultBufferSize);
+    bool ExtractFile(int index, const std::string& directory, bool fullPath = true, const char* newName = nullptr,
+                     const CZipActionCallback& callback = {}, size_t bufferSize = kDefaultBufferSize);
     // Extracts the data of the entry into a stream.
     bool ExtractFile(int index, CZipAbstractFile& target, size_t bufferSize = kDefaultBufferSize);
     // Reads the entry through, checking its CRC; a folder with data is 111.
@@ -107,8 +104,8 @@ private:
     void WriteEntryData(CZipFileHeader& header, CZipAbstractFile& source, const CZipAddNewFileInfo& info);
     void DeflateFrom(CZipFileHeader& header, CZipAbstractFile& source, size_t bufferSize, int level);
     void StoreFrom(CZipFileHeader& header, CZipAbstractFile& source, size_t bufferSize);
-    std::string TargetPath(const CZipFileHeader& header, const std::string& directory,
-                           bool fullPath, const char* newName) const;
+    std::string TargetPath(const CZipFileHeader& header, const std::string& directory, bool fullPath,
+                           const char* newName) const;
     void VerifyEnd();
     [[noreturn]] void ThrowError(int cause) const;
 

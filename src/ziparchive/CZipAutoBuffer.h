@@ -5,8 +5,7 @@
 #include <new>
 
 // A plain owned block of bytes; the working buffers of reading and writing entries.
-class CZipAutoBuffer
-{
+class CZipAutoBuffer {
 public:
     CZipAutoBuffer() = default;
     explicit CZipAutoBuffer(size_t size) { Allocate(size); }

@@ -35,8 +35,7 @@ void CZipCentralDir::Clear()
     m_comment.clear();
 }
 
-uint64_t CZipCentralDir::FindEndRecord(CZipAbstractFile& file, const std::string& archiveName,
-                                       unsigned char* record)
+uint64_t CZipCentralDir::FindEndRecord(CZipAbstractFile& file, const std::string& archiveName, unsigned char* record)
 {
     const uint64_t length = file.GetLength();
     if (length < uint64_t(kEndRecordSize))

@@ -9,8 +9,7 @@
 class CZipAbstractFile;
 
 // The table of entries at the end of an archive, with the end record that locates it.
-class CZipCentralDir
-{
+class CZipCentralDir {
 public:
     // Finds the end record by reading backwards from the end of the file, checks it, and reads
     // every central header. No end record is 116; one that contradicts itself or the file is 101,
@@ -32,6 +31,5 @@ public:
 
 private:
     void RefuseOverlaps(const std::string& archiveName) const;
-    uint64_t FindEndRecord(CZipAbstractFile& file, const std::string& archiveName,
-                           unsigned char* record);
+    uint64_t FindEndRecord(CZipAbstractFile& file, const std::string& archiveName, unsigned char* record);
 };

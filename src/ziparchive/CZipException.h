@@ -4,11 +4,9 @@
 
 // The one failure type of the archive layer. `m_iCause` is either an errno value (1 to 30), or one
 // of the codes below; `m_szFileName` names the archive (UTF-8), or the file an operation was on.
-class CZipException
-{
+class CZipException {
 public:
-    enum
-    {
+    enum {
         noError = 0,
         generic = 100,
         badZipFile = 101,
@@ -37,8 +35,7 @@ public:
         versionError = 507,
     };
 
-    explicit CZipException(int cause = generic, const std::string& fileName = std::string(),
-                           int systemError = 0);
+    explicit CZipException(int cause = generic, const std::string& fileName = std::string(), int systemError = 0);
 
     // The text of the cause; for a failed removal or rename, "<text> (<file>)".
     std::string GetErrorDescription() const;

@@ -24,9 +24,15 @@ void CZipFile::Open(const std::string& path, OpenMode mode)
     m_path = path;
     int flags = O_CLOEXEC;
     switch (mode) {
-    case modeRead: flags |= O_RDONLY; break;
-    case modeReadWrite: flags |= O_RDWR; break;
-    case modeCreate: flags |= O_RDWR | O_CREAT | O_TRUNC; break;
+    case modeRead:
+        flags |= O_RDONLY;
+        break;
+    case modeReadWrite:
+        flags |= O_RDWR;
+        break;
+    case modeCreate:
+        flags |= O_RDWR | O_CREAT | O_TRUNC;
+        break;
     }
     m_fd = ::open(path.c_str(), flags, 0666);
     if (m_fd < 0)

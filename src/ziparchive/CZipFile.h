@@ -3,8 +3,7 @@
 #include "ziparchive/CZipAbstractFile.h"
 
 // A file on disk through a POSIX descriptor.
-class CZipFile : public CZipAbstractFile
-{
+class CZipFile : public CZipAbstractFile {
 public:
     enum OpenMode { modeRead, modeReadWrite, modeCreate };
 

@@ -215,8 +215,8 @@ void CZipFileHeader::UpdateLocal(CZipAbstractFile& file, uint64_t bytesBeforeZip
     file.Seek(int64_t(resume));
 }
 
-uint64_t CZipFileHeader::LocateData(CZipAbstractFile& file, uint64_t bytesBeforeZip,
-                                    uint64_t dataLimit, const std::string& archiveName) const
+uint64_t CZipFileHeader::LocateData(CZipAbstractFile& file, uint64_t bytesBeforeZip, uint64_t dataLimit,
+                                    const std::string& archiveName) const
 {
     const uint64_t local = bytesBeforeZip + m_uOffset;
     if (local + kLocalHeaderSize > dataLimit)

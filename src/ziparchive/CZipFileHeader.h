@@ -8,8 +8,7 @@ class CZipAbstractFile;
 
 // One entry: the fields of its central header, and the reading and writing of its local and
 // central headers. Sizes and offsets are the 32-bit fields of the format.
-class CZipFileHeader
-{
+class CZipFileHeader {
 public:
     enum { methodStored = 0, methodDeflated = 8 };
     enum { flagEncrypted = 1, flagDataDescriptor = 8, flagUtf8 = 0x800 };

@@ -7,10 +7,11 @@
 #include <cstring>
 
 CZipMemFile::CZipMemFile(const void* data, size_t size)
-    : m_data(static_cast<unsigned char*>(const_cast<void*>(data))), m_length(size), m_capacity(size),
+    : m_data(static_cast<unsigned char*>(const_cast<void*>(data))),
+      m_length(size),
+      m_capacity(size),
       m_owned(false)
-{
-}
+{}
 
 CZipMemFile::~CZipMemFile()
 {

@@ -4,8 +4,7 @@
 
 // A growing block of memory used as a file. It either owns its block (from malloc, so that Detach
 // can hand it to a caller who frees it), or reads a caller's block without copying it.
-class CZipMemFile : public CZipAbstractFile
-{
+class CZipMemFile : public CZipAbstractFile {
 public:
     CZipMemFile() = default;
     // Read-only view of `size` bytes that stay the caller's.

@@ -4,7 +4,8 @@
 
 #include <cwctype>
 
-CZipPathComponent::CZipPathComponent(const std::string& path) : m_path(path)
+CZipPathComponent::CZipPathComponent(const std::string& path)
+    : m_path(path)
 {
     RemoveTrailingSeparators(m_path);
 }

@@ -5,8 +5,7 @@
 
 // Names of entries and paths on disk, 8-bit (UTF-8). Both "\" and "/" separate components
 // everywhere; a trailing separator marks a folder.
-class CZipPathComponent
-{
+class CZipPathComponent {
 public:
     explicit CZipPathComponent(const std::string& path);
 
@@ -16,10 +15,7 @@ public:
     std::string GetFilePath() const;
 
     static bool IsSeparator(char c) { return c == '/' || c == '\\'; }
-    static bool HasTrailingSeparator(const std::string& path)
-    {
-        return !path.empty() && IsSeparator(path.back());
-    }
+    static bool HasTrailingSeparator(const std::string& path) { return !path.empty() && IsSeparator(path.back()); }
     static void RemoveTrailingSeparators(std::string& path);
     // The stored form of a name: every "\" becomes "/".
     static std::string ToArchiveName(std::string name);

@@ -5,7 +5,10 @@
 // Little-endian field access for the fixed-size records of the archive format.
 namespace zipbytes {
 
-inline uint16_t Get16(const unsigned char* p) { return uint16_t(p[0] | (p[1] << 8)); }
+inline uint16_t Get16(const unsigned char* p)
+{
+    return uint16_t(p[0] | (p[1] << 8));
+}
 inline uint32_t Get32(const unsigned char* p)
 {
     return uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) | (uint32_t(p[3]) << 24);

@@ -49,9 +49,11 @@ bool WithArchive(const CZoltaFilePath& archive, int mode, const std::function<bo
         const bool result = work(zip);
         zip.Close();
         return result;
-    } catch (const CZipException& error) {
+    }
+    catch (const CZipException& error) {
         t_lastError = error.GetErrorDescription();
-    } catch (const std::bad_alloc&) {
+    }
+    catch (const std::bad_alloc&) {
         t_lastError = CZipException::GetInternalErrorDescription(CZipException::memError);
     }
     if (!zip.IsClosed())
@@ -109,8 +111,7 @@ bool ExtractIndexToMemory(CZipArchive& zip, int index, unsigned char*& data, siz
 
 }  // namespace
 
-bool ZipAddFile(const CZoltaFilePath& archive, const CAtlString& nameInArchive,
-                const CZoltaFilePath& source)
+bool ZipAddFile(const CZoltaFilePath& archive, const CAtlString& nameInArchive, const CZoltaFilePath& source)
 {
     return WithArchive(archive, CZipArchive::zipOpen, [&](CZipArchive& zip) {
         CZipAddNewFileInfo info(Utf8(source.GetPath()), Utf8(nameInArchive));
@@ -149,8 +150,7 @@ bool ZipAddDirectory(const CZoltaDirectoryPath& directory, const CZoltaFilePath&
     });
 }
 
-bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& data,
-                        size_t& size)
+bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& data, size_t& size)
 {
     data = nullptr;
     size = 0;
@@ -158,8 +158,7 @@ bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, u
     return WithArchive(archive, CZipArchive::zipOpenReadOnly, [&](CZipArchive& zip) {
         for (int index = 0; index < zip.GetCount(); ++index) {
             CZipFileHeader header;
-            if (zip.GetFileInfo(header, index) &&
-                CZipPathComponent::NamesEqualNoCase(header.GetFileName(), wanted))
+            if (zip.GetFileInfo(header, index) && CZipPathComponent::NamesEqualNoCase(header.GetFileName(), wanted))
                 return ExtractIndexToMemory(zip, index, data, size);
         }
         return false;
@@ -184,8 +183,7 @@ bool ZipExtractMatching(const CZoltaFilePath& archive, const CZoltaDirectoryPath
     });
 }
 
-bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
-                    const CZoltaDirectoryPath& destination)
+bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name, const CZoltaDirectoryPath& destination)
 {
     const std::string target = FolderText(destination);
     const std::string wanted = Utf8(name);
@@ -202,8 +200,7 @@ bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
     return extracted && (ZipPlatform::FileExists(result) || ZipPlatform::DirectoryExists(result));
 }
 
-bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name,
-                        unsigned char*& buffer, size_t& size)
+bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& buffer, size_t& size)
 {
     buffer = nullptr;
     size = 0;

@@ -13,7 +13,7 @@
 
 // Adds `source` to the existing `archive` under `nameInArchive`.
 [[nodiscard]] bool ZipAddFile(const CZoltaFilePath& archive, const CAtlString& nameInArchive,
-                const CZoltaFilePath& source);
+                              const CZoltaFilePath& source);
 // Creates `archive` holding `source` under its bare file name.
 [[nodiscard]] bool ZipAddFileRelative(const CZoltaFilePath& source, const CZoltaFilePath& archive);
 // Creates `archive` holding every file and folder below `directory`, named relative to it.
@@ -22,15 +22,15 @@
 // Reads the first entry whose name matches `name` without regard to case ("\" and "/" alike) into
 // a new buffer. `data` and `size` are 0 unless the result is true.
 [[nodiscard]] bool ZipExtractToBuffer(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& data,
-                        size_t& size);
+                                      size_t& size);
 // Extracts the entries below "sounds\" or "sounds/" into `destination`, each under its last name.
 [[nodiscard]] bool ZipExtractMatching(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
 // Extracts the entry `name` into `destination` under its last name; true if that file then exists.
 [[nodiscard]] bool ZipExtractFile(const CZoltaFilePath& archive, const CAtlString& name,
-                    const CZoltaDirectoryPath& destination);
+                                  const CZoltaDirectoryPath& destination);
 // Extracts the entry `name` into memory; `buffer` and `size` are 0 unless the result is true.
-[[nodiscard]] bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name,
-                        unsigned char*& buffer, size_t& size);
+[[nodiscard]] bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& buffer,
+                                      size_t& size);
 // Extracts every entry in index order into `destination`, keeping sub-folders. Refused (28, "No
 // space left on device") when the entries' declared sizes do not fit in the free space.
 [[nodiscard]] bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);

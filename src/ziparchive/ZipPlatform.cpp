@@ -98,8 +98,14 @@ uint32_t NextUtf8(const std::string& s, size_t& i)
 
 }  // namespace
 
-void SetUseSystemCodePage(bool use) { g_useSystemCodePage = use; }
-bool GetUseSystemCodePage() { return g_useSystemCodePage; }
+void SetUseSystemCodePage(bool use)
+{
+    g_useSystemCodePage = use;
+}
+bool GetUseSystemCodePage()
+{
+    return g_useSystemCodePage;
+}
 
 int WideToSingle(const wchar_t* wide, std::string& buffer, bool useSystemCodePage)
 {

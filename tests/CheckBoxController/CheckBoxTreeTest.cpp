@@ -10,8 +10,7 @@
 namespace {
 
 // A box that only remembers what it is told.
-class MemoryBox : public CHeckBox
-{
+class MemoryBox : public CHeckBox {
 public:
     using CHeckBox::CHeckBox;
     bool IsTriState() const override { return !GetChildren().empty(); }
@@ -25,8 +24,7 @@ private:
     bool m_enabled = true;
 };
 
-class TreeController : public CHeckBoxController
-{
+class TreeController : public CHeckBoxController {
 public:
     void Clear() override { m_boxes.clear(); }
 
@@ -50,8 +48,7 @@ public:
 };
 
 // 1 -> {2 -> {4, 5}, 3 -> {6, 7}}
-struct ThreeLevels : ::testing::Test
-{
+struct ThreeLevels : ::testing::Test {
     TreeController tree;
     void SetUp() override
     {
@@ -72,10 +69,12 @@ TEST(CheckBoxToggleTest, LeavesAlternateAndParentsCycleThroughPartial)
     TreeController tree;
     tree.Add(1);
     tree.Add(2, 1);
-    struct Case { int id; int expected; };
+    struct Case {
+        int id;
+        int expected;
+    };
     const Case clicks[] = {{2, 1}, {2, 0}, {1, 1}, {1, 2}, {1, 0}, {1, 1}};
-    for (const Case& click : clicks)
-    {
+    for (const Case& click : clicks) {
         tree.Click(click.id);
         EXPECT_EQ(click.expected, tree.State(click.id)) << "box " << click.id;
     }
@@ -87,8 +86,7 @@ TEST_F(ThreeLevels, ARootClickPushesThroughEveryLevelAndKeepsEachOwnChoice)
 {
     tree.Click(1);
     EXPECT_EQ(std::vector<int>({1, 1, 1, 1, 1, 1, 1}), tree.States({1, 2, 3, 4, 5, 6, 7}));
-    for (int id : {2, 3, 4, 5, 6, 7})
-    {
+    for (int id : {2, 3, 4, 5, 6, 7}) {
         EXPECT_TRUE(tree.GetBox(id)->IsForced()) << id;
         EXPECT_EQ(0, tree.GetBox(id)->GetOwnState()) << id;
     }
@@ -143,29 +141,34 @@ TEST(CheckBoxForceTest, AForcedBoxShowsThePushUntilUnforcedAndThenItsOwnChoice)
 
 TEST(CheckBoxUpdateParentsTest, TieBreaks)
 {
-    struct Child { int state; bool enabled; };
-    struct Case { std::vector<Child> children; int parentState; bool parentEnabled; };
+    struct Child {
+        int state;
+        bool enabled;
+    };
+    struct Case {
+        std::vector<Child> children;
+        int parentState;
+        bool parentEnabled;
+    };
     const Case cases[] = {
         {{{1, true}, {1, true}}, 1, true},
         {{{0, true}, {0, true}}, 0, true},
         {{{1, true}, {0, true}}, 2, true},
         {{{0, true}, {1, true}}, 2, true},
-        {{{0, true}, {2, true}}, 0, true},   // a later partial counts as unchecked
+        {{{0, true}, {2, true}}, 0, true},  // a later partial counts as unchecked
         {{{1, true}, {2, true}}, 2, true},
-        {{{2, true}, {0, true}}, 2, true},   // a partial first child makes partial
+        {{{2, true}, {0, true}}, 2, true},  // a partial first child makes partial
         {{{2, true}, {1, true}}, 2, true},
         {{{1, true}, {0, false}}, 1, true},  // disabled children do not count
         {{{0, false}, {1, true}, {1, true}}, 1, true},
         {{{1, false}, {1, false}}, 0, false},
     };
-    for (std::size_t i = 0; i < std::size(cases); ++i)
-    {
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
         TreeController tree;
         tree.Add(1, 0);
         CHeckBox* root = tree.Add(2, 1);
         int id = 3;
-        for (const Child& wanted : cases[i].children)
-        {
+        for (const Child& wanted : cases[i].children) {
             MemoryBox* child = tree.Add(id++, 2);
             child->SetOwnState(wanted.state);
             child->SetEnabled(wanted.enabled);

@@ -23,8 +23,7 @@ std::string UsageText()
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-struct Factory : testing::Test
-{
+struct Factory : testing::Test {
     CApplicationFactory factory;
 
     void Parse(std::initializer_list<const char*> tokens)
@@ -59,9 +58,30 @@ using Strings = std::vector<std::wstring>;
 
 TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
 {
-    Parse({"-locale", "de", "-proxy", "p:1", "-username", "u", "-password", "pw", "-source", "/media/Disc Ü",
-           "-destination", "d", "-c", "a1", "-c", "a2", "-c", "a1", "x", "-remote", "--allowdownload", "\\verbose",
-           "-authorized", "-overrideproxy"});
+    Parse({"-locale",
+           "de",
+           "-proxy",
+           "p:1",
+           "-username",
+           "u",
+           "-password",
+           "pw",
+           "-source",
+           "/media/Disc Ü",
+           "-destination",
+           "d",
+           "-c",
+           "a1",
+           "-c",
+           "a2",
+           "-c",
+           "a1",
+           "x",
+           "-remote",
+           "--allowdownload",
+           "\\verbose",
+           "-authorized",
+           "-overrideproxy"});
     const CCmdLineContext& c = factory.Context();
     EXPECT_EQ(W(L"de"), c.locale);
     EXPECT_EQ(W(L"p:1"), c.proxy);
@@ -83,7 +103,8 @@ TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
 TEST_F(Factory, CommandLineActionsDropPrivilegesWindowBasedOnesKeepThem)
 {
     for (const char* action : {"--uninstall", "--installall", "--installsome", "--register", "--downloadall",
-                               "--downloadsome", "-h", "-?", "--help"}) {
+                               "--downloadsome", "-h", "-?", "--help"})
+    {
         CApplicationFactory f;
         char* argv[] = {const_cast<char*>("prog"), const_cast<char*>(action)};
         f.ParseCommandLine(2, argv);
@@ -115,8 +136,8 @@ TEST_F(Factory, LoadedCollectionAddsItsStyleSheetToTheDefault)
 {
     const std::string dir = curatool::test::MakeScratchDir("collection");
     for (const char* name : {"configuration.xml", "metadata.xml", "about.html", "splash.html", "logo.png"})
-        curatool::test::WriteFile(dir + "/" + name,
-                                  curatool::test::ReadFile(std::string(CURATOOL_SOURCE_DIR "/samples/collection/") + name));
+        curatool::test::WriteFile(
+            dir + "/" + name, curatool::test::ReadFile(std::string(CURATOOL_SOURCE_DIR "/samples/collection/") + name));
     curatool::test::WriteFile(dir + "/style.qss", "QPushButton {color: red}");
 
     factory.ApplyStyleSheet(nullptr);  // without an application there is nothing to style

@@ -27,22 +27,19 @@ TEST(CLIProgress, WorkingStagesShareTheLineFinalOnesHaveALineOfTheirOwn)
 {
     CLIProgress progress;
     progress.SetVerbose(true);
-    struct Case
-    {
+    struct Case {
         int stage;
         const wchar_t* item;
         int overall;
         const char* line;
     };
-    for (const Case& c : {Case{1, L"Pictures/animals.zip", 42, "Downloading:  \t[42%] Pictures/animals.zip\n"},
-                          Case{2, L"a", 0, "Installing:  \t[0%] a\n"},
-                          Case{3, L"b", 100, "Uninstalling:  \t[100%] b\n"},
-                          Case{4, L"", 7, "Reading:  \t[7%] \n"},
-                          Case{5, L"c", 3, "Canceled\n \t[3%] c\n"},
-                          Case{6, L"all", 100, "Complete\n \t[100%] all\n"},
-                          Case{7, L"f.gallery", 61, "Failed\n \t[61%] f.gallery\n"},
-                          Case{0, L"z", 1, " \t[1%] z\n"},  // unknown stages print no word
-                          Case{8, L"z", 1, " \t[1%] z\n"}})
+    for (const Case& c :
+         {Case{1, L"Pictures/animals.zip", 42, "Downloading:  \t[42%] Pictures/animals.zip\n"},
+          Case{2, L"a", 0, "Installing:  \t[0%] a\n"}, Case{3, L"b", 100, "Uninstalling:  \t[100%] b\n"},
+          Case{4, L"", 7, "Reading:  \t[7%] \n"}, Case{5, L"c", 3, "Canceled\n \t[3%] c\n"},
+          Case{6, L"all", 100, "Complete\n \t[100%] all\n"}, Case{7, L"f.gallery", 61, "Failed\n \t[61%] f.gallery\n"},
+          Case{0, L"z", 1, " \t[1%] z\n"},  // unknown stages print no word
+          Case{8, L"z", 1, " \t[1%] z\n"}})
         EXPECT_EQ(c.line, Printed(progress, c.stage, c.item, 100, c.overall)) << c.stage;
 }
 

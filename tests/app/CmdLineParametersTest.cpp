@@ -19,8 +19,7 @@ int Call(const CWorkFlowFunction& function)
     return function(context, nullptr);
 }
 
-struct ActionFixture : testing::Test
-{
+struct ActionFixture : testing::Test {
     bool actionChosen = false;
     bool elevation = true;
     CWorkFlowFunction runner = Returning(0);
@@ -81,10 +80,11 @@ TEST(CmdLineParameters, ErrorParameterRewritesEachReservedNameIntoItsMessage)
     std::vector<CAtlString> errors;
     CWorkFlowFunction runner = Returning(0);
     CErrorParameter error(&chosen, &elevation, &runner, Returning(666), &errors);
-    const std::pair<const wchar_t*, const wchar_t*> cases[] = {
-        {CmdLineReserved::ParamNoValue, L"destination"}, {CmdLineReserved::UnknownParam, L"foo"},
-        {CmdLineReserved::DefaultParam, L"stray"}, {CmdLineReserved::GenericError, L"Illegal: \"guid\""},
-        {CmdLineReserved::UnknownParam, L""}};
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {{CmdLineReserved::ParamNoValue, L"destination"},
+                                                               {CmdLineReserved::UnknownParam, L"foo"},
+                                                               {CmdLineReserved::DefaultParam, L"stray"},
+                                                               {CmdLineReserved::GenericError, L"Illegal: \"guid\""},
+                                                               {CmdLineReserved::UnknownParam, L""}};
     for (const auto& [name, value] : cases)
         error.Process(W(name), W(value));
     EXPECT_EQ((std::vector<CAtlString>{W(L"Missing value: \"destination\""), W(L"Unknown: \"foo\""),

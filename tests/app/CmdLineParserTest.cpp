@@ -17,8 +17,7 @@ CWorkFlowFunction Returning(int code)
 }
 
 // A small vocabulary of each kind, with actions that tell by their code which one was bound.
-struct ParserHarness : testing::Test
-{
+struct ParserHarness : testing::Test {
     enum { kNormal = 1, kInstall = 11, kUninstall = 22, kHelp = 33, kUsage = 666 };
 
     CCmdLineContext context;
@@ -84,10 +83,14 @@ using Strings = std::vector<std::wstring>;
 
 TEST(CmdLineParserPrefix, OneBackslashOrAtMostTwoDashesAreRemoved)
 {
-    struct Case { const wchar_t* token; const wchar_t* name; };
-    for (Case c : {Case{L"-x", L"x"}, Case{L"--x", L"x"}, Case{L"\\x", L"x"}, Case{L"---x", L"-x"},
-                   Case{L"\\\\x", L"\\x"}, Case{L"\\-x", L"-x"}, Case{L"-\\x", L"\\x"}, Case{L"-", L""},
-                   Case{L"--", L""}}) {
+    struct Case {
+        const wchar_t* token;
+        const wchar_t* name;
+    };
+    for (Case c :
+         {Case{L"-x", L"x"}, Case{L"--x", L"x"}, Case{L"\\x", L"x"}, Case{L"---x", L"-x"}, Case{L"\\\\x", L"\\x"},
+          Case{L"\\-x", L"-x"}, Case{L"-\\x", L"\\x"}, Case{L"-", L""}, Case{L"--", L""}})
+    {
         CAtlString t(c.token);
         EXPECT_TRUE(CCmdLineParser::StripOptionPrefix(t)) << c.token;
         EXPECT_EQ(W(c.name), t) << c.token;

@@ -4,8 +4,7 @@
 
 namespace {
 
-struct OutputTable : testing::Test
-{
+struct OutputTable : testing::Test {
     void SetUp() override { Output::Initialize(); }
 };
 

@@ -18,8 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class WindowWorkFlow : public ::testing::Test
-{
+class WindowWorkFlow : public ::testing::Test {
 protected:
     void SetUp() override
     {

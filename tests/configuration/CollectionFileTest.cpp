@@ -33,7 +33,8 @@ std::vector<std::string> UnpackedFolders()
     std::vector<std::string> folders;
     std::error_code error;
     for (auto it = fs::recursive_directory_iterator(std::getenv("TMPDIR"), error);
-         !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
+         !error && it != fs::recursive_directory_iterator(); it.increment(error))
+    {
         if (it->is_directory() && it->path().filename().string().rfind("Configuration", 0) == 0) {
             folders.push_back(it->path().string());
             it.disable_recursion_pending();
@@ -46,7 +47,8 @@ bool AnywhereBelow(const std::string& root, const std::string& name)
 {
     std::error_code error;
     for (auto it = fs::recursive_directory_iterator(root, error); !error && it != fs::recursive_directory_iterator();
-         it.increment(error)) {
+         it.increment(error))
+    {
         if (it->path().filename() == name)
             return true;
     }
@@ -140,17 +142,18 @@ TEST(CollectionFile, EntryNamesThatClimbOutStayInside)
     const CollectionFiles files = CompleteCollection("Org", "Climb", "guid-climb-zip");
     WriteFile(folder + "/configuration.xml", files.configuration);
     WriteFile(folder + "/metadata.xml", files.metadata);
-    const std::string script =
-        "import zipfile,sys\n"
-        "z=zipfile.ZipFile(sys.argv[1],'w')\n"
-        "z.write(sys.argv[2]+'/configuration.xml','configuration.xml')\n"
-        "z.write(sys.argv[2]+'/metadata.xml','metadata.xml')\n"
-        "z.writestr('../escaped-entry.txt','x')\n"
-        "z.writestr('../../escaped-entry.txt','x')\n"
-        "z.writestr('/tmp/escaped-absolute-entry.txt','x')\n"
-        "z.close()\n";
+    const std::string script = "import zipfile,sys\n"
+                               "z=zipfile.ZipFile(sys.argv[1],'w')\n"
+                               "z.write(sys.argv[2]+'/configuration.xml','configuration.xml')\n"
+                               "z.write(sys.argv[2]+'/metadata.xml','metadata.xml')\n"
+                               "z.writestr('../escaped-entry.txt','x')\n"
+                               "z.writestr('../../escaped-entry.txt','x')\n"
+                               "z.writestr('/tmp/escaped-absolute-entry.txt','x')\n"
+                               "z.close()\n";
     WriteFile(folder + "/make.py", script);
-    ASSERT_EQ(0, std::system(("python3 " + Quoted(folder + "/make.py") + " " + Quoted(archive) + " " + Quoted(folder)).c_str()));
+    ASSERT_EQ(
+        0,
+        std::system(("python3 " + Quoted(folder + "/make.py") + " " + Quoted(archive) + " " + Quoted(folder)).c_str()));
 
     {
         CConfiguration configuration;
@@ -160,4 +163,3 @@ TEST(CollectionFile, EntryNamesThatClimbOutStayInside)
     EXPECT_FALSE(Exists("/tmp/escaped-absolute-entry.txt"));
     EXPECT_TRUE(UnpackedFolders().empty());
 }
-

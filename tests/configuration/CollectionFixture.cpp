@@ -10,8 +10,12 @@ std::string MetaDataDocument(const std::string& identifier, const std::string& t
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<lom:lom xmlns:lom=\"http://ltsc.ieee.org/xsd/LOM\"><lom:general>"
-           "<lom:identifier><lom:entry>" + identifier + "</lom:entry></lom:identifier>"
-           "<lom:title><lom:string language=\"en\">" + title + "</lom:string></lom:title>"
+           "<lom:identifier><lom:entry>" +
+           identifier +
+           "</lom:entry></lom:identifier>"
+           "<lom:title><lom:string language=\"en\">" +
+           title +
+           "</lom:string></lom:title>"
            "</lom:general></lom:lom>\n";
 }
 
@@ -31,23 +35,24 @@ std::string ConfigurationDocument(const std::string& rootAttributes, const std::
     return document + "</CCSettings>\n";
 }
 
-CollectionFiles CompleteCollection(const std::string& organization, const std::string& gallery,
-                                   const std::string& guid)
+CollectionFiles CompleteCollection(const std::string& organization, const std::string& gallery, const std::string& guid)
 {
     CollectionFiles files;
     files.configuration = ConfigurationDocument(
         "Version=\"1.0.0.0\"",
-        "<Title Value=\"" + gallery + " Setup\"/>"
-        "<About Value=\"texts/about.html\"/>"
-        "<PathOverride Value=\"\"/>"
-        "<SplashScreen Text=\"texts/splash.html\" TextOffset_X=\"12\" TextOffset_Y=\"-7\" ShowText=\"true\"/>"
-        "<StyleSheet Value=\"style.qss\"/>"
-        "<AdditionalFiles><File Path=\"extra/readme.txt\"/><Directory Path=\"Languages\"/>"
-        "<File Path=\"\"/></AdditionalFiles>",
+        "<Title Value=\"" + gallery +
+            " Setup\"/>"
+            "<About Value=\"texts/about.html\"/>"
+            "<PathOverride Value=\"\"/>"
+            "<SplashScreen Text=\"texts/splash.html\" TextOffset_X=\"12\" TextOffset_Y=\"-7\" ShowText=\"true\"/>"
+            "<StyleSheet Value=\"style.qss\"/>"
+            "<AdditionalFiles><File Path=\"extra/readme.txt\"/><Directory Path=\"Languages\"/>"
+            "<File Path=\"\"/></AdditionalFiles>",
         "<Name Value=\"" + organization + "\"/><Logo Value=\"images/logo.png\"/>",
-        "<Gallery GUID=\"" + guid + "\" DefaultSource=\"http://example.invalid/data\" Name=\"" + gallery + "\">"
-        "<Category ShortID=\"maps\" GUID=\"guid-maps\"/><Category ShortID=\"animals\" GUID=\"guid-animals\"/>"
-        "</Gallery>");
+        "<Gallery GUID=\"" + guid + "\" DefaultSource=\"http://example.invalid/data\" Name=\"" + gallery +
+            "\">"
+            "<Category ShortID=\"maps\" GUID=\"guid-maps\"/><Category ShortID=\"animals\" GUID=\"guid-animals\"/>"
+            "</Gallery>");
     files.metadata = MetaDataDocument(guid, gallery);
     files.others = {
         {"texts/about.html", "<p>about</p>"},

@@ -10,8 +10,7 @@
 namespace curatool::test {
 
 // The texts of one collection directory: configuration.xml, metadata.xml and any other file.
-struct CollectionFiles
-{
+struct CollectionFiles {
     std::string configuration;
     std::string metadata;
     std::map<std::string, std::string> others;  // relative path -> content

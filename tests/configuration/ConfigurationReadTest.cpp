@@ -44,11 +44,15 @@ std::vector<std::string> Relative(const std::vector<CZoltaFilePath>& files, cons
 
 TEST(ConfigurationRead, CompleteCollectionFillsEveryRecord)
 {
-    const std::string folder = WriteCollection("complete", CompleteCollection("ZOLTA Technologies Inc.", "Sample", "guid-1"));
+    const std::string folder =
+        WriteCollection("complete", CompleteCollection("ZOLTA Technologies Inc.", "Sample", "guid-1"));
     CConfiguration configuration;
     int callbacks = 0;
     const CConfiguration* seen = nullptr;
-    configuration.SetLoadedCallback([&](CConfiguration const* loaded) { ++callbacks; seen = loaded; });
+    configuration.SetLoadedCallback([&](CConfiguration const* loaded) {
+        ++callbacks;
+        seen = loaded;
+    });
 
     ASSERT_TRUE(configuration.OpenCollectionDirectory(W(folder)));
     EXPECT_TRUE(configuration.IsLoaded());
@@ -112,8 +116,8 @@ TEST(ConfigurationRead, FailedLoadKeepsWhatWasReadButIsNotLoaded)
 TEST(ConfigurationRead, WhichDocumentsLoad)
 {
     const auto document = [](const std::string& root, const std::string& application = MinimalApplication,
-                              const std::string& organization = MinimalOrganization,
-                              const std::string& gallery = MinimalGallery()) {
+                             const std::string& organization = MinimalOrganization,
+                             const std::string& gallery = MinimalGallery()) {
         return ConfigurationDocument(root, application, organization, gallery);
     };
     const std::string good = document("");
@@ -151,11 +155,11 @@ TEST(ConfigurationRead, WhichDocumentsLoad)
 TEST(ConfigurationRead, CategoriesNeedBothIdsAndALaterShortIdWins)
 {
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
-        "", MinimalApplication, MinimalOrganization,
-        MinimalGallery("<Category ShortID=\"a\" GUID=\"first\"/><Category ShortID=\"b\"/>"
-                       "<Category GUID=\"orphan\"/><Category ShortID=\"\" GUID=\"x\"/>"
-                       "<Category ShortID=\"a\" GUID=\"second\"/>"))))));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(
+        ConfigurationDocument("", MinimalApplication, MinimalOrganization,
+                              MinimalGallery("<Category ShortID=\"a\" GUID=\"first\"/><Category ShortID=\"b\"/>"
+                                             "<Category GUID=\"orphan\"/><Category ShortID=\"\" GUID=\"x\"/>"
+                                             "<Category ShortID=\"a\" GUID=\"second\"/>"))))));
     const auto& categories = configuration.GetGallery()->GetCategories();
     ASSERT_EQ(1u, categories.size());
     EXPECT_EQ("a", U(categories.begin()->first));
@@ -165,7 +169,8 @@ TEST(ConfigurationRead, CategoriesNeedBothIdsAndALaterShortIdWins)
 TEST(ConfigurationRead, ShowTextIsTrueOnlyForExactlyTrue)
 {
     for (const auto& [value, expected] : std::vector<std::pair<std::string, bool>>{
-             {"true", true}, {"TRUE", false}, {"True", false}, {"1", false}, {"", false}}) {
+             {"true", true}, {"TRUE", false}, {"True", false}, {"1", false}, {"", false}})
+    {
         CConfiguration configuration;
         ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
             "", "<SplashScreen ShowText=\"" + value + "\"/>", MinimalOrganization, MinimalGallery())))));
@@ -175,9 +180,9 @@ TEST(ConfigurationRead, ShowTextIsTrueOnlyForExactlyTrue)
 
 TEST(ConfigurationRead, MissingOptionalElementsLeaveFieldsAsTheyWere)
 {
-    const std::string folder = CollectionWith(ConfigurationDocument(
-        "", "<Title Value=\"First\"/><SplashScreen TextOffset_X=\"5\" ShowText=\"true\"/>", MinimalOrganization,
-        MinimalGallery()));
+    const std::string folder = CollectionWith(
+        ConfigurationDocument("", "<Title Value=\"First\"/><SplashScreen TextOffset_X=\"5\" ShowText=\"true\"/>",
+                              MinimalOrganization, MinimalGallery()));
     CConfiguration configuration;
     ASSERT_TRUE(configuration.OpenCollectionDirectory(W(folder)));
     // The directory road does not reset: a second document only changes what it names.
@@ -192,13 +197,16 @@ TEST(ConfigurationRead, MissingOptionalElementsLeaveFieldsAsTheyWere)
 
 TEST(ConfigurationLocation, ConfigurationDirectoryCleansNamesInstallDirectoryKeepsThem)
 {
-    struct Case { std::string organization, gallery, expected; };
-    for (const Case& c : std::vector<Case>{{"", "Gal", "/Gal"},
-                                           {"A/B", "G&lt;a&gt;l:&quot;|?*\\", "/AB/Gal"},
-                                           {"Org", "Gal", "/Org/Gal"}}) {
+    struct Case {
+        std::string organization, gallery, expected;
+    };
+    for (const Case& c : std::vector<Case>{
+             {"", "Gal", "/Gal"}, {"A/B", "G&lt;a&gt;l:&quot;|?*\\", "/AB/Gal"}, {"Org", "Gal", "/Org/Gal"}})
+    {
         CConfiguration configuration;
         ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
-            "", MinimalApplication, c.organization.empty() ? "<Logo Value=\"\"/>" : "<Name Value=\"" + c.organization + "\"/>",
+            "", MinimalApplication,
+            c.organization.empty() ? "<Logo Value=\"\"/>" : "<Name Value=\"" + c.organization + "\"/>",
             "<Gallery GUID=\"g\" Name=\"" + c.gallery + "\"/>")))));
         EXPECT_EQ(ConfigurationsFolder() + c.expected, U(configuration.GetConfigurationDirectory().GetPath()));
     }
@@ -206,13 +214,14 @@ TEST(ConfigurationLocation, ConfigurationDirectoryCleansNamesInstallDirectoryKee
     // The default install directory keeps the names as they are and honours a path override.
     const std::string shared = std::string(std::getenv("CURATOOL_ROOT")) + "/usr/local/share/ZOLTA Scrivent Galleries";
     CConfiguration configuration;
-    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(
-        ConfigurationDocument("", MinimalApplication, "<Name Value=\"A/B\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
+    ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
+        "", MinimalApplication, "<Name Value=\"A/B\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
     EXPECT_EQ(shared + "/A/B/Gal", U(configuration.DefaultInstallDirectory().GetPath()));
 
     CConfiguration overridden;
-    ASSERT_TRUE(overridden.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
-        "", "<PathOverride Value=\"Shared/Place\"/>", "<Name Value=\"Org\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
+    ASSERT_TRUE(overridden.OpenCollectionDirectory(
+        W(CollectionWith(ConfigurationDocument("", "<PathOverride Value=\"Shared/Place\"/>", "<Name Value=\"Org\"/>",
+                                               "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
     EXPECT_EQ(shared + "/Shared/Place", U(overridden.DefaultInstallDirectory().GetPath()));
 }
 

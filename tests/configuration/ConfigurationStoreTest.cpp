@@ -36,7 +36,8 @@ std::set<std::string> Tree(const std::string& folder)
 
 TEST(ConfigurationStore, CopiesEveryListedFileAndDirectoryIntoTheConfigurationFolder)
 {
-    const std::string source = WriteCollection("store", CompleteCollection("Store Org", "Store:Gallery?", "guid-store"));
+    const std::string source =
+        WriteCollection("store", CompleteCollection("Store Org", "Store:Gallery?", "guid-store"));
     CConfiguration configuration;
     ASSERT_TRUE(configuration.OpenCollectionDirectory(W(source)));
     ASSERT_TRUE(configuration.StoreConfiguration());
@@ -45,8 +46,8 @@ TEST(ConfigurationStore, CopiesEveryListedFileAndDirectoryIntoTheConfigurationFo
     const std::string stored = ConfigurationsFolder() + "/Store Org/StoreGallery";
     EXPECT_EQ(stored, U(configuration.GetConfigurationDirectory().GetPath()));
     EXPECT_EQ((std::set<std::string>{"configuration.xml", "metadata.xml", "about.html", "splash.html", "style.qss",
-                                     "logo.png", "readme.txt", "Languages", "Languages/de", "Languages/de/CuratoolId.qm",
-                                     "Languages/fr", "Languages/fr/CuratoolId.qm"}),
+                                     "logo.png", "readme.txt", "Languages", "Languages/de",
+                                     "Languages/de/CuratoolId.qm", "Languages/fr", "Languages/fr/CuratoolId.qm"}),
               Tree(stored));
     EXPECT_EQ(ReadFile(source + "/texts/about.html"), ReadFile(stored + "/about.html"));
     EXPECT_EQ(ReadFile(source + "/configuration.xml"), ReadFile(stored + "/configuration.xml"));
@@ -181,16 +182,22 @@ TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDele
     WriteFile(outside + "/victim.txt", "victim");
     WriteFile(outside + "/dir/inner.txt", "inner");
     CollectionFiles files;
-    files.configuration = ConfigurationDocument(
-        "",
-        "<About Value=\"../victim.txt\"/>"
-        "<SplashScreen Text=\"" + outside + "/victim.txt\"/>"
-        "<StyleSheet Value=\"sub/../../victim.txt\"/>"
-        "<AdditionalFiles><Directory Path=\"..\"/><Directory Path=\"" + outside + "/dir\"/>"
-        "<Directory Path=\".\"/><File Path=\"../../../victim.txt\"/><File Path=\"" + outside + "/victim.txt\"/>"
-        "</AdditionalFiles>",
-        "<Name Value=\"Hostile\"/><Logo Value=\"/etc/passwd\"/>",
-        "<Gallery GUID=\"guid-hostile\" Name=\"Hostile Gallery\"/>");
+    files.configuration =
+        ConfigurationDocument("",
+                              "<About Value=\"../victim.txt\"/>"
+                              "<SplashScreen Text=\"" +
+                                  outside +
+                                  "/victim.txt\"/>"
+                                  "<StyleSheet Value=\"sub/../../victim.txt\"/>"
+                                  "<AdditionalFiles><Directory Path=\"..\"/><Directory Path=\"" +
+                                  outside +
+                                  "/dir\"/>"
+                                  "<Directory Path=\".\"/><File Path=\"../../../victim.txt\"/><File Path=\"" +
+                                  outside +
+                                  "/victim.txt\"/>"
+                                  "</AdditionalFiles>",
+                              "<Name Value=\"Hostile\"/><Logo Value=\"/etc/passwd\"/>",
+                              "<Gallery GUID=\"guid-hostile\" Name=\"Hostile Gallery\"/>");
     files.metadata = MetaDataDocument("guid-hostile", "Hostile Gallery");
     const std::string source = WriteCollection("hostile", files);
 
@@ -204,9 +211,9 @@ TEST(ConfigurationHostile, ReferencesOutsideTheCollectionAreNeitherCopiedNorDele
     const std::string stored = ConfigurationsFolder() + "/Hostile/Hostile Gallery";
     EXPECT_EQ((std::set<std::string>{"configuration.xml", "metadata.xml"}), Tree(stored));
     EXPECT_EQ((std::set<std::string>{"victim.txt", "dir", "dir/inner.txt"}), Tree(outside));
-    EXPECT_EQ((std::set<std::string>{"Hostile Gallery", "Hostile Gallery/configuration.xml",
-                                     "Hostile Gallery/metadata.xml"}),
-              Tree(ConfigurationsFolder() + "/Hostile"));
+    EXPECT_EQ(
+        (std::set<std::string>{"Hostile Gallery", "Hostile Gallery/configuration.xml", "Hostile Gallery/metadata.xml"}),
+        Tree(ConfigurationsFolder() + "/Hostile"));
 
     // The stored copy, read back and removed, touches nothing beside itself.
     WriteFile(ConfigurationsFolder() + "/Hostile/victim.txt", "neighbour");

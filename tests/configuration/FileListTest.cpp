@@ -61,7 +61,8 @@ TEST(MetaDataXml, ReadsIdentifierAndTitles)
     WriteFile(folder + "/metadata.xml",
               "<root><lom:general><lom:identifier><lom:entry>id-1</lom:entry></lom:identifier>"
               "<lom:title><lom:string language=\"de\">Alt</lom:string><lom:string language=\"\">none</lom:string>"
-              "<lom:string language=\"de\">Neu</lom:string><lom:string language=\"fr\">Fran\xC3\xA7" "ais</lom:string>"
+              "<lom:string language=\"de\">Neu</lom:string><lom:string language=\"fr\">Fran\xC3\xA7"
+              "ais</lom:string>"
               "</lom:title></lom:general></root>");
     auto list = std::make_shared<FileList>();
     MetaDataXml metadata(list);
@@ -69,7 +70,9 @@ TEST(MetaDataXml, ReadsIdentifierAndTitles)
     EXPECT_EQ("id-1", U(metadata.Identifier()));
     EXPECT_EQ(2u, metadata.Titles().size());
     EXPECT_EQ("Neu", U(metadata.Title(W("de"))));
-    EXPECT_EQ("Fran\xC3\xA7" "ais", U(metadata.Title(W("fr"))));
+    EXPECT_EQ("Fran\xC3\xA7"
+              "ais",
+              U(metadata.Title(W("fr"))));
     EXPECT_EQ((std::vector<std::string>{folder + "/metadata.xml"}), FilePaths(*list));
     // A language not there falls back to an English entry, created empty.
     EXPECT_TRUE(metadata.Title(W("es")).IsEmpty());

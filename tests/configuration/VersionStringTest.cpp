@@ -27,8 +27,7 @@ std::array<int, 4> Numbers(const CVersionString& version)
 
 TEST(VersionStringParse, DottedAndPackedForms)
 {
-    struct Case
-    {
+    struct Case {
         const char* text;
         bool valid;
         std::optional<std::array<int, 4>> numbers;
@@ -36,18 +35,20 @@ TEST(VersionStringParse, DottedAndPackedForms)
     };
     for (const Case& c : {
              Case{"01.00.00.00", true, std::array{1, 0, 0, 0}, "1.0.0.0"},  // leading zeros do not count
-             Case{"1.2.3", false, std::array{1, 2, 3, -1}, "1.2.3"},         // too few parts
-             Case{"7.x.3.4", true, std::array{7, 0, 3, 4}, nullptr},  // a non-numeric part keeps its field
-             Case{"1907024", true, std::array{1, 90, 24, 70}, nullptr},      // seven digits: revision is cut first
+             Case{"1.2.3", false, std::array{1, 2, 3, -1}, "1.2.3"},        // too few parts
+             Case{"7.x.3.4", true, std::array{7, 0, 3, 4}, nullptr},        // a non-numeric part keeps its field
+             Case{"1907024", true, std::array{1, 90, 24, 70}, nullptr},     // seven digits: revision is cut first
              Case{"12345678", true, std::array{1, 23, 456, 78}, nullptr},
-             Case{"12345678901", true, std::array{34, 56, 789, 1}, nullptr},  // digits left of the major cut are ignored
+             Case{"12345678901", true, std::array{34, 56, 789, 1},
+                  nullptr},  // digits left of the major cut are ignored
              Case{"123456789012", true, std::array{1, 234, 5678, 9012}, nullptr},
              Case{"999123456789012", true, std::array{991, 234, 5678, 9012}, nullptr},
              Case{"abc", false, std::array{0, 0, 0, 0}, "abc"},  // short text without dots is never parsed
              Case{"123456", false, std::nullopt, nullptr},
              Case{"", false, std::nullopt, nullptr},
              Case{"1..2.3", false, std::nullopt, nullptr},
-         }) {
+         })
+    {
         const CVersionString version = Version(c.text);
         EXPECT_EQ(c.valid, version.IsValid()) << c.text;
         if (c.numbers) {
@@ -77,13 +78,14 @@ TEST(VersionStringParse, ReusedObjectKeepsTheLastSuccessfulParse)
 TEST(VersionStringCompare, NumbersThenValidityThenText)
 {
     // Each pair is strictly ascending.
-    for (const auto& [low, high] : std::vector<std::pair<const char*, const char*>>{
-             {"1.2.3.4", "1.2.3.10"},  // by number, not by text
-             {"1.9.0.0", "2.0.0.0"},
-             {"1.2.3", "1.0.0.0"},  // invalid is below every valid version
-             {"abc", "abd"},        // two invalid ones compare as text
-             {"", "abc"},
-             {"ABC", "abc"}}) {
+    for (const auto& [low, high] :
+         std::vector<std::pair<const char*, const char*>>{{"1.2.3.4", "1.2.3.10"},  // by number, not by text
+                                                          {"1.9.0.0", "2.0.0.0"},
+                                                          {"1.2.3", "1.0.0.0"},  // invalid is below every valid version
+                                                          {"abc", "abd"},        // two invalid ones compare as text
+                                                          {"", "abc"},
+                                                          {"ABC", "abc"}})
+    {
         EXPECT_TRUE(Version(low) < Version(high)) << low << " < " << high;
         EXPECT_TRUE(Version(high) > Version(low)) << high << " > " << low;
         EXPECT_FALSE(Version(high) < Version(low)) << high << " < " << low;

@@ -37,8 +37,7 @@ TEST(CommandLineE2E, EveryHelpSpellingPrintsTheUsageExactly)
 
 TEST(CommandLineE2E, ComplaintsComeBeforeTheUsageText)
 {
-    struct Case
-    {
+    struct Case {
         std::vector<std::string> arguments;
         std::vector<std::string> complaints;
     };
@@ -53,7 +52,11 @@ TEST(CommandLineE2E, ComplaintsComeBeforeTheUsageText)
         // The help object answers to three names, so its complaint comes three times.
         {{"--register", "-?", "-guid", "a", "-guid", "b"},
          {"Illegal: \"guid\"", "Illegal: \"?\"", "Illegal: \"?\"", "Illegal: \"?\""}},
-        {{"-gr\xC3\xB6\xC3\x9F" "e", "-h"}, {"Unknown: \"gr\xC3\xB6\xC3\x9F" "e\""}},
+        {{"-gr\xC3\xB6\xC3\x9F"
+          "e",
+          "-h"},
+         {"Unknown: \"gr\xC3\xB6\xC3\x9F"
+          "e\""}},
     };
     for (const Case& c : cases) {
         const RunResult r = RunCuratool(c.arguments, NoDisplay());

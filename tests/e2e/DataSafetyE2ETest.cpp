@@ -50,13 +50,12 @@ std::map<std::string, std::string> Snapshot(const std::string& folder, const std
     return files;
 }
 
-class DataSafety : public E2EGallery
-{
+class DataSafety : public E2EGallery {
 protected:
     RunResult Install(const std::string& source) const
     {
-        return Curatool({"--installall", "-configuration", m_collection, "-source", source, "-destination", m_gallery,
-                         "-verbose"});
+        return Curatool(
+            {"--installall", "-configuration", m_collection, "-source", source, "-destination", m_gallery, "-verbose"});
     }
 
     RunResult Uninstall() const { return Curatool({"--uninstall", "-configuration", m_collection}); }
@@ -198,8 +197,7 @@ TEST_F(DataSafety, ADamagedOrHostilePackageFailsWholeAndTheRepairedOneInstalls)
     auto hrefManifest = [&](const std::string& href) {
         return PackageManifestXml({"pkg.dog", "2.0", href, "", "Dog", "", {}});
     };
-    struct Case
-    {
+    struct Case {
         std::string what;
         std::vector<ziptest::RawEntry> entries;
     };
@@ -207,7 +205,8 @@ TEST_F(DataSafety, ADamagedOrHostilePackageFailsWholeAndTheRepairedOneInstalls)
         {"entry leaving the folder", {{"imsmanifest.xml", manifestOf}, {"../dog.png", "evil"}}},
         {"absolute entry", {{"imsmanifest.xml", manifestOf}, {"/tmp/dog.png", "evil"}}},
         {"crc error", {{"imsmanifest.xml", manifestOf}, {.name = "dog.png", .data = "dog.png at 2.0", .badCrc = true}}},
-        {"unsupported method", {{"imsmanifest.xml", manifestOf}, {.name = "dog.png", .data = "dog.png at 2.0", .method = 99}}},
+        {"unsupported method",
+         {{"imsmanifest.xml", manifestOf}, {.name = "dog.png", .data = "dog.png at 2.0", .method = 99}}},
         {"missing file", {{"imsmanifest.xml", manifestOf}}},
         {"writes the categories document",
          {{"imsmanifest.xml", hrefManifest("Uninstall/gallery_categories.xml")},
@@ -245,8 +244,8 @@ using ServedDataSafety = ServedGallery;
 
 TEST_F(ServedDataSafety, ACutCategoriesDocumentNeverReplacesTheStoredOne)
 {
-    const std::vector<std::string> install{"--installall", "-allowdownload", "-configuration", m_collection,
-                                           "-destination", m_gallery};
+    const std::vector<std::string> install{"--installall", "-allowdownload", "-configuration",
+                                           m_collection,   "-destination",   m_gallery};
     ASSERT_EQ(0, Curatool(install).exitCode);
     const std::string stored = ReadFile(m_gallery + "/Uninstall/gallery_categories.xml");
     // The server now gives half of a newer document, as a transfer cut short leaves it.
@@ -287,10 +286,10 @@ TEST_F(DataSafety, ASecondRunOnTheSameGalleryStopsWhileTheFirstHoldsIt)
         ASSERT_TRUE(other.TryLock(CZoltaFilePath(QString::fromStdString(m_gallery + "/Uninstall/.curatool.lock"))));
         const auto before = Snapshot(m_gallery);
         const RunResult r = Install(updated);
-        EXPECT_EQ((Outcome{1, "",
-                           "Another run is changing the gallery in " + m_gallery +
-                               "; try again when it has finished.\n"}),
-                  OutcomeOf(r));
+        EXPECT_EQ(
+            (Outcome{1, "",
+                     "Another run is changing the gallery in " + m_gallery + "; try again when it has finished.\n"}),
+            OutcomeOf(r));
         const RunResult u = Uninstall();
         EXPECT_EQ(1, u.exitCode);
         EXPECT_TRUE(IsRegistered());
@@ -346,9 +345,9 @@ TEST_F(DataSafety, TheNextRunRemovesWhatKilledRunsLeft)
     // A run killed for real leaves nothing the next one keeps.
     const std::string updated = m_base + "/updated";
     WriteSource(updated, {{"animals", "2.0"}});
-    BinaryProcess killed(CURATOOL_BINARY,
-                         {"--installall", "-configuration", m_collection, "-source", updated, "-destination", m_gallery},
-                         Options());
+    BinaryProcess killed(
+        CURATOOL_BINARY,
+        {"--installall", "-configuration", m_collection, "-source", updated, "-destination", m_gallery}, Options());
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
     killed.Kill(SIGKILL);
     killed.Wait();
@@ -358,8 +357,7 @@ TEST_F(DataSafety, TheNextRunRemovesWhatKilledRunsLeft)
 }
 
 // A small file system of its own, filled by the test: only root may mount one.
-class FullDisk : public DataSafety
-{
+class FullDisk : public DataSafety {
 protected:
     void SetUp() override
     {
@@ -419,13 +417,12 @@ protected:
 
 TEST_F(FullDisk, AFullDiskKeepsTheGalleryWholeSaysSoAndALaterRunCompletes)
 {
-    struct Case
-    {
+    struct Case {
         std::string what;
-        long long left;       // bytes free when the run starts
-        long long declared;   // disksize in the categories document
+        long long left;      // bytes free when the run starts
+        long long declared;  // disksize in the categories document
         int exitCode;
-        std::string said;     // on standard error (or in the progress lines)
+        std::string said;  // on standard error (or in the progress lines)
     };
     const std::vector<Case> cases{
         {"checked before the run", 1200 * 1024, 4 * 1024 * 1024, 1, "Not enough free space in " + m_gallery + ": "},

@@ -16,8 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class HostileSource : public ServedGallery
-{
+class HostileSource : public ServedGallery {
 protected:
     RunResult Download(std::vector<std::string> extra = {})
     {
@@ -66,8 +65,10 @@ TEST_F(HostileSource, TheSourceGivenIsTheServerAsked)
     fs::remove_all(m_base + "/copy");
     r = Download({"-source", dead});
     EXPECT_EQ(1, r.exitCode);
-    EXPECT_EQ("Failed: gallery_categories.xml: Connection refused (" + dead + "/gallery_categories.xml)\n"
-              "Could not read the list of categories of the source " + dead + "\n",
+    EXPECT_EQ("Failed: gallery_categories.xml: Connection refused (" + dead +
+                  "/gallery_categories.xml)\n"
+                  "Could not read the list of categories of the source " +
+                  dead + "\n",
               r.err);
     EXPECT_FALSE(Exists(m_base + "/copy/bell.zip"));
 }
@@ -78,15 +79,15 @@ TEST_F(HostileSource, TheSourceGivenIsTheServerAsked)
 TEST_F(HostileSource, EveryFailedFileSaysWhyAndTheRunCountsThem)
 {
     const std::string document = m_url + "/gallery_categories.xml";
-    struct Case
-    {
+    struct Case {
         const char* name;
         std::function<void()> spoil;
         std::vector<std::string> complaints;
     };
     const std::string noList = "Could not read the list of categories of the source " + m_url + "\n";
     const Case cases[] = {
-        {"missing package", [&] { fs::remove(m_source + "/cow.zip"); },
+        {"missing package",
+         [&] { fs::remove(m_source + "/cow.zip"); },
          {"Failed: cow.zip: HTTP status 404 (" + m_url + "/cow.zip)\n", "1 file failed.\n"}},
         {"cut document",
          [&] {
@@ -148,8 +149,8 @@ TEST_F(HostileSource, AServerThatAnswersWithAStatusIsNotCalledUnreachable)
 TEST_F(HostileSource, AnInstallNamesTheDocumentItCannotParseAndTheDamagedPackage)
 {
     ASSERT_TRUE(WriteFile(m_source + "/dog.zip", OverlappingArchive()));
-    RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination",
-                            m_gallery});
+    RunResult r =
+        Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination", m_gallery});
     EXPECT_EQ(0, r.exitCode) << "an install reports its preparation only";
     EXPECT_EQ("Failed: dog.zip: Damaged package: Damaged or not a zip file\n", r.err);
     EXPECT_TRUE(HasCategory(m_gallery, "maps"));
@@ -157,8 +158,8 @@ TEST_F(HostileSource, AnInstallNamesTheDocumentItCannotParseAndTheDamagedPackage
     EXPECT_TRUE(fs::is_empty(m_base + "/tmp"));
 
     ASSERT_TRUE(WriteFile(m_source + "/gallery_categories.xml", "<gallery><categories>"));
-    r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination",
-                  m_base + "/other"});
+    r = Curatool(
+        {"--installall", "-configuration", m_collection, "-source", m_source, "-destination", m_base + "/other"});
     EXPECT_EQ(1, r.exitCode);
     EXPECT_TRUE(StartsWith(r.err, "Cannot parse " + m_source + "/gallery_categories.xml: ")) << r.err;
 }

@@ -17,8 +17,7 @@ namespace {
 constexpr int kPackages = 40;
 
 // A source whose one category is large enough for a kill to land in the middle of its install.
-class InterruptedRun : public E2EGallery
-{
+class InterruptedRun : public E2EGallery {
 protected:
     void SetUp() override
     {
@@ -100,8 +99,8 @@ TEST_F(InterruptedRun, AKilledInstallLeavesAWholeManifestAndTheNextRunCompletesI
     EXPECT_FALSE(Exists(m_gallery + "/Uninstall/run_journal.txt"));
 
     // Nothing is left to do afterwards.
-    const RunResult again = Curatool({"--installall", "-configuration", m_collection, "-source", m_big,
-                                      "-destination", m_gallery, "-verbose"});
+    const RunResult again = Curatool(
+        {"--installall", "-configuration", m_collection, "-source", m_big, "-destination", m_gallery, "-verbose"});
     EXPECT_EQ("Reading:  \t[100%] gallery_categories.xml\nDone.\n", again.out);
 }
 

@@ -14,8 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class ParallelDownloads : public ServedGallery
-{
+class ParallelDownloads : public ServedGallery {
 protected:
     void SetConnections(int connections) const
     {

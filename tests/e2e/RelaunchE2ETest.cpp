@@ -35,8 +35,7 @@ RunOptions WithTool(const std::string& folder, const std::string& log)
 TEST(RelaunchE2E, WindowBasedRunStartsItselfAgainThroughTheToolAndEndsWithItsCode)
 {
     const std::string program = CuratoolProgram();
-    struct Case
-    {
+    struct Case {
         const char* tool;
         std::vector<std::string> arguments;
         std::vector<std::string> toolGot;
@@ -77,8 +76,7 @@ TEST(RelaunchE2E, TheRelaunchingParentDoesNotHoldTheInstanceLock)
 {
     // The tool runs the program once more while the parent waits for it; that child must get
     // through the lock.
-    const std::string script =
-        std::string("exec \"") + CURATOOL_BINARY + "\" --help\n";
+    const std::string script = std::string("exec \"") + CURATOOL_BINARY + "\" --help\n";
     RunOptions options;
     options.setEnvironment["PATH"] = ToolFolder("kdesu", script) + ":/usr/bin:/bin";
     const RunResult r = RunCuratool({"--uninstallall"}, options);

@@ -33,8 +33,7 @@ bool WaitForFile(const std::string& path)
     return Exists(path);
 }
 
-class SelfUpdateFlow : public E2EGallery
-{
+class SelfUpdateFlow : public E2EGallery {
 protected:
     void SetUp() override
     {
@@ -45,14 +44,19 @@ protected:
         m_published = MakeScratchDir("published");
         // Records its argument, then starts the updated program with it and records how that ended.
         m_record = MakeScratchDir("record") + "/";
-        m_installer = "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + m_record + "arguments'\n'" CURATOOL_BINARY
-                      "' \"$1\" -authorized > '" + m_record + "out' 2> '" + m_record + "err'\necho $? > '" +
-                      m_record + "code.part' && mv '" + m_record + "code.part' '" + m_record + "code'\n";
+        m_installer = "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + m_record +
+                      "arguments'\n'" CURATOOL_BINARY "' \"$1\" -authorized > '" + m_record + "out' 2> '" + m_record +
+                      "err'\necho $? > '" + m_record + "code.part' && mv '" + m_record + "code.part' '" + m_record +
+                      "code'\n";
         ASSERT_TRUE(WriteFile(m_published + "/setup.sh", m_installer));
         m_local = MakeScratchDir("share") + "/CuratoolId.xml";
         // The program was started for a console install; the restart is to carry that out.
-        m_context.rawArguments = QStringList{"--installall", "-configuration", QString::fromStdString(m_collection),
-                                             "-source", QString::fromStdString(m_source), "-destination",
+        m_context.rawArguments = QStringList{"--installall",
+                                             "-configuration",
+                                             QString::fromStdString(m_collection),
+                                             "-source",
+                                             QString::fromStdString(m_source),
+                                             "-destination",
                                              QString::fromStdString(m_gallery)};
         m_environment = CWorkFlow::MakeEnvironment(m_context, std::make_shared<CConfiguration>());
     }
@@ -61,11 +65,12 @@ protected:
     {
         const std::string url = HttpUrl(port, QStringLiteral("/")).toStdString();
         ASSERT_TRUE(WriteFile(m_local, "<Update><Product CurrentVersion=\"1.0.0.0\" RemoteVersionFile=\"update.xml\" "
-                                       "RemoteVersionFileURL=\"" + url + "\"/></Update>"));
+                                       "RemoteVersionFileURL=\"" +
+                                           url + "\"/></Update>"));
         ASSERT_TRUE(WriteFile(m_published + "/update.xml",
                               "<Update><Product UpdateVersion=\"1.1.0.0\" UpdateInstallFile=\"setup.sh\" "
-                              "UpdateArgument=\"--justupdated\" UpdateInstallURL=\"" + url + "\" " + remoteExtra +
-                                  "/></Update>"));
+                              "UpdateArgument=\"--justupdated\" UpdateInstallURL=\"" +
+                                  url + "\" " + remoteExtra + "/></Update>"));
     }
 
     bool Check()
@@ -115,8 +120,7 @@ TEST_F(SelfUpdateFlow, ADeclinedOrFailedUpdateStartsNothingAndKeepsNoArguments)
 {
     ServerProcess server;
     ASSERT_TRUE(server.StartStaticServer(QString::fromStdString(m_published)));
-    struct Case
-    {
+    struct Case {
         const char* name;
         QMessageBox::StandardButton answer;
         std::string remoteExtra;
@@ -125,7 +129,9 @@ TEST_F(SelfUpdateFlow, ADeclinedOrFailedUpdateStartsNothingAndKeepsNoArguments)
     const QString question = "There is an update for the application. Click OK to start.";
     const Case cases[] = {
         {"declined", QMessageBox::Cancel, "", {question}},
-        {"other bytes than the digest", QMessageBox::Ok, "UpdateInstallSHA256=\"" + Sha256Hex("other") + "\"",
+        {"other bytes than the digest",
+         QMessageBox::Ok,
+         "UpdateInstallSHA256=\"" + Sha256Hex("other") + "\"",
          {question, "Could not download the update for Curatool."}},
     };
     for (const Case& c : cases) {

@@ -22,8 +22,7 @@ using namespace curatool::test;
 const char kInstanceMessage[] = "Another instance of this application is running. Please use it instead.\n";
 
 // A pipe whose buffer is full, so that the next write to it blocks.
-struct FullPipe
-{
+struct FullPipe {
     int readEnd = -1;
     int writeEnd = -1;
 

@@ -33,7 +33,8 @@ const QString kProgramFolder = QFileInfo(QStringLiteral(CURATOOL_BINARY)).absolu
 std::string ShowError()
 {
     // The offscreen platform's own chatter is not the program's.
-    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    const QtMessageHandler previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     testing::internal::CaptureStderr();
     Output::Error(Output::eNoWritePermission, "/srv/g", true);
     const std::string err = testing::internal::GetCapturedStderr();

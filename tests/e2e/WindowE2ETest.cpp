@@ -38,8 +38,7 @@ bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 20000)
 }
 
 // The sample world, its source also served over loopback HTTP, and an X display of its own.
-class WindowE2E : public ServedGallery
-{
+class WindowE2E : public ServedGallery {
 protected:
     void SetUp() override
     {
@@ -53,7 +52,8 @@ protected:
                 m_display = ":" + std::to_string(number);
         ASSERT_FALSE(m_display.empty());
         m_xvfb = std::make_unique<BinaryProcess>(
-            kXvfb, std::vector<std::string>{m_display, "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"}, RunOptions{});
+            kXvfb, std::vector<std::string>{m_display, "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"},
+            RunOptions{});
         ASSERT_TRUE(m_xvfb->Started());
         const std::string socket = "/tmp/.X11-unix/X" + m_display.substr(1);
         ASSERT_TRUE(WaitFor([&] { return Exists(socket); })) << "Xvfb did not start on " << m_display;

@@ -12,8 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class DownloadFromHttp : public ServedGallery
-{
+class DownloadFromHttp : public ServedGallery {
 protected:
     void SetUp() override
     {
@@ -84,8 +83,8 @@ TEST_F(DownloadFromHttp, DownloadSomeTakesKnownAliasesAndComplainsInLowerCase)
     ExpectTidySource();
 
     // The partial copy installs what it holds.
-    r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_copy, "-destination", m_gallery, "-c",
-                  "maps"});
+    r = Curatool(
+        {"--installsome", "-configuration", m_collection, "-source", m_copy, "-destination", m_gallery, "-c", "maps"});
     EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_gallery, "maps"));
 
@@ -144,8 +143,8 @@ TEST_F(DownloadFromHttp, AHostileNameInTheDocumentWritesNothingOutsideTheCopy)
     EXPECT_FALSE(Exists(m_base + "/escaped.zip"));
     EXPECT_TRUE(HasPackagesOf("animals"));
 
-    const RunResult install = Curatool({"--installall", "-allowdownload", "-configuration", m_collection,
-                                        "-destination", m_gallery});
+    const RunResult install =
+        Curatool({"--installall", "-allowdownload", "-configuration", m_collection, "-destination", m_gallery});
     EXPECT_EQ((Outcome{0, CheckedThenDone(), refused}), OutcomeOf(install));
     EXPECT_FALSE(Exists(m_base + "/escaped.zip"));
     EXPECT_FALSE(Exists(m_base + "/tmp/escaped.zip"));
@@ -156,8 +155,7 @@ TEST_F(DownloadFromHttp, AHostileNameInTheDocumentWritesNothingOutsideTheCopy)
 
 namespace {
 
-class DownloadRefusals : public DownloadFromHttp, public ::testing::WithParamInterface<const char*>
-{
+class DownloadRefusals : public DownloadFromHttp, public ::testing::WithParamInterface<const char*> {
 protected:
     RunResult Run(std::vector<std::string> arguments)
     {

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-
 using namespace curatool::test;
 
 namespace {
@@ -13,13 +12,12 @@ namespace {
 const char kProxyUser[] = "curator";
 const char kProxyPassword[] = "s3cret";
 
-class InstallOverHttp : public ServedGallery
-{
+class InstallOverHttp : public ServedGallery {
 protected:
     RunResult InstallWithDownload(std::vector<std::string> extra = {})
     {
-        std::vector<std::string> arguments{"--installall", "-allowdownload", "-configuration", m_collection,
-                                           "-destination", m_gallery};
+        std::vector<std::string> arguments{"--installall", "-allowdownload", "-configuration",
+                                           m_collection,   "-destination",   m_gallery};
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         return Curatool(arguments);
     }
@@ -58,8 +56,8 @@ TEST_F(InstallOverHttp, AllowDownloadChecksTheDefaultSourceThenInstallsFromIt)
     EXPECT_EQ("8080", StoredProxyValue("HttpProxyPort"));
 
     m_gallery = m_base + "/some";
-    const RunResult some = Curatool({"--installsome", "-allowdownload", "-configuration", m_collection,
-                                     "-destination", m_gallery, "-c", "maps", "-c", "nope"});
+    const RunResult some = Curatool({"--installsome", "-allowdownload", "-configuration", m_collection, "-destination",
+                                     m_gallery, "-c", "maps", "-c", "nope"});
     EXPECT_EQ((Outcome{0, CheckedThenDone(), "Alias not found: nope\n"}), OutcomeOf(some));
     EXPECT_TRUE(HasCategory(m_gallery, "maps"));
     EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
@@ -120,8 +118,7 @@ TEST_F(InstallOverHttp, AUrlAsSourceIsNoSourceWithoutAllowDownload)
 
 namespace {
 
-class InstallThroughProxy : public InstallOverHttp
-{
+class InstallThroughProxy : public InstallOverHttp {
 protected:
     static void SetUpTestSuite()
     {
@@ -173,9 +170,9 @@ TEST_F(InstallThroughProxy, OverrideTakesTheWholeProxyTextAsHostWithoutPort)
     // host:port as one host name and port 0: the proxy cannot be reached that way.
     StoreProxy("127.0.0.1", ProxyPort());
     const std::string proxy = "127.0.0.1:" + std::to_string(ProxyPort());
-    ExpectCheckFailed(InstallWithDownload({"-overrideproxy", "-proxy", proxy, "-username", kProxyUser, "-password",
-                                           kProxyPassword}),
-                      m_url);
+    ExpectCheckFailed(
+        InstallWithDownload({"-overrideproxy", "-proxy", proxy, "-username", kProxyUser, "-password", kProxyPassword}),
+        m_url);
     EXPECT_EQ(std::to_string(ProxyPort()), StoredProxyValue("HttpProxyPort")) << "a failed check keeps the store";
 }
 

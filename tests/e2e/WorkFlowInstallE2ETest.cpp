@@ -42,13 +42,12 @@ std::vector<std::string> LocalPackageLines(const std::vector<std::string>& alias
     return lines;
 }
 
-class InstallFromFolder : public E2EGallery
-{
+class InstallFromFolder : public E2EGallery {
 protected:
     RunResult InstallAll(std::vector<std::string> extra = {})
     {
-        std::vector<std::string> arguments{"--installall", "-configuration", m_collection, "-source", m_source,
-                                           "-destination", m_gallery};
+        std::vector<std::string> arguments{"--installall", "-configuration", m_collection, "-source",
+                                           m_source,       "-destination",   m_gallery};
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         return Curatool(arguments);
     }
@@ -85,7 +84,8 @@ TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
         EXPECT_NE(std::string::npos, UpdateInfo().find(Recorded(category.alias, "1.0"))) << UpdateInfo();
     }
     EXPECT_TRUE(Exists(m_gallery + "/imsmanifest.xml"));
-    EXPECT_EQ(ReadFile(m_source + "/gallery_categories.xml"), ReadFile(m_gallery + "/Uninstall/gallery_categories.xml"));
+    EXPECT_EQ(ReadFile(m_source + "/gallery_categories.xml"),
+              ReadFile(m_gallery + "/Uninstall/gallery_categories.xml"));
 
     // The collection is kept in the configurations folder, and the entry points at it.
     const std::string stored = StoredConfigurationDirectory();
@@ -159,8 +159,8 @@ TEST_F(InstallFromFolder, AFailedPackageSaysWhyAndTheRunStillSucceeds)
 
 TEST_F(InstallFromFolder, InstallSomeTakesKnownAliasesAndComplainsOfTheOthers)
 {
-    const RunResult r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_source,
-                                  "-destination", m_gallery, "-c", "sounds", "-c", "b", "-c", "Animals"});
+    const RunResult r = Curatool({"--installsome", "-configuration", m_collection, "-source", m_source, "-destination",
+                                  m_gallery, "-c", "sounds", "-c", "b", "-c", "Animals"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("Done.\n", r.out);
     EXPECT_EQ("Alias not found: b\nAlias not found: Animals\n", r.err) << "aliases are case-sensitive";
@@ -212,8 +212,8 @@ TEST_F(InstallFromFolder, SourcesAreFoundWhereverTheDataMaySit)
     // The data in the gallery's own folder on a disc, its name in any case.
     const std::string shelf = m_base + "/shelf";
     WriteSource(shelf + "/zolta SAMPLE collection/Gallery Data Files");
-    RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", shelf, "-destination",
-                            m_base + "/from-shelf"});
+    RunResult r = Curatool(
+        {"--installall", "-configuration", m_collection, "-source", shelf, "-destination", m_base + "/from-shelf"});
     EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_base + "/from-shelf", "animals"));
 
@@ -253,8 +253,8 @@ TEST_F(InstallFromFolder, ACollectionFileInstallsLikeItsFolderAndLeavesNoTempora
     fs::create_directories(m_base + "/packed");
     ASSERT_TRUE(ZipAddDirectory(CZoltaDirectoryPath(m_collection.c_str()), CZoltaFilePath(packed.c_str())));
 
-    const RunResult r = Curatool({"--installall", "-configuration", packed, "-source", m_source, "-destination",
-                                  m_gallery, "-verbose"});
+    const RunResult r = Curatool(
+        {"--installall", "-configuration", packed, "-source", m_source, "-destination", m_gallery, "-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
     EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
@@ -278,8 +278,7 @@ TEST_F(InstallFromFolder, ACollectionFileInstallsLikeItsFolderAndLeavesNoTempora
 
 namespace {
 
-struct InstallMode
-{
+struct InstallMode {
     const char* action;
     const char* createFailure;    // followed by the path
     const char* noSourceFailure;  // a whole line
@@ -287,8 +286,7 @@ struct InstallMode
     friend void PrintTo(const InstallMode& mode, std::ostream* out) { *out << mode.action; }
 };
 
-class InstallRefusals : public InstallFromFolder, public ::testing::WithParamInterface<InstallMode>
-{
+class InstallRefusals : public InstallFromFolder, public ::testing::WithParamInterface<InstallMode> {
 protected:
     // The action with the collection and an alias that exists, plus `extra`.
     RunResult Run(const std::vector<std::string>& extra, bool withCollection = true)
@@ -361,7 +359,8 @@ TEST_P(InstallRefusals, WithoutSourceOrDownload)
     std::string document = ReadFile(m_source + "/gallery_categories.xml");
     document.replace(document.find(kGalleryGuid), std::string(kGalleryGuid).size(), "another-gallery");
     ASSERT_TRUE(WriteFile(m_source + "/gallery_categories.xml", document));
-    ExpectRefused(Run({"-source", m_source, "-destination", m_gallery}), std::string(GetParam().noSourceFailure) + "\n");
+    ExpectRefused(Run({"-source", m_source, "-destination", m_gallery}),
+                  std::string(GetParam().noSourceFailure) + "\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -370,6 +369,4 @@ INSTANTIATE_TEST_SUITE_P(
                                   "Gallery files not found on the source path, download is not allowed."},
                       InstallMode{"--installsome", "Could not create destination directory ",
                                   "-source not specified, -allowdownload not set"}),
-    [](const ::testing::TestParamInfo<InstallMode>& info) {
-        return std::string(info.param.action + 2);
-    });
+    [](const ::testing::TestParamInfo<InstallMode>& info) { return std::string(info.param.action + 2); });

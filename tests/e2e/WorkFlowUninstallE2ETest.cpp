@@ -12,13 +12,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class InstalledGallery : public E2EGallery
-{
+class InstalledGallery : public E2EGallery {
 protected:
     void Install()
     {
-        const RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source,
-                                      "-destination", m_gallery});
+        const RunResult r =
+            Curatool({"--installall", "-configuration", m_collection, "-source", m_source, "-destination", m_gallery});
         ASSERT_EQ(0, r.exitCode) << r.err;
         ASSERT_TRUE(IsRegistered());
     }
@@ -80,8 +79,8 @@ TEST_F(InstalledGallery, VerboseUninstallTellsEachRemovedPackage)
     // In category order, the overall share growing by one package of five each time.
     const char* titles[] = {"Animals", "Animals", "Maps", "Maps", "Sounds"};
     for (size_t i = 0; i < removals.size(); ++i)
-        EXPECT_TRUE(StartsWith(removals[i], "Uninstalling:  \t[" + std::to_string(20 * (i + 1)) + "%] (" +
-                                                titles[i] + ") "))
+        EXPECT_TRUE(
+            StartsWith(removals[i], "Uninstalling:  \t[" + std::to_string(20 * (i + 1)) + "%] (" + titles[i] + ") "))
             << removals[i];
     EXPECT_TRUE(EndsWith(r.out, "\nUninstall complete.\n")) << r.out;
     EXPECT_EQ(std::string::npos, r.out.find("Failed")) << r.out;
@@ -140,8 +139,9 @@ TEST_F(InstalledGallery, RegisterRefusals)
     ExpectNotLoaded(r);
     // Only a named collection that fails to load is a complaint; an unknown GUID names none, and
     // a bare register does nothing at all.
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--register", "-guid", kGalleryGuid},
-                                                      std::vector<std::string>{"--register"}}) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--register", "-guid", kGalleryGuid}, std::vector<std::string>{"--register"}})
+    {
         r = Curatool(arguments);
         EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
         EXPECT_FALSE(IsRegistered());
@@ -172,8 +172,8 @@ TEST_F(InstalledGallery, AnInstalledGalleryIsReachedByItsGuid)
 {
     Install();
     WriteSource(m_source, {{"sounds", "1.1"}});
-    const RunResult r = Curatool({"--installsome", "-guid", kGalleryGuid, "-source", m_source, "-destination",
-                                  m_gallery, "-c", "sounds"});
+    const RunResult r = Curatool(
+        {"--installsome", "-guid", kGalleryGuid, "-source", m_source, "-destination", m_gallery, "-c", "sounds"});
     EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_gallery, "sounds", "1.1"));
     EXPECT_TRUE(HasCategory(m_gallery, "animals", "1.0"));

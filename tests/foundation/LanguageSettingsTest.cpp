@@ -94,9 +94,15 @@ protected:
 TEST(LanguageOfLocale, OnlyEnglishPortugueseChineseAndHindiKeepTheirRegion)
 {
     // "eng_XX": only the first part counts, and "eng" is not English.
-    for (const auto& [locale, language] : std::vector<std::pair<const char*, const char*>>{
-             {"C", "en_CA"}, {"fr_CA", "fr"}, {"de_DE", "de"}, {"pt_BR", "pt_BR"}, {"zh_TW", "zh_TW"},
-             {"hi_IN", "hi_IN"}, {"en_US", "en_US"}, {"es", "es"}, {"eng_XX", "eng"}})
+    for (const auto& [locale, language] : std::vector<std::pair<const char*, const char*>>{{"C", "en_CA"},
+                                                                                           {"fr_CA", "fr"},
+                                                                                           {"de_DE", "de"},
+                                                                                           {"pt_BR", "pt_BR"},
+                                                                                           {"zh_TW", "zh_TW"},
+                                                                                           {"hi_IN", "hi_IN"},
+                                                                                           {"en_US", "en_US"},
+                                                                                           {"es", "es"},
+                                                                                           {"eng_XX", "eng"}})
         EXPECT_EQ(language, LanguageOfLocaleName(locale).toStdString()) << locale;
 }
 

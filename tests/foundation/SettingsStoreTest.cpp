@@ -18,8 +18,8 @@ namespace {
 
 using curatool::test::Exists;
 using curatool::test::MakeScratchDir;
-using curatool::test::U;
 using curatool::test::ReadFile;
+using curatool::test::U;
 using curatool::test::WriteFile;
 
 const bool kUser = true;
@@ -28,8 +28,7 @@ const CAtlString kStore(L"com.zoltaworks.Registry");
 
 std::string UserStoreFile()
 {
-    return std::string(std::getenv("XDG_CONFIG_HOME")) + "/" +
-           CSettingsStore::OrganizationName().toStdString() + "/" +
+    return std::string(std::getenv("XDG_CONFIG_HOME")) + "/" + CSettingsStore::OrganizationName().toStdString() + "/" +
            CSettingsStore::ApplicationName().toStdString() + ".conf";
 }
 
@@ -63,8 +62,7 @@ protected:
 TEST(SettingsStorePaths, SectionsAreMappedToSlashedGroupsWithoutOuterSlashes)
 {
     EXPECT_EQ("Software/ZOLTA Technologies Inc./Gallery/TeamContent/{G}",
-              CSettingsStore::MapSection("Software\\ZOLTA Technologies Inc.\\Gallery\\TeamContent\\{G}")
-                  .toStdString());
+              CSettingsStore::MapSection("Software\\ZOLTA Technologies Inc.\\Gallery\\TeamContent\\{G}").toStdString());
     EXPECT_EQ("a/b", CSettingsStore::MapSection("\\\\a\\b\\/").toStdString());
     EXPECT_EQ("a/b/Key", CSettingsStore::MapKey("/a/b/", "Key").toStdString());
     EXPECT_EQ("", CSettingsStore::MapSection("\\/").toStdString());
@@ -95,7 +93,8 @@ TEST_F(SettingsStoreTest, ValuesRoundTripUnderEitherSeparatorWithNonAsciiTextAnd
     ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"AppPath", text, kStore));
     ASSERT_EQ(0, CSettingsStore::WriteInt(kUser, slashed, L"Number", -12345, kStore));
     int status = -1;
-    EXPECT_EQ(text.ToQString(), CSettingsStore::ReadString(kUser, slashed, L"AppPath", L"", &status, kStore).ToQString());
+    EXPECT_EQ(text.ToQString(),
+              CSettingsStore::ReadString(kUser, slashed, L"AppPath", L"", &status, kStore).ToQString());
     EXPECT_EQ(0, status);
     EXPECT_EQ(-12345, CSettingsStore::ReadInt(kUser, section, L"Number", 0, &status, kStore));
     EXPECT_EQ(0, status);
@@ -146,8 +145,8 @@ TEST_F(SettingsStoreTest, StringArraysUseCountAndDecimalIndicesAndReadingSkipsGa
     EXPECT_EQ(0, CSettingsStore::ReadStringArray(kUser, section, read));
     EXPECT_TRUE(read.isEmpty());
 
-    const QStringList arguments = {"--installsome", "-configuration", QString::fromUtf8("/médias/Ünïcode dir"),
-                                   "", "-verbose"};
+    const QStringList arguments = {"--installsome", "-configuration", QString::fromUtf8("/médias/Ünïcode dir"), "",
+                                   "-verbose"};
     ASSERT_EQ(0, CSettingsStore::WriteStringArray(kUser, section, arguments, kStore));
     EXPECT_EQ(5, CSettingsStore::ReadInt(kUser, section, L"count", 0));
     EXPECT_EQ("-verbose", U(CSettingsStore::ReadString(kUser, section, L"4", L"")));

@@ -52,10 +52,11 @@ std::string BufferBytes(IStreamOnBuffer* buffer)
 
 // ---- holders ----
 
-class CountedObject : public IUnknown
-{
+class CountedObject : public IUnknown {
 public:
-    explicit CountedObject(bool* deleted) : m_deleted(deleted) {}
+    explicit CountedObject(bool* deleted)
+        : m_deleted(deleted)
+    {}
     HRESULT QueryInterface(REFIID, void**) override { return E_NOTIMPL; }
     std::uint32_t AddRef() override { return ++refs; }
     std::uint32_t Release() override
@@ -177,8 +178,7 @@ TEST(FileStreamTest, ReadsSeeksAndGivesFalseAndZeroCountAtTheEnd)
 
 TEST(StreamPatchTest, WriteBytesAddsSizeModuloFourZeroBytes)
 {
-    struct Case
-    {
+    struct Case {
         std::uint32_t size;
         std::size_t written;
     };
@@ -257,8 +257,7 @@ TEST(StreamPatchTest, HelpersWithoutAStreamOrWithoutData)
 
 // ---- compressed file stream ----
 
-class CompressedStreamTest : public testing::Test
-{
+class CompressedStreamTest : public testing::Test {
 protected:
     void SetUp() override
     {

@@ -69,9 +69,10 @@ TEST(QThreadWithLoopTest, RunsTheWorkInsideItsOwnThreadsEventLoopWhileTheCallerP
     QObject mainObject;
     std::atomic<bool> handled{false};
     EXPECT_EQ(0, QThreadWithLoop::RunOnThread([&] {
-        QMetaObject::invokeMethod(&mainObject, [&] { handled = true; }, Qt::QueuedConnection);
-        return WaitForFlag(handled) ? 0 : 1;
-    }));
+                  QMetaObject::invokeMethod(
+                      &mainObject, [&] { handled = true; }, Qt::QueuedConnection);
+                  return WaitForFlag(handled) ? 0 : 1;
+              }));
 
     // No work at all gives one.
     EXPECT_EQ(1, QThreadWithLoop::RunOnThread({}));
@@ -87,7 +88,8 @@ TEST(WaitWithQtEventsTest, PumpsEventsOnlyWhileTheConditionHolds)
 {
     bool ran = false;
     QObject context;
-    QMetaObject::invokeMethod(&context, [&] { ran = true; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &context, [&] { ran = true; }, Qt::QueuedConnection);
     int looks = 0;
     WaitWithQtEvents([&] { return ++looks, false; }).Wait();
     EXPECT_EQ(1, looks);
@@ -116,7 +118,8 @@ TEST(WaitWithQtEventsTest, SeesAChangeWithoutAnyEventAndDoesNotSpin)
         // Should the wait never look again by itself, wake it so that the test fails, not hangs.
         if (!WaitForFlag(returned)) {
             neededRescue = true;
-            QMetaObject::invokeMethod(&mainObject, [] {}, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                &mainObject, [] {}, Qt::QueuedConnection);
         }
     });
     WaitWithQtEvents([&] {
@@ -207,8 +210,7 @@ TEST(QtEventLoopWorkaroundTest, ProgressRaisesTheIdleBudget)
 
 // ---- CQtGalleryThreadBase ----
 
-class RecordingObserver : public IGalleryThreadObserver
-{
+class RecordingObserver : public IGalleryThreadObserver {
 public:
     void OnThreadFinished(CQtGalleryThreadBase* thread) override
     {
@@ -221,10 +223,11 @@ public:
     int calls = 0;
 };
 
-class TestWorker : public CQtGalleryThreadBase
-{
+class TestWorker : public CQtGalleryThreadBase {
 public:
-    explicit TestWorker(std::function<int(TestWorker&)> body) : m_body(std::move(body)) {}
+    explicit TestWorker(std::function<int(TestWorker&)> body)
+        : m_body(std::move(body))
+    {}
     ~TestWorker() override
     {
         Cancel();

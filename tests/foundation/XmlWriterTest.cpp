@@ -33,8 +33,7 @@ std::string Written(const std::function<void(IZOLTAXMLWriter*)>& build)
 }
 
 // A stream that keeps every write apart, to see how the writer cuts its output.
-class RecordingStream : public CZoltaStreamBase<IStream>
-{
+class RecordingStream : public CZoltaStreamBase<IStream> {
 public:
     HRESULT Read(void*, std::uint32_t, std::uint32_t*) override { return E_NOTIMPL; }
     HRESULT Write(const void* data, std::uint32_t size, std::uint32_t* outWritten) override
@@ -51,10 +50,11 @@ public:
     bool failWrites = false;
 };
 
-class WriterOn : public CMyWriter
-{
+class WriterOn : public CMyWriter {
 public:
-    explicit WriterOn(IStream* stream) : CMyWriter(CComPtr<IStream>(stream)) {}
+    explicit WriterOn(IStream* stream)
+        : CMyWriter(CComPtr<IStream>(stream))
+    {}
     HRESULT GetResult(CAtlStringA*) override { return S_OK; }
 };
 
@@ -212,7 +212,8 @@ TEST(XmlWriterTest, CompressedFileWriterStoresZlibData)
 
 TEST(XmlWriterTest, TypedHelpersFormatTheirValues)
 {
-    EXPECT_EQ("<e f=\"3.14\" g=\"-1.50\" h=\"2.00\" i=\"-42\" c=\"#0a0bff\" n=\"none\" d=\"data:;base64,aGVsbG8=\" z=\"data:;base64,\"/>",
+    EXPECT_EQ("<e f=\"3.14\" g=\"-1.50\" h=\"2.00\" i=\"-42\" c=\"#0a0bff\" n=\"none\" d=\"data:;base64,aGVsbG8=\" "
+              "z=\"data:;base64,\"/>",
               Written([](IZOLTAXMLWriter* w) {
                   w->StartElement("e");
                   EXPECT_EQ(S_OK, AddAttributeFloat(w, "f", 3.14159));

@@ -20,10 +20,10 @@
 namespace {
 
 using curatool::test::Exists;
-using curatool::test::U;
-using curatool::test::W;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
+using curatool::test::U;
+using curatool::test::W;
 using curatool::test::WriteFile;
 
 template <typename Path>
@@ -217,8 +217,8 @@ std::vector<std::string> ReaddirOrder(const std::string& folder)
 TEST(ZoltaPathListing, PatternRespectsCaseAndHiddenNamesAreSkipped)
 {
     const std::string root = MakeScratchDir("listing");
-    for (const char* name : {"IMSMANIFEST.XML", "imsmanifest.xml", "imsmanifest_temp.xml", ".imsmanifest.xml",
-                             "notes.txt"})
+    for (const char* name :
+         {"IMSMANIFEST.XML", "imsmanifest.xml", "imsmanifest_temp.xml", ".imsmanifest.xml", "notes.txt"})
         ASSERT_TRUE(WriteFile(root + "/" + name, "x"));
     ASSERT_TRUE(QDir().mkpath(QString::fromStdString(root + "/imsmanifest-folder.xml")));
 
@@ -257,8 +257,8 @@ TEST(ZoltaPathListing, ResultsFollowReaddirAndAppendToWhatIsThere)
 TEST(ZoltaPathListing, RecursiveListingFindsEveryVisibleFileAndSurvivesLinkLoops)
 {
     const std::string root = MakeScratchDir("recursive");
-    for (const char* name : {"top.txt", "a/one.txt", "a/b/two.txt", "a/b/c/three.bin", ".hidden/secret.txt",
-                             "a/.dot.txt"})
+    for (const char* name :
+         {"top.txt", "a/one.txt", "a/b/two.txt", "a/b/c/three.bin", ".hidden/secret.txt", "a/.dot.txt"})
         ASSERT_TRUE(WriteFile(root + "/" + name, "x"));
     ASSERT_EQ(0, symlink("..", (root + "/a/b/up").c_str()));
 

@@ -12,8 +12,7 @@ using curatool::test::MakeScratchDir;
 
 TEST(ManifestImageArena, BareAndTextRichTreesBothComeBackWhole)
 {
-    const struct
-    {
+    const struct {
         const char* name;
         bool texts;  // without any, the objects need several times the file's size
     } shapes[] = {{"bare", false}, {"texts", true}};

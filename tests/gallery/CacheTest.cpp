@@ -72,8 +72,8 @@ void PutWord(std::string& bytes, std::size_t offset, std::uint32_t value)
 // Recomputes the CRC, so that a crafted file reaches the fix-up walk.
 void Reseal(std::string& bytes)
 {
-    PutWord(bytes, 64, static_cast<std::uint32_t>(
-                           crc32(0, reinterpret_cast<const Bytef*>(bytes.data()) + 68, bytes.size() - 68)));
+    PutWord(bytes, 64,
+            static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(bytes.data()) + 68, bytes.size() - 68)));
 }
 
 HRESULT ReadBytes(CGalleryManifest& manifest, const std::string& bytes)
@@ -194,7 +194,8 @@ TEST(ManifestImage, DamagedOrShortFilesFailBeforeAnyOffsetIsUsed)
     badMagic[3] = 'x';
     EXPECT_EQ(ReadBytes(tree, badMagic), static_cast<HRESULT>(0x80004005));
     for (std::size_t length : {std::size_t{0}, std::size_t{63}, std::size_t{67}, std::size_t{68}, std::size_t{100},
-                               bytes.size() / 2, bytes.size() - 1}) {
+                               bytes.size() / 2, bytes.size() - 1})
+    {
         EXPECT_LT(ReadBytes(tree, bytes.substr(0, length)), 0) << length;
         const std::string path = folder + "/short.cache";
         ASSERT_TRUE(WriteFile(path, bytes.substr(0, length)));
@@ -275,8 +276,7 @@ TEST(ManifestImage, HostileOffsetsWithAValidCrcNeverCrash)
 
 // ---- The cache of an XML manifest ----
 
-class ManifestCacheTest : public ::testing::Test
-{
+class ManifestCacheTest : public ::testing::Test {
 protected:
     void SetUp() override
     {

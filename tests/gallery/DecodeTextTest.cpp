@@ -25,8 +25,7 @@ std::string DecodeBytes(const std::string& raw, bool* ok = nullptr)
     return out;
 }
 
-struct DecodeCase
-{
+struct DecodeCase {
     const char* raw;
     const wchar_t* expected;
 };

@@ -50,8 +50,7 @@ bool Contains(const std::vector<std::string>& list, const std::string& value)
 }
 
 // Each case starts as a first start: a home of its own, no gallery settings.
-class GalleryInitializeTest : public ::testing::Test
-{
+class GalleryInitializeTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -231,9 +230,9 @@ TEST_F(GalleryInitializeTest, AnOldMyContentFolderIsImportedOnceIntoTheRootCateg
     ASSERT_TRUE(curatool::test::WriteFile(old + "/frog.galleryitem", "frog"));
     ASSERT_TRUE(curatool::test::WriteFile(old + "/sub/owl.galleryitem", "owl"));
     ASSERT_TRUE(curatool::test::WriteFile(old + "/lesson.doc", "not an item"));
-    ASSERT_TRUE(curatool::test::WriteFile(old + "/cat/catalogue.xml",
-                                          "<content><items><record><name>Pond</name><file>pond.png</file></record>"
-                                          "<record><name>Gone</name><file>absent.png</file></record></items></content>"));
+    ASSERT_TRUE(curatool::test::WriteFile(
+        old + "/cat/catalogue.xml", "<content><items><record><name>Pond</name><file>pond.png</file></record>"
+                                    "<record><name>Gone</name><file>absent.png</file></record></items></content>"));
     ASSERT_TRUE(curatool::test::WriteFile(old + "/cat/pond.png", "pond"));
 
     const auto importOnce = [&] {

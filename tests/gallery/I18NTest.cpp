@@ -10,20 +10,21 @@ using curatool::test::WriteFile;
 
 namespace {
 
-const char kCatalogue[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<i18n xmlns=\"urn:gallery\" language=\"de\">\n"
-    "<manifest id=\"urn:other\" languagestringversion=\"9\"><item id=\"urn:cat:animals\"><title>Falsch</title></item></manifest>\n"
-    "<manifest id=\"URN:GALLERY:Sample\" languagestringversion=\"2.0\">\n"
-    "<item id=\"URN:CAT:ANIMALS\"><title>Tiere</title><keyword>Zoo</keyword><keyword>Fell &amp; Federn</keyword></item>\n"
-    "<item id=\"urn:a:lion\"><title>L&#xC3;&#xB6;we</title></item>\n"
-    "<item id=\"urn:a:lion\"><title>Zweiter</title></item>\n"
-    "<item id=\"urn:a:x\"><title>Y</title></item>\n"
-    "<item id=\"urn:org:main\"><title>Organisation</title></item>\n"
-    "<item id=\"urn:nowhere\"><title>Niemand</title></item>\n"
-    "</manifest>\n"
-    "<title>outside any item</title>\n"
-    "</i18n>\n";
+const char kCatalogue[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                          "<i18n xmlns=\"urn:gallery\" language=\"de\">\n"
+                          "<manifest id=\"urn:other\" languagestringversion=\"9\"><item "
+                          "id=\"urn:cat:animals\"><title>Falsch</title></item></manifest>\n"
+                          "<manifest id=\"URN:GALLERY:Sample\" languagestringversion=\"2.0\">\n"
+                          "<item id=\"URN:CAT:ANIMALS\"><title>Tiere</title><keyword>Zoo</keyword><keyword>Fell &amp; "
+                          "Federn</keyword></item>\n"
+                          "<item id=\"urn:a:lion\"><title>L&#xC3;&#xB6;we</title></item>\n"
+                          "<item id=\"urn:a:lion\"><title>Zweiter</title></item>\n"
+                          "<item id=\"urn:a:x\"><title>Y</title></item>\n"
+                          "<item id=\"urn:org:main\"><title>Organisation</title></item>\n"
+                          "<item id=\"urn:nowhere\"><title>Niemand</title></item>\n"
+                          "</manifest>\n"
+                          "<title>outside any item</title>\n"
+                          "</i18n>\n";
 
 void BuildTree(CGalleryManifest& manifest)
 {

@@ -31,7 +31,8 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
         return nullptr;
     try {
         return ::operator new[](size);
-    } catch (...) {
+    }
+    catch (...) {
         return nullptr;
     }
 }
@@ -63,7 +64,6 @@ TEST(IgnoredResultsTest, MyContentIsSavedWholeOrNotAtAll)
     }
     qputenv("HOME", oldHome);
 }
-
 
 // An old My Content item is imported whole, at the latest by the start after a failed one.
 TEST(IgnoredResultsTest, AnOldItemIsImportedWholeOnceWhateverAllocationFails)

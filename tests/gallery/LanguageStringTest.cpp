@@ -16,8 +16,7 @@ namespace {
 using Pairs = std::vector<std::pair<std::wstring, std::wstring>>;
 
 // A block on the stack, freed with the fixture.
-class BlockTest : public ::testing::Test
-{
+class BlockTest : public ::testing::Test {
 protected:
     void TearDown() override
     {
@@ -102,17 +101,24 @@ TEST_F(BlockTest, CopiesAreIndependentAndHeapBlocksAreCreatedOnce)
 
 TEST(MatchLanguage, LevelsOverTheShorterSubtagsAndBlankGivesZero)
 {
-    const struct
-    {
+    const struct {
         const wchar_t* a;
         const wchar_t* b;
         int level;
     } cases[] = {
-        {L"zh-CN", L"zh_TW", 1}, {L"zh", L"zh-TW", 2}, {L"zh-TW", L"zh", 2}, {L"EN", L"en", 3},
-        {L"en-ca", L"en_CA", 3}, {L"de", L"en", 0},
+        {L"zh-CN", L"zh_TW", 1},
+        {L"zh", L"zh-TW", 2},
+        {L"zh-TW", L"zh", 2},
+        {L"EN", L"en", 3},
+        {L"en-ca", L"en_CA", 3},
+        {L"de", L"en", 0},
         // Subtags compare over the shorter length; any further subtag meeting any other counts.
-        {L"e", L"en", 3}, {L"en-C", L"en-CA", 3}, {L"zh-Hant-TW", L"zh-TW", 3},
-        {nullptr, L"en", 0}, {L"en", L"", 0}, {L"\xFFFE", L"\xFFFE", 0},
+        {L"e", L"en", 3},
+        {L"en-C", L"en-CA", 3},
+        {L"zh-Hant-TW", L"zh-TW", 3},
+        {nullptr, L"en", 0},
+        {L"en", L"", 0},
+        {L"\xFFFE", L"\xFFFE", 0},
     };
     for (const auto& c : cases)
         EXPECT_EQ(MatchLanguage(c.a, c.b), c.level) << (c.a ? c.a : L"(null)") << " / " << c.b;
@@ -168,19 +174,24 @@ TEST_F(BlockTest, LookupWithBlankLanguageUsesTheCurrentLanguage)
 // drops every region; other regions of the same language stay.
 TEST_F(BlockTest, ReplaceLanguageKeepsOrDropsRegionsByTheLanguage)
 {
-    const struct
-    {
+    const struct {
         Pairs before;
         const wchar_t* language;
         std::vector<CAtlString> texts;
         Pairs after;
     } cases[] = {
-        {{{L"en", L"Dog"}, {L"zh", L"gou"}}, L"zh-CN", {CAtlString(L"new")},
+        {{{L"en", L"Dog"}, {L"zh", L"gou"}},
+         L"zh-CN",
+         {CAtlString(L"new")},
          {{L"en", L"Dog"}, {L"zh-TW", L"gou"}, {L"zh-CN", L"new"}}},
         {{{L"pt", L"cao"}}, L"pt_BR", {CAtlString(L"novo")}, {{L"pt-PT", L"cao"}, {L"pt_BR", L"novo"}}},
-        {{{L"zh", L"a"}, {L"zh-TW", L"b"}, {L"en", L"c"}}, L"zh", {CAtlString(L"x"), CAtlString(L"y")},
+        {{{L"zh", L"a"}, {L"zh-TW", L"b"}, {L"en", L"c"}},
+         L"zh",
+         {CAtlString(L"x"), CAtlString(L"y")},
          {{L"en", L"c"}, {L"zh", L"x"}, {L"zh", L"y"}}},
-        {{{L"fr-FR", L"a"}, {L"fr-CA", L"b"}, {L"fr", L"c"}}, L"fr-CA", {CAtlString(L"x")},
+        {{{L"fr-FR", L"a"}, {L"fr-CA", L"b"}, {L"fr", L"c"}},
+         L"fr-CA",
+         {CAtlString(L"x")},
          {{L"fr-FR", L"a"}, {L"fr-CA", L"x"}}},
     };
     for (const auto& c : cases) {

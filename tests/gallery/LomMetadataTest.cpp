@@ -24,8 +24,7 @@ using manifest_test::DumpMetadata;
 
 const std::string kBlank = "\xEF\xBF\xBE";
 
-struct MetadataDeleter
-{
+struct MetadataDeleter {
     void operator()(CGalleryMetadata* metadata) const { CGalleryMetadata::Destroy(metadata); }
 };
 using MetadataPtr = std::unique_ptr<CGalleryMetadata, MetadataDeleter>;
@@ -112,7 +111,8 @@ TEST(LomMetadataWriteTest, EmptyRecordWritesTheWholeTemplateWithBlanks)
     EXPECT_NE(nullptr, lom->Attribute("xmlns:zoltagallery"));
 
     EXPECT_EQ("URI", TextAt(lom, {"lom:metaMetadata", "lom:identifier", "lom:catalog"}));
-    EXPECT_NE(std::string::npos, TextAt(lom, {"lom:metaMetadata", "lom:identifier", "lom:entry"}).find("/metadata/MDO_01"));
+    EXPECT_NE(std::string::npos,
+              TextAt(lom, {"lom:metaMetadata", "lom:identifier", "lom:entry"}).find("/metadata/MDO_01"));
     EXPECT_EQ(2, CountChildren(Walk(lom, {"lom:metaMetadata"}), "lom:metadataSchema"));
     EXPECT_EQ("URI", TextAt(lom, {"lom:general", "lom:identifier", "lom:category"}));
     EXPECT_EQ(kBlank, TextAt(lom, {"lom:general", "lom:identifier", "lom:entry"}));
@@ -170,7 +170,8 @@ TEST(LomMetadataWriteTest, CreationDateAndRawVersion)
     metadata->m_creationTime = static_cast<std::uint32_t>(ParseDate(CAtlString(L"2006-11-27T08:09:10")));
     EXPECT_EQ(S_OK, metadata->SetVersion(L"1<2"));
     const std::string xml = WriteToString(*metadata, true);
-    EXPECT_NE(std::string::npos, xml.find("<zoltagallery:creationdate>2006-11-27T08:09:10</zoltagallery:creationdate>"));
+    EXPECT_NE(std::string::npos,
+              xml.find("<zoltagallery:creationdate>2006-11-27T08:09:10</zoltagallery:creationdate>"));
     // The version goes out without escaping.
     EXPECT_NE(std::string::npos, xml.find("<lom:string language=\"en\">1<2</lom:string></lom:version>")) << xml;
 }
@@ -221,14 +222,14 @@ TEST(LomMetadataFileTest, ExistingFileIsUpdatedInPlaceKeepingUnknownElements)
     const std::string folder = curatool::test::MakeScratchDir("lom-update");
     const std::string path = folder + "/item.xml";
     ASSERT_TRUE(curatool::test::WriteFile(
-        path,
-        "<?xml version=\"1.0\"?><lom:lom><lom:general><lom:identifier><lom:entry>old</lom:entry></lom:identifier>"
-        "<lom:title><lom:string language=\"en\">Old</lom:string><lom:string language=\"fr\">Vieux</lom:string></lom:title>"
-        "<lom:keyword><lom:string language=\"en\">k1</lom:string></lom:keyword>"
-        "<lom:keyword><lom:string language=\"en\">k2</lom:string></lom:keyword>"
-        "<zoltagallery:sortoverride><lom:string language=\"en\">zz</lom:string></zoltagallery:sortoverride>"
-        "<custom:note>keep me</custom:note></lom:general>"
-        "<lom:technical><lom:format>image/png</lom:format></lom:technical></lom:lom>"));
+        path, "<?xml version=\"1.0\"?><lom:lom><lom:general><lom:identifier><lom:entry>old</lom:entry></lom:identifier>"
+              "<lom:title><lom:string language=\"en\">Old</lom:string><lom:string "
+              "language=\"fr\">Vieux</lom:string></lom:title>"
+              "<lom:keyword><lom:string language=\"en\">k1</lom:string></lom:keyword>"
+              "<lom:keyword><lom:string language=\"en\">k2</lom:string></lom:keyword>"
+              "<zoltagallery:sortoverride><lom:string language=\"en\">zz</lom:string></zoltagallery:sortoverride>"
+              "<custom:note>keep me</custom:note></lom:general>"
+              "<lom:technical><lom:format>image/png</lom:format></lom:technical></lom:lom>"));
     const MetadataPtr metadata = NewMetadata();
     EXPECT_EQ(S_OK, metadata->SetIdentifier(L"new"));
     EXPECT_EQ(S_OK, metadata->m_titles->Add(L"de", L"Neu"));

@@ -40,8 +40,7 @@ void BuildSample(CGalleryManifest& manifest)
     AddActivity(AddCategory(maps, L"urn:cat:europe", L"Europe"), L"urn:act:france", L"france.svg", L"France");
 }
 
-class RecordingObserver : public IGalleryManifestOpenObserver
-{
+class RecordingObserver : public IGalleryManifestOpenObserver {
 public:
     HRESULT OnManifestProgress(float fraction) override
     {
@@ -56,7 +55,8 @@ std::string Xml(const std::string& organizations, const std::string& resources)
 {
     return "<?xml version=\"1.0\"?><manifest identifier=\"id1\"><metadata><lom:lom><lom:general><lom:identifier>"
            "<lom:entry>urn:m</lom:entry></lom:identifier></lom:general></lom:lom></metadata>"
-           "<organizations>" + organizations + "</organizations><resources>" + resources + "</resources></manifest>";
+           "<organizations>" +
+           organizations + "</organizations><resources>" + resources + "</resources></manifest>";
 }
 
 const std::string kOneActivity =
@@ -87,8 +87,12 @@ TEST(ManifestRoundTripTest, TreeToXmlToTreeToXmlIsStable)
     EXPECT_EQ(U(reread.GetPath()), path);
     const CGalleryFolder* cats = reread.GetOrganizations()->GetAt(0)->m_items->GetAt(0)->m_children->GetAt(0);
     const CGalleryActivity* lion = cats->m_activities->GetAt(0);
-    EXPECT_EQ("href=lion.png " + DumpMetadata(*original.GetOrganizations()->GetAt(0)->m_items->GetAt(0)
-                                                   ->m_children->GetAt(0)->m_activities->GetAt(0)->m_metadata),
+    EXPECT_EQ("href=lion.png " + DumpMetadata(*original.GetOrganizations()
+                                                   ->GetAt(0)
+                                                   ->m_items->GetAt(0)
+                                                   ->m_children->GetAt(0)
+                                                   ->m_activities->GetAt(0)
+                                                   ->m_metadata),
               "href=" + U(lion->m_href) + " " + DumpMetadata(*lion->m_metadata));
     EXPECT_TRUE(reread.GetOrganizations()->GetAt(1)->m_readOnly);
 
@@ -152,10 +156,12 @@ TEST(ManifestReadTest, StructuralFaultsFailTheOpen)
         Xml(kOneActivity, "<resource identifier=\"other\" href=\"x\"/>"),
         // an item without identifier and without lom:entry
         Xml("<organization identifier=\"o1\"><item identifier=\"\"><title>Cat</title><metadata/></item>"
-            "<metadata/></organization>", ""),
+            "<metadata/></organization>",
+            ""),
         // an activity outside any category
         Xml("<organization identifier=\"o1\"><item identifier=\"a\" identifierref=\"r\"><metadata/></item>"
-            "<metadata/></organization>", ""),
+            "<metadata/></organization>",
+            ""),
         Xml("<organization identifier=\"o\"><organization identifier=\"p\"></organization></organization>", ""),
         "<manifest><organizations>",
     };
@@ -301,7 +307,8 @@ TEST(ManifestContainerTest, HostileHrefNeverLeavesTheTargetFolder)
     const std::string root = MakeScratchDir("hostile-save");
     ASSERT_TRUE(WriteFile(root + "/victim.txt", "ORIGINAL"));
     ASSERT_TRUE(WriteFile(root + "/source/victim.txt", "EVIL"));
-    for (const std::wstring& href : {std::wstring(L"../victim.txt"), std::wstring(W(root + "/victim.txt").GetString())}) {
+    for (const std::wstring& href : {std::wstring(L"../victim.txt"), std::wstring(W(root + "/victim.txt").GetString())})
+    {
         CGalleryManifest manifest;
         EXPECT_EQ(S_OK, manifest.SetPath(W(root + "/source/imsmanifest.xml").GetString()));
         CGalleryOrganization* organization = AddOrganization(manifest, L"o", L"Org");

@@ -126,7 +126,8 @@ inline void DumpFolder(const CGalleryFolder& folder, const std::string& indent, 
 // The whole tree as text, back references checked on the way.
 inline std::string Dump(const CGalleryManifest& manifest)
 {
-    std::string out = "manifest " + DumpMetadata(*manifest.m_metadata) + " sv=" + DumpBlock(manifest.m_stringVersions) + "\n";
+    std::string out =
+        "manifest " + DumpMetadata(*manifest.m_metadata) + " sv=" + DumpBlock(manifest.m_stringVersions) + "\n";
     const CGalleryOrganizationList& organizations = *manifest.GetOrganizations();
     for (std::uint32_t o = 0; o < organizations.GetCount(); ++o) {
         const CGalleryOrganization* organization = organizations.GetAt(o);

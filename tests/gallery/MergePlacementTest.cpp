@@ -33,15 +33,15 @@ std::string WritePackage(const std::string& name, const std::vector<std::wstring
     for (const std::wstring& href : hrefs) {
         AddActivity(category, W("urn:a:" + name + std::to_string(n++)).GetString(), href.c_str(), L"Item");
         EXPECT_TRUE(WriteFile(folder + "/" + N(href.c_str()), N(href.c_str())));
-        fs::last_write_time(folder + "/" + N(href.c_str()), fs::file_time_type::clock::now() - std::chrono::hours(24 * 365));
+        fs::last_write_time(folder + "/" + N(href.c_str()),
+                            fs::file_time_type::clock::now() - std::chrono::hours(24 * 365));
     }
     EXPECT_EQ(S_OK, CGalleryManifestIO::Save(manifest, W(folder + "/imsmanifest.xml").GetString(), false));
     EXPECT_TRUE(ZipAddDirectory(CZoltaDirectoryPath(W(folder)), CZoltaFilePath(W(folder + ".zip"))));
     return folder;
 }
 
-class MergePlacementTest : public ::testing::Test
-{
+class MergePlacementTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -130,8 +130,7 @@ TEST(PathInsideTest, NamesDecideUnlessALinkOrADotStandsBetween)
     fs::create_directories(root + "/real/deeper");
     fs::create_directory_symlink(outside, root + "/away");
     fs::create_directory_symlink(root + "/real", root + "/back");
-    const struct
-    {
+    const struct {
         std::string inner;
         bool inside;
     } cases[] = {

@@ -14,12 +14,11 @@ using curatool::test::WriteFile;
 
 namespace {
 
-struct PackageSpec
-{
+struct PackageSpec {
     std::wstring id;
     std::wstring category;
     std::vector<std::pair<std::wstring, std::wstring>> activities;  // identifier, href
-    std::wstring parent{};                                           // optional shared parent category
+    std::wstring parent{};                                          // optional shared parent category
     std::wstring title = L"Package title";
 };
 
@@ -45,8 +44,7 @@ std::string WritePackage(const std::string& name, const PackageSpec& offer)
     return folder;
 }
 
-class MergeTest : public ::testing::Test
-{
+class MergeTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -83,9 +81,11 @@ protected:
     CGalleryManifest installed;
 };
 
-const PackageSpec kAnimals{L"urn:pkg:animals", L"urn:cat:animals", {{L"urn:a:lion", L"lion.png"}, {L"urn:a:cat", L"sub/cat.png"}}};
+const PackageSpec kAnimals{
+    L"urn:pkg:animals", L"urn:cat:animals", {{L"urn:a:lion", L"lion.png"}, {L"urn:a:cat", L"sub/cat.png"}}};
 const PackageSpec kMaps{L"urn:pkg:maps", L"urn:cat:maps", {{L"urn:a:france", L"france.svg"}}};
-const PackageSpec kSounds{L"urn:pkg:sounds", L"urn:cat:sounds", {{L"urn:a:roar", L"roar.wav"}, {L"urn:a:bell", L"bell.wav"}}};
+const PackageSpec kSounds{
+    L"urn:pkg:sounds", L"urn:cat:sounds", {{L"urn:a:roar", L"roar.wav"}, {L"urn:a:bell", L"bell.wav"}}};
 
 TEST(InstallRecordNameTest, HashesOfIdentifierAndReversedIdentifier)
 {

@@ -140,8 +140,8 @@ TEST(GalleryOrdering, CompareTitlesIsATotalOrderWithBlanksFirst)
     EXPECT_EQ(CompareTitles(L"abc", L"ABC"), -CompareTitles(L"ABC", L"abc"));
     EXPECT_LT(CompareTitles(L"apple", L"Banana"), 0);
 
-    const std::vector<std::wstring> texts = {L"b", L"B", L"a", L"A", L"ab", L"aB", L"Ab",
-                                             L"a b", L"", L"\u00E9", L"e", L"E"};
+    const std::vector<std::wstring> texts = {L"b",  L"B",   L"a", L"A",      L"ab", L"aB",
+                                             L"Ab", L"a b", L"",  L"\u00E9", L"e",  L"E"};
     for (const auto& x : texts) {
         for (const auto& y : texts) {
             const int xy = CompareTitles(x.c_str(), y.c_str());
@@ -211,8 +211,7 @@ TEST(GalleryIdentifierText, GeneratedIdentifiersHaveTheirFixedShape)
     const std::wstring typed(NewGalleryIdentifier(L"picture").GetString());
     ASSERT_EQ(typed.rfind(base + L"/uniqueid?type=picture&id=", 0), 0u) << typed;
     EXPECT_TRUE(std::regex_match(typed.substr(typed.find(L"&id=") + 4), uuid));
-    EXPECT_NE(std::wstring(NewGalleryIdentifier(L"\xFFFE").GetString()).find(L"type=unknown&"),
-              std::wstring::npos);
+    EXPECT_NE(std::wstring(NewGalleryIdentifier(L"\xFFFE").GetString()).find(L"type=unknown&"), std::wstring::npos);
     EXPECT_NE(NewGalleryIdentifier(L"x"), NewGalleryIdentifier(L"x"));
 
     const std::wstring compound(NewActivityIdentifier().GetString());

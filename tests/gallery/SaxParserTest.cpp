@@ -18,8 +18,7 @@ HRESULT Parse(const std::string& document, SaxRecorder& recorder)
 {
     std::unique_ptr<char[]> bytes(new char[document.size() ? document.size() : 1]);
     std::copy(document.begin(), document.end(), bytes.get());
-    return ZOLTASaxParser::ParseBuffer(bytes.get(), static_cast<std::uint32_t>(document.size()),
-                                       recorder);
+    return ZOLTASaxParser::ParseBuffer(bytes.get(), static_cast<std::uint32_t>(document.size()), recorder);
 }
 
 Events ParseEvents(const std::string& document, HRESULT expected = S_OK)
@@ -31,8 +30,7 @@ Events ParseEvents(const std::string& document, HRESULT expected = S_OK)
 
 // ---- Documents and the events they give ----
 
-struct SequenceCase
-{
+struct SequenceCase {
     std::string document;
     HRESULT result;
     Events events;
@@ -47,20 +45,22 @@ TEST(SaxParserEvents, WholeEventSequences)
         {" \t\r\n ", E_FAIL, {"start-document"}},
         {"", E_FAIL, {"start-document"}},
         // White space alone is no text.
-        {"<a> <b/></a>", S_OK,
-         {"start-document", "<a text=- @4", "<b text=- @8", "</b @8", "</a @11", "end-document"}},
+        {"<a> <b/></a>", S_OK, {"start-document", "<a text=- @4", "<b text=- @8", "</b @8", "</a @11", "end-document"}},
         // Only text directly behind a start tag is reported.
-        {"<r><a>text</a> tail <b/></r>", S_OK,
-         {"start-document", "<r text=- @3", "<a text=[text] @10", "</a @13", "<b text=- @24", "</b @24",
-          "</r @27", "end-document"}},
+        {"<r><a>text</a> tail <b/></r>",
+         S_OK,
+         {"start-document", "<r text=- @3", "<a text=[text] @10", "</a @13", "<b text=- @24", "</b @24", "</r @27",
+          "end-document"}},
         // Unbalanced depth fails at the end, without end-document.
         {"<a><b></b>", E_FAIL, {"start-document", "<a text=- @3", "<b text=- @6", "</b @9"}},
         // Processing instructions in the body are skipped.
-        {"<r><?pi a <b/> ?><c/></r>", S_OK,
+        {"<r><?pi a <b/> ?><c/></r>",
+         S_OK,
          {"start-document", "<r text=- @3", "<c text=- @21", "</c @21", "</r @24", "end-document"}},
         // "]]>" opens verbatim mode, which only "<![CDATA[" ends; the step behind it also passes
         // over the "<" of "<b/>".
-        {"<r>x]]>y<![CDATA[<b/></r>", S_OK,
+        {"<r>x]]>y<![CDATA[<b/></r>",
+         S_OK,
          {"start-document", "<r text=[x]]>y<![CDATA[<b/>] @21", "</r @24", "end-document"}},
     };
     for (const SequenceCase& c : cases)
@@ -68,8 +68,7 @@ TEST(SaxParserEvents, WholeEventSequences)
 }
 
 // One event of the sequence (counted from the back when `at` is negative) and/or its length.
-struct SpotCase
-{
+struct SpotCase {
     std::string document;
     HRESULT result;
     std::size_t count;  // 0: not checked
@@ -162,12 +161,11 @@ TEST(SaxParserAttributes, NineteenAttributesFitTwentyFail)
     EXPECT_EQ(failing.events, (Events{"start-document"}));
 }
 
-class AttributeLookup : public ZOLTASaxContentHandler
-{
+class AttributeLookup : public ZOLTASaxContentHandler {
 public:
     HRESULT StartElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString&,
-                         const ZOLTASaxAttributes& attributes, const ZOLTASaxString&,
-                         std::uint32_t, std::uint32_t) override
+                         const ZOLTASaxAttributes& attributes, const ZOLTASaxString&, std::uint32_t,
+                         std::uint32_t) override
     {
         capacity = attributes.capacity;
         indexOfY = attributes.IndexOf("y");

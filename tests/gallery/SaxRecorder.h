@@ -7,8 +7,7 @@
 
 // Records every event of a parse as one line, so tests can compare whole event sequences.
 // Start: "<name text=[...] a=[1] b=- @pos" (a "-" marks an invalid slice); end: "</name @pos".
-class SaxRecorder : public ZOLTASaxContentHandler
-{
+class SaxRecorder : public ZOLTASaxContentHandler {
 public:
     static std::string Show(const ZOLTASaxString& slice)
     {
@@ -25,16 +24,15 @@ public:
         events.push_back("end-document");
         return endDocumentResult;
     }
-    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                         const ZOLTASaxString& qName, const ZOLTASaxAttributes& attributes,
-                         const ZOLTASaxString& text, std::uint32_t position,
+    HRESULT StartElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName, const ZOLTASaxString& qName,
+                         const ZOLTASaxAttributes& attributes, const ZOLTASaxString& text, std::uint32_t position,
                          std::uint32_t length) override
     {
         std::string line = "<" + std::string(qName.data, qName.length);
         line += " text=" + Show(text);
         for (std::uint32_t i = 0; i < attributes.count; ++i)
-            line += " " + std::string(attributes.names[i].data, attributes.names[i].length) + "="
-                + Show(attributes.values[i]);
+            line += " " + std::string(attributes.names[i].data, attributes.names[i].length) + "=" +
+                    Show(attributes.values[i]);
         line += " @" + std::to_string(position);
         events.push_back(line);
         lastAttributeCount = attributes.count;
@@ -43,12 +41,10 @@ public:
         localNames.push_back(Show(localName));
         return ++startCount == stopAtStart ? stopResult : S_OK;
     }
-    HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName,
-                       const ZOLTASaxString& qName, std::uint32_t position,
-                       std::uint32_t length) override
+    HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName, const ZOLTASaxString& qName,
+                       std::uint32_t position, std::uint32_t length) override
     {
-        events.push_back("</" + std::string(qName.data, qName.length) + " @"
-                         + std::to_string(position));
+        events.push_back("</" + std::string(qName.data, qName.length) + " @" + std::to_string(position));
         prefixes.push_back(Show(prefix));
         localNames.push_back(Show(localName));
         return ++endCount == stopAtEnd ? stopResult : S_OK;

@@ -14,8 +14,7 @@ using namespace curatool::test;
 namespace {
 
 // A source folder holding only a categories document, and an empty gallery.
-struct CategoriesFixture : ::testing::Test
-{
+struct CategoriesFixture : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
     std::unique_ptr<CGalleryInstallation> installation = CGalleryInstallation::Create();
@@ -31,9 +30,12 @@ struct CategoriesFixture : ::testing::Test
 
 CategorySpec TwoFileCategory()
 {
-    return {"cat.animals", "1.1", {{"en", "Animals"}, {"fr", "Animaux"}},
+    return {"cat.animals",
+            "1.1",
+            {{"en", "Animals"}, {"fr", "Animaux"}},
             {{"animals1.zip", "pkg.animals1", "1.1", "en:1.0;fr:1.0"}, {"animals2.zip", "pkg.animals2", "1.0", ""}},
-            {{"fr", "animals_fr.zip"}}, "size=\"2048\" count=\"12\" disksize=\"4096\""};
+            {{"fr", "animals_fr.zip"}},
+            "size=\"2048\" count=\"12\" disksize=\"4096\""};
 }
 
 }  // namespace
@@ -157,8 +159,9 @@ TEST_F(CategoriesFixture, MissingAndEmptyAttributesStopTheReading)
     // A document that can't stand for the source never replaces the stored copy; without one
     // the open fails with the document's own failure.
     const std::string stored = ReadFile(gallery + "/Uninstall/gallery_categories.xml");
-    for (const auto& [document, expected] : {std::pair{"<gallery><other/></gallery>", E_FAIL},
-                                             std::pair{"<gallery><categories>", E_INVALIDARG}}) {
+    for (const auto& [document, expected] :
+         {std::pair{"<gallery><other/></gallery>", E_FAIL}, std::pair{"<gallery><categories>", E_INVALIDARG}})
+    {
         installation = CGalleryInstallation::Create();
         EXPECT_EQ(E_FAIL, OpenWith(document)) << document << ": the stored copy is read, and it has no title";
         EXPECT_EQ(stored, ReadFile(gallery + "/Uninstall/gallery_categories.xml"));
@@ -195,8 +198,8 @@ TEST_F(CategoriesFixture, ASecondOpenFailsAndAMissingSourceFallsBackToTheKeptCop
     // Without any copy the open fails.
     const std::string otherGallery = MakeScratchDir("other");
     installation = CGalleryInstallation::Create();
-    EXPECT_TRUE(FAILED(
-        installation->Open(CZoltaDirectoryPath(otherGallery.c_str()), CAtlString(source.c_str()), true)));
+    EXPECT_TRUE(
+        FAILED(installation->Open(CZoltaDirectoryPath(otherGallery.c_str()), CAtlString(source.c_str()), true)));
 }
 
 TEST(FormatByteSize, ShowsAFractionOnlyBelowTenUnits)
@@ -227,7 +230,8 @@ TEST(SourceKinds, UrlTestAndEncoding)
 
 TEST_F(CategoriesFixture, NeedsAnInstallFolderAndMakesAMissingOne)
 {
-    ASSERT_TRUE(WriteFile(source + "/gallery_categories.xml", CategoriesXml({{"c", "1.0", {{"en", "C"}}, {}, {}, ""}})));
+    ASSERT_TRUE(
+        WriteFile(source + "/gallery_categories.xml", CategoriesXml({{"c", "1.0", {{"en", "C"}}, {}, {}, ""}})));
     EXPECT_EQ(E_INVALIDARG, installation->Open(CZoltaDirectoryPath(), CAtlString(source.c_str()), true));
     installation = CGalleryInstallation::Create();
     const std::string deep = gallery + "/new/deeper";

@@ -24,8 +24,7 @@ namespace {
 const char kGalleryId[] = "gal-1";
 
 // Keeps the lifecycle events and the thread each came on.
-class EventRecorder : public IInstallationObserver
-{
+class EventRecorder : public IInstallationObserver {
 public:
     std::vector<int> events;
     bool allOnMainThread = true;
@@ -47,8 +46,7 @@ private:
 };
 
 // Notes whether progress came from a thread other than the main one.
-class ThreadNotingRecorder : public ProgressRecorder
-{
+class ThreadNotingRecorder : public ProgressRecorder {
 public:
     bool sawWorker = false;
     void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
@@ -62,8 +60,7 @@ public:
 const PackageSpec kDog{"pkg.dog", "1.0", "dog.png", "woof", "Dog"};
 const PackageSpec kCow{"pkg.cow", "1.0", "cow.png", "moo", "Cow"};
 
-struct ControllerFixture : ::testing::Test
-{
+struct ControllerFixture : ::testing::Test {
     std::string collection = MakeScratchDir("collection");
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
@@ -181,8 +178,7 @@ TEST_F(ControllerFixture, UpdatesOnlyRunsInstalledUpdatesAndRestoresTheChoice)
 
 namespace {
 
-class CancelOnInstall : public ProgressRecorder
-{
+class CancelOnInstall : public ProgressRecorder {
 public:
     CInstallationController* controller = nullptr;
     void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
@@ -241,8 +237,8 @@ TEST_F(ControllerFixture, TheStateFileRecordsSuccessfulInstallsAndEveryUpdate)
     // An install counts only with a result of exactly 0: not partly (1), not by a replaced record (4).
     CGalleryCategory* pets = controller->GetInstallation()->CategoryById(L"gal-1.pets");
     pets->SetAction(1);
-    for (const auto& [result, recorded] : {std::pair{S_OK, true}, {S_FALSE, false}, {HRESULT(4), false}, {E_FAIL, false}})
-    {
+    for (const auto& [result, recorded] :
+         {std::pair{S_OK, true}, {S_FALSE, false}, {HRESULT(4), false}, {E_FAIL, false}}) {
         pets->SetResult(result);
         writer.Write(controller->GetInstallation());
         EXPECT_EQ(recorded, Contains(UpdateInfo(), "gal-1.pets")) << result;
@@ -251,8 +247,7 @@ TEST_F(ControllerFixture, TheStateFileRecordsSuccessfulInstallsAndEveryUpdate)
 
 TEST(QtInstallationObserver, ThinsEventsOfOneStageButLetsChangesPass)
 {
-    struct Signal
-    {
+    struct Signal {
         eGalleryInstallationProgress stage;
         std::string title;
         std::string file;

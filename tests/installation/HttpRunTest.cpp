@@ -18,8 +18,7 @@ const PackageSpec kCow{"pkg.cow", "1.0", "cow.png", "moo", "Cow"};
 const char kDogName[] = "my dog \xC3\xA9.zip";  // a space and a non-ASCII letter to encode
 
 // A source served over HTTP: names that need encoding, a string package in a subfolder.
-struct HttpRunFixture : ::testing::Test
-{
+struct HttpRunFixture : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
     ProgressRecorder recorder;
@@ -43,8 +42,7 @@ struct HttpRunFixture : ::testing::Test
     {
         installation->SetObserver(&recorder);
         installation->SetPrefetch(prefetch);
-        const HRESULT opened =
-            installation->Open(CZoltaDirectoryPath(gallery.c_str()), CAtlString(url.c_str()), true);
+        const HRESULT opened = installation->Open(CZoltaDirectoryPath(gallery.c_str()), CAtlString(url.c_str()), true);
         if (FAILED(opened))
             return opened;
         installation->Category(0)->SetAction(1);
@@ -57,7 +55,8 @@ struct HttpRunFixture : ::testing::Test
         EXPECT_EQ("woof", ReadFile(gallery + "/dog.png"));
         EXPECT_EQ("moo", ReadFile(gallery + "/cow.png"));
         EXPECT_TRUE(Contains(ReadFile(gallery + "/imsmanifest.xml"), "Chien"));
-        EXPECT_EQ(std::vector<std::string>{}, FilesBelow(installation->GetDownloadDirectory().GetPath().ToQString().toStdString()))
+        EXPECT_EQ(std::vector<std::string>{},
+                  FilesBelow(installation->GetDownloadDirectory().GetPath().ToQString().toStdString()))
             << "every fetched file goes once it is used";
     }
 };
@@ -87,9 +86,8 @@ TEST_F(HttpRunFixture, PrefetchFetchesEverythingBeforeInstalling)
     ASSERT_EQ(S_OK, OpenAndRun(server.Url(), 1));
     ExpectInstalled();
     const auto events = recorder.Events();
-    const auto firstInstall = std::find_if(events.begin(), events.end(), [](const auto& e) {
-        return e.stage == eGalleryInstallationProgressInstalling;
-    });
+    const auto firstInstall = std::find_if(
+        events.begin(), events.end(), [](const auto& e) { return e.stage == eGalleryInstallationProgressInstalling; });
     ASSERT_NE(events.end(), firstInstall);
     EXPECT_TRUE(std::any_of(events.begin(), firstInstall, [](const auto& e) { return e.item == "cow.zip"; }));
     EXPECT_TRUE(std::any_of(events.begin(), firstInstall, [](const auto& e) { return e.item == "i18n/pets_fr.xml"; }));
@@ -110,7 +108,6 @@ TEST_F(HttpRunFixture, AnUnreachableSourceFailsOpenUnlessACopyIsKept)
     EXPECT_EQ(2u, recorder.OfStage(eGalleryInstallationProgressFailed).size());
 
     installation = CGalleryInstallation::Create();
-    EXPECT_TRUE(FAILED(installation->Open(CZoltaDirectoryPath(MakeScratchDir("fresh").c_str()),
-                                          CAtlString(url.c_str()), true)));
+    EXPECT_TRUE(FAILED(
+        installation->Open(CZoltaDirectoryPath(MakeScratchDir("fresh").c_str()), CAtlString(url.c_str()), true)));
 }
-

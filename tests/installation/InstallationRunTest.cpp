@@ -21,8 +21,7 @@ const PackageSpec kCow{"pkg.cow", "1.0", "cow.png", "moo v1", "Cow"};
 
 // A local source with two categories: "cat.pets" (a zip and a folder package, a French string
 // package) and "cat.farm" (one zip package).
-struct RunFixture : ::testing::Test
-{
+struct RunFixture : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
     ProgressRecorder recorder;
@@ -95,8 +94,7 @@ TEST_F(RunFixture, InstallCopiesContentRecordsAndReportsEachFileInOrder)
     ASSERT_EQ(8u, events.size());
     const int expectedStages[] = {1, 1, 2, 2, 1, 1, 2, 2};
     const int expectedPercents[] = {0, 100, 0, 100, 0, 100, 0, 100};
-    for (std::size_t i = 0; i < events.size(); ++i)
-    {
+    for (std::size_t i = 0; i < events.size(); ++i) {
         EXPECT_EQ(expectedStages[i], events[i].stage) << i;
         EXPECT_EQ(expectedPercents[i], events[i].percent) << i;
         EXPECT_EQ(i < 4 ? 50 : 100, events[i].overall) << i;
@@ -253,8 +251,7 @@ TEST_F(RunFixture, HostileNamesFailAloneAndWriteNothingOutside)
 namespace {
 
 // Cancels the run when the first file starts installing.
-class CancellingObserver : public ProgressRecorder
-{
+class CancellingObserver : public ProgressRecorder {
 public:
     CGalleryInstallation* installation = nullptr;
     void Progress(eGalleryInstallationProgress stage, CGalleryCategory* category, const wchar_t* item, int percent,
@@ -286,8 +283,8 @@ TEST_F(RunFixture, CancelStopsAtTheNextStepAndLeavesAReadableManifest)
 
     // The gallery as it was: the manifest opens and still holds the farm.
     CGalleryManifest manifest;
-    EXPECT_EQ(S_OK, CGalleryManifestIO::Open(manifest, CAtlString((gallery + "/imsmanifest.xml").c_str()),
-                                             nullptr, false));
+    EXPECT_EQ(S_OK,
+              CGalleryManifestIO::Open(manifest, CAtlString((gallery + "/imsmanifest.xml").c_str()), nullptr, false));
     CGalleryManifestIO::Close(manifest);
     EXPECT_TRUE(Contains(Manifest(), "cow.png"));
 }

@@ -13,8 +13,7 @@ using namespace curatool::test;
 namespace {
 
 // A category read from one element, with the file "pkg.a" installed with `installedStrings`.
-struct PackagesFixture : ::testing::Test
-{
+struct PackagesFixture : ::testing::Test {
     std::string gallery = MakeScratchDir("gallery");
     CGalleryInstalledRecords records;
 

@@ -20,8 +20,7 @@ TEST(MetaObserver, BytesMoveTheBarOfTheLastDownloadLine)
     const auto events = recorder.Events();
     ASSERT_EQ(5u, events.size());
     EXPECT_EQ(eGalleryInstallationProgressInstalling, events[1].stage) << "other stages pass unchanged";
-    for (std::size_t i = 2; i < events.size(); ++i)
-    {
+    for (std::size_t i = 2; i < events.size(); ++i) {
         EXPECT_EQ(eGalleryInstallationProgressDownloading, events[i].stage);
         EXPECT_EQ("a.zip", events[i].item);
         EXPECT_EQ(40, events[i].overall);

@@ -26,8 +26,14 @@ namespace {
 
 constexpr int kPackages = 8;
 
-std::string PackageFile(int index) { return "package" + std::to_string(index) + ".zip"; }
-std::string ContentFile(int index) { return "content" + std::to_string(index) + ".png"; }
+std::string PackageFile(int index)
+{
+    return "package" + std::to_string(index) + ".zip";
+}
+std::string ContentFile(int index)
+{
+    return "content" + std::to_string(index) + ".png";
+}
 
 // Bytes that do not compress, so that half a package is a partial file of some size.
 std::string Noise(int seed)
@@ -48,8 +54,7 @@ void SetConnections(int connections)
 }
 
 // A proxy that wants "user:pass" and is told it on every 407, counting how often it is asked.
-struct CountingProxy : IProxyObserver
-{
+struct CountingProxy : IProxyObserver {
     int port = 0;
     std::atomic<int> asked{0};
     void GetProxy(CAtlString& host, int& proxyPort, CAtlString&, CAtlString&) override
@@ -70,8 +75,7 @@ struct CountingProxy : IProxyObserver
 };
 
 // Two categories of four zipped packages each, served over loopback.
-struct ParallelFetchFixture : ::testing::Test
-{
+struct ParallelFetchFixture : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
     ProgressRecorder recorder;

@@ -11,11 +11,9 @@
 namespace curatool::test {
 
 // Keeps every progress event the engine sends, for checks of order and arithmetic.
-class ProgressRecorder : public IGalleryInstallationObserver
-{
+class ProgressRecorder : public IGalleryInstallationObserver {
 public:
-    struct Event
-    {
+    struct Event {
         int stage;
         std::string category;
         std::string item;

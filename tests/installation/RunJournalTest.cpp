@@ -16,8 +16,7 @@ const PackageSpec kOwl{"pkg.owl", "1.0", "owl.png", "hoot", "Owl"};
 const PackageSpec kFox{"pkg.fox", "1.0", "fox.png", "yip", "Fox"};
 
 // A gallery of two installed packages, and the means to stage what a killed run leaves behind.
-struct InterruptedGallery : ::testing::Test
-{
+struct InterruptedGallery : ::testing::Test {
     std::string source = MakeScratchDir("journal-source");
     std::string gallery = MakeScratchDir("journal-gallery");
     std::unique_ptr<CGalleryInstallation> installation;
@@ -26,8 +25,9 @@ struct InterruptedGallery : ::testing::Test
     {
         WritePackageZip(source, "owl.zip", kOwl);
         WritePackageZip(source, "fox.zip", kFox);
-        CategorySpec wild{"cat.wild", "1.0", {{"en", "Wild"}},
-                          {{"owl.zip", "pkg.owl", "1.0", ""}, {"fox.zip", "pkg.fox", "1.0", ""}}, {}, ""};
+        CategorySpec wild{
+            "cat.wild", "1.0", {{"en", "Wild"}}, {{"owl.zip", "pkg.owl", "1.0", ""}, {"fox.zip", "pkg.fox", "1.0", ""}},
+            {},         ""};
         ASSERT_TRUE(WriteFile(source + "/gallery_categories.xml", CategoriesXml({wild})));
     }
 
@@ -93,7 +93,8 @@ TEST_F(InterruptedGallery, AJournalNeverReachesOutsideTheUninstallFolder)
     const std::string outside = MakeScratchDir("journal-outside");
     ASSERT_TRUE(WriteFile(outside + "/imsmanifestabc.xml", "keep"));
     ASSERT_TRUE(WriteFile(gallery + "/kept/imsmanifestdef.xml", "keep"));
-    ASSERT_TRUE(WriteFile(Journal(), "../kept/imsmanifestdef.xml\n" + outside + "/imsmanifestabc.xml\n..\nnotarecord.xml\n"));
+    ASSERT_TRUE(
+        WriteFile(Journal(), "../kept/imsmanifestdef.xml\n" + outside + "/imsmanifestabc.xml\n..\nnotarecord.xml\n"));
 
     ASSERT_EQ(S_OK, Open());
     EXPECT_EQ("keep", ReadFile(outside + "/imsmanifestabc.xml"));

@@ -32,8 +32,7 @@ const std::string kSampleSource = std::string(CURATOOL_SOURCE_DIR) + "/samples/s
 
 // The sample collection loaded as `-configuration samples/collection` does, a copy of the sample
 // source, and a controller aimed at an empty gallery folder.
-struct SampleFixture : ::testing::Test
-{
+struct SampleFixture : ::testing::Test {
     std::string source = MakeScratchDir("sample-source");
     std::string gallery = MakeScratchDir("sample-gallery");
     std::shared_ptr<CConfiguration> configuration = std::make_shared<CConfiguration>();
@@ -70,11 +69,13 @@ TEST_F(SampleFixture, InstallAllGivesACurrentGalleryWithEveryPackageAndTranslati
     std::map<std::string, int> titlesByLanguage;
     int categories = 0;
     for (auto* category = document.RootElement()->FirstChildElement("categories")->FirstChildElement(); category;
-         category = category->NextSiblingElement(), ++categories) {
+         category = category->NextSiblingElement(), ++categories)
+    {
         EXPECT_TRUE(Contains(info, "<category id=\"" + std::string(category->Attribute("id")) + "\" version=\"" +
                                        category->Attribute("version") + "\"/>"))
             << info;
-        for (auto* file = category->FirstChildElement("files")->FirstChildElement(); file; file = file->NextSiblingElement())
+        for (auto* file = category->FirstChildElement("files")->FirstChildElement(); file;
+             file = file->NextSiblingElement())
             EXPECT_TRUE(Exists(U(CGalleryManifestIO::GetInstallRecordPath(
                                      CZoltaDirectoryPath(W(gallery + "/Uninstall")), W(file->Attribute("id")))
                                      .GetPath())))
@@ -113,8 +114,7 @@ TEST(SampleArchives, PackagesPassAnOutsideZipTester)
     if (unzip.isEmpty())
         GTEST_SKIP() << "unzip is not installed";
     std::size_t archives = 0;
-    for (const auto& entry : fs::recursive_directory_iterator(kSampleSource))
-    {
+    for (const auto& entry : fs::recursive_directory_iterator(kSampleSource)) {
         if (entry.path().extension() != ".zip")
             continue;
         QProcess process;
@@ -137,5 +137,6 @@ TEST(SampleArchives, TheGeneratorReproducesTheCommittedSource)
                            QStringLiteral("--out"), QString::fromStdString(out)});
     ASSERT_TRUE(process.waitForFinished(60000));
     ASSERT_EQ(0, process.exitCode()) << process.readAllStandardError().toStdString();
-    EXPECT_TRUE(ziptest::ReadTree(kSampleSource) == ziptest::ReadTree(out)) << "run scripts/make-sample-source.py and commit its output";
+    EXPECT_TRUE(ziptest::ReadTree(kSampleSource) == ziptest::ReadTree(out))
+        << "run scripts/make-sample-source.py and commit its output";
 }

@@ -22,7 +22,7 @@ void FormatVia(CAtlStringA& target, const char* format, ...)
     va_end(args);
 }
 
-} // namespace
+}  // namespace
 
 TEST(CAtlStringABlock, ReleaseBufferDefaultNeverMeasures)
 {
@@ -40,7 +40,6 @@ TEST(CAtlStringABlock, ReleaseBufferDefaultNeverMeasures)
     std::strcpy(existing.GetBuffer(10), "hello");
     existing.ReleaseBuffer();
     EXPECT_EQ(existing, "he");
-
 }
 
 TEST(CAtlStringAConversion, WidePointerIsEncodedAsUtf8)
@@ -57,7 +56,8 @@ TEST(CAtlStringAConversion, WideStringsAndCountedPointersAreNarrowedToTheLowByte
 {
     const CAtlString wide(L"caf\u00E9\u0141");
     EXPECT_EQ(CAtlStringA(wide), "caf\xE9\x41");
-    EXPECT_EQ(CAtlStringA(L"\u0141bc", 2), "\x41" "b");
+    EXPECT_EQ(CAtlStringA(L"\u0141bc", 2), "\x41"
+                                           "b");
 
     CAtlStringA assigned;
     assigned = L"\u00E9t\u00E9";
@@ -69,9 +69,11 @@ TEST(CAtlStringAConversion, WideStringsAndCountedPointersAreNarrowedToTheLowByte
     appended += L"\u00E9";
     appended += wide;
     appended += L'\u0142';
-    EXPECT_EQ(appended, "x\xE9" "caf\xE9\x41\x42");
+    EXPECT_EQ(appended, "x\xE9"
+                        "caf\xE9\x41\x42");
     EXPECT_EQ(CAtlStringA("a") + L"\u00E9", "a\xE9");
-    EXPECT_EQ(L"\u00E9" + CAtlStringA("a"), "\xE9" "a");
+    EXPECT_EQ(L"\u00E9" + CAtlStringA("a"), "\xE9"
+                                            "a");
     EXPECT_EQ(CAtlStringA("a") + wide, "acaf\xE9\x41");
 }
 

@@ -137,7 +137,7 @@ TYPED_TEST(StringCoreTest, CopiesShareUntilOneOfThemWrites)
     EXPECT_EQ(original, T("shared"));
     EXPECT_EQ(original.GetData()->nRefs, 1);
 
-    original = original; // self-assignment keeps the block
+    original = original;  // self-assignment keeps the block
     EXPECT_EQ(original.GetData()->nRefs, 1);
     EXPECT_EQ(original, T("shared"));
 
@@ -431,4 +431,4 @@ TYPED_TEST(StringCoreTest, ContractViolationsNameTheBrokenExpression)
     EXPECT_DEATH(s.Format(null), AssertionPattern("lpszFormat != __null"));
 }
 
-} // namespace
+}  // namespace

@@ -23,7 +23,7 @@ void FormatVia(CAtlString& target, const wchar_t* format, ...)
     va_end(args);
 }
 
-} // namespace
+}  // namespace
 
 TEST(CAtlStringConversion, EightBitTextTakesItsByteCountAsLength)
 {

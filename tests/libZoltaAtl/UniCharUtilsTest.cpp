@@ -37,17 +37,17 @@ std::string Encode(const std::wstring& text, int count)
 
 constexpr wchar_t kUntouched = static_cast<wchar_t>(0x7777);
 
-} // namespace
+}  // namespace
 
 TEST(UniCharUtilsDecode, IllegalOrTruncatedSequencesStopAndKeepWhatWasWritten)
 {
     const char* illegal[] = {
-        "ab\xC0\x80z",         // overlong
-        "ab\xED\xA0\x80z",     // encoded surrogate
-        "ab\xF5\x80\x80\x80z", // beyond U+10FFFF
-        "ab\x80z",             // stray trail byte
-        "ab\xC3z",             // lead without its trail byte
-        "ab\xF8\x88\x80\x80\x80z", // five-byte form
+        "ab\xC0\x80z",              // overlong
+        "ab\xED\xA0\x80z",          // encoded surrogate
+        "ab\xF5\x80\x80\x80z",      // beyond U+10FFFF
+        "ab\x80z",                  // stray trail byte
+        "ab\xC3z",                  // lead without its trail byte
+        "ab\xF8\x88\x80\x80\x80z",  // five-byte form
     };
     for (const char* bytes : illegal) {
         const std::vector<wchar_t> out = Decode(bytes);

@@ -19,7 +19,7 @@ const char* CheckedPointer(const char* p)
     return p;
 }
 
-} // namespace
+}  // namespace
 
 TEST(ZoltaAssert, PassingChecksHaveNoEffect)
 {

@@ -38,8 +38,7 @@ using curatool::test::ServerProcess;
 namespace {
 
 // A connection that records what the downloader tells it.
-class RecordingConnection : public ConnectionInfoBase
-{
+class RecordingConnection : public ConnectionInfoBase {
 public:
     void Cancelled() override { ++cancelled; }
     bool Authenticate(const CAtlString&, int, CAtlString&, CAtlString&) override
@@ -74,8 +73,7 @@ QByteArray RandomBytes(qsizetype size)
 }
 
 // One scripted server for the whole suite; its log holds every request line it received.
-class ScriptedServerTest : public testing::Test
-{
+class ScriptedServerTest : public testing::Test {
 protected:
     static void SetUpTestSuite()
     {
@@ -190,17 +188,17 @@ TEST_F(ScriptedServerTest, SendsOnlyThePathToTheGivenPort)
 
 TEST_F(ScriptedServerTest, BadStatusesRemoveTheFileAndBrokenRepliesLeaveItEmpty)
 {
-    struct Case
-    {
+    struct Case {
         QString path;
         bool removed;
         QString reason;
     };
     QStringList requested;
-    for (const Case& one : {Case{"/redirect", true, "HTTP status 302"}, Case{"/missing", true, "HTTP status 404"},
-                            Case{"/created", true, "HTTP status 201"}, Case{"/empty.zip", false, "The reply was empty"},
-                            Case{"/garbage", false, "Invalid HTTP response header"},
-                            Case{"/close", false, "Connection closed"}}) {
+    for (const Case& one :
+         {Case{"/redirect", true, "HTTP status 302"}, Case{"/missing", true, "HTTP status 404"},
+          Case{"/created", true, "HTTP status 201"}, Case{"/empty.zip", false, "The reply was empty"},
+          Case{"/garbage", false, "Invalid HTTP response header"}, Case{"/close", false, "Connection closed"}})
+    {
         const std::string local = ScratchFile("status", "reply.bin");
         RecordingConnection connection;
         QtDownloader downloader;
@@ -227,8 +225,7 @@ TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)
     const std::string local = ScratchFile("length", "reply.bin");
     const qint64 freeNow = QStorageInfo(QString::fromStdString(local).section('/', 0, -2)).bytesAvailable();
     ASSERT_GT(freeNow, 64 * 1024 * 1024);
-    struct Case
-    {
+    struct Case {
         QString path;
         qint64 margin;  // 0 keeps the product's
         HRESULT expected;
@@ -256,7 +253,8 @@ TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)
         downloader.SetLimits(limits);
         RecordingConnection connection;
         testing::internal::CaptureStdout();
-        const HRESULT result = downloader.Download(CAtlString(Url(one.path)), CZoltaFilePath(local.c_str()), &connection);
+        const HRESULT result =
+            downloader.Download(CAtlString(Url(one.path)), CZoltaFilePath(local.c_str()), &connection);
         const std::string printed = testing::internal::GetCapturedStdout();
         EXPECT_EQ(one.expected, result) << one.path.toStdString();
         EXPECT_EQ(one.exists, curatool::test::Exists(local)) << one.path.toStdString();
@@ -270,8 +268,8 @@ TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)
         if (one.path == "/endless") {
             // Checked every megabyte: no more than that beyond the margin.
             ASSERT_FALSE(connection.progress.empty());
-            EXPECT_LT(connection.progress.back().first, 16 * 1024 * 1024 + 2 * HttpGetRequest::kBodyCheckInterval +
-                                                            HttpGetRequest::kReadChunk);
+            EXPECT_LT(connection.progress.back().first,
+                      16 * 1024 * 1024 + 2 * HttpGetRequest::kBodyCheckInterval + HttpGetRequest::kReadChunk);
         }
     }
 }
@@ -280,8 +278,7 @@ TEST_F(ScriptedServerTest, TheBodyIsBoundedAndACutOneFailsAndGoes)
 // of its own pumping its own events. The rate window is shortened for the cases that test it.
 TEST_F(ScriptedServerTest, IdlenessAndATrickleBelowTheRateEndAFetchButDurationDoesNot)
 {
-    struct Case
-    {
+    struct Case {
         QString path;
         QtDownloader::Limits limits;
         HRESULT expected;
@@ -340,7 +337,8 @@ TEST_F(ScriptedServerTest, IdlenessAndATrickleBelowTheRateEndAFetchButDurationDo
         EXPECT_LT(one.elapsedMs, one.maximumMs) << name;
         EXPECT_EQ(one.exists, curatool::test::Exists(one.local)) << name;
         EXPECT_EQ(one.content, curatool::test::ReadFile(one.local)) << name;
-        EXPECT_TRUE(one.reason.isEmpty() ? one.failure.isEmpty() : one.failure.startsWith(one.reason)) << name << ": " << one.failure.toStdString();
+        EXPECT_TRUE(one.reason.isEmpty() ? one.failure.isEmpty() : one.failure.startsWith(one.reason))
+            << name << ": " << one.failure.toStdString();
     }
 }
 

@@ -8,8 +8,7 @@
 
 namespace {
 
-struct Outcome
-{
+struct Outcome {
     bool fed = true;
     bool finished = true;
     int status = 0;
@@ -50,17 +49,18 @@ TEST(HttpResponseParser, FramesBodiesByLengthByChunksAndByClose)
                            "5\r\nhello\r\nA;x=y\r\n0123456789\r\n0\r\nTrailer: 1\r\n\r\n",
                            200, "hello0123456789", false);
     ExpectInEveryPieceSize("HTTP/1.0 404 Not Found\nServer: x\n\nuntil the end", 404, "until the end", true);
-    ExpectInEveryPieceSize("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 302 Found\r\nLocation: /\r\nContent-Length: 0\r\n\r\n",
-                           302, "", false);
+    ExpectInEveryPieceSize(
+        "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 302 Found\r\nLocation: /\r\nContent-Length: 0\r\n\r\n", 302, "", false);
     ExpectInEveryPieceSize("HTTP/1.1 204 No Content\r\n\r\n", 204, "", false);
 }
 
 TEST(HttpResponseParser, RefusesWhatIsNotHttpAtOnce)
 {
-    for (const std::string reply : {"SSH-2.0-OpenSSH\r\n\r\n", "HTTP/1.1 2000 OK\r\n\r\n", "HTTP/1.1 abc\r\n\r\n",
-                                    "HTTP/1.1 200 OK\r\nno colon here\r\n\r\n",
-                                    "HTTP/1.1 200 OK\r\nContent-Length: -4\r\n\r\n",
-                                    "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"}) {
+    for (const std::string reply :
+         {"SSH-2.0-OpenSSH\r\n\r\n", "HTTP/1.1 2000 OK\r\n\r\n", "HTTP/1.1 abc\r\n\r\n",
+          "HTTP/1.1 200 OK\r\nno colon here\r\n\r\n", "HTTP/1.1 200 OK\r\nContent-Length: -4\r\n\r\n",
+          "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"})
+    {
         const Outcome outcome = Parse(reply, reply.size());
         EXPECT_FALSE(outcome.finished) << reply;
         EXPECT_EQ("", outcome.body) << reply;

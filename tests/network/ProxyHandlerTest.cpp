@@ -26,8 +26,7 @@ QString ProxyStoreFile()
     return QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("zoltaworks"), QString()).fileName();
 }
 
-class ProxyHandlerSettings : public testing::Test
-{
+class ProxyHandlerSettings : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -45,10 +44,8 @@ protected:
 };
 
 // Records each dialog and answers with what the test scripted.
-struct ScriptedPrompt
-{
-    struct Call
-    {
+struct ScriptedPrompt {
+    struct Call {
         ProxyPromptValues shown;
         bool hostEditable;
         QObject* parent;
@@ -61,8 +58,8 @@ struct ScriptedPrompt
     ProxyPrompt Get()
     {
         return [this](ProxyPromptValues& values, bool hostEditable, QObject* parent) {
-            calls.push_back({values, hostEditable, parent,
-                             QThread::currentThread() == QCoreApplication::instance()->thread()});
+            calls.push_back(
+                {values, hostEditable, parent, QThread::currentThread() == QCoreApplication::instance()->thread()});
             if (accept)
                 values = answer;
             return accept;
@@ -90,7 +87,8 @@ TEST_F(ProxyHandlerSettings, HostAndPortLiveUnderTheFixedNameAndCredentialsNowhe
     EXPECT_EQ(qEnvironmentVariable("XDG_CONFIG_HOME") + "/zoltaworks.conf", ProxyStoreFile());
     EXPECT_TRUE(QFile::exists(ProxyStoreFile()));
     QSettings store(ProxyStoreFile(), QSettings::IniFormat);
-    const QString section = QStringLiteral("Software/ZOLTA Technologies Inc./ZOLTA Tavolite Software/ProxyInformation/");
+    const QString section =
+        QStringLiteral("Software/ZOLTA Technologies Inc./ZOLTA Tavolite Software/ProxyInformation/");
     EXPECT_EQ(QStringLiteral("proxy.example"), store.value(section + "HttpProxyHost").toString());
     EXPECT_EQ(3128, store.value(section + "HttpProxyPort").toInt());
     const QString everything = QString::fromStdString(curatool::test::ReadFile(ProxyStoreFile().toStdString()));

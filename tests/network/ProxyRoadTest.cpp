@@ -20,8 +20,7 @@ namespace {
 
 const std::string kContent(100000, 'p');
 
-class ProxyRoadTest : public testing::Test
-{
+class ProxyRoadTest : public testing::Test {
 protected:
     static void SetUpTestSuite()
     {
@@ -30,8 +29,8 @@ protected:
         s_origin = new ServerProcess;
         s_proxy = new ServerProcess;
         ASSERT_TRUE(s_origin->StartStaticServer(QString::fromStdString(served)));
-        ASSERT_TRUE(s_proxy->StartTinyproxy(QString::fromStdString(curatool::test::MakeScratchDir("tinyproxy")),
-                                            "user", "pass"));
+        ASSERT_TRUE(s_proxy->StartTinyproxy(QString::fromStdString(curatool::test::MakeScratchDir("tinyproxy")), "user",
+                                            "pass"));
     }
     static void TearDownTestSuite()
     {
@@ -99,8 +98,7 @@ TEST_F(ProxyRoadTest, WithoutCredentialsTheDialogIsAskedAndItsAnswerKept)
 namespace {
 
 // Hands out the right credentials once, counting the calls.
-class SocksConnection : public ConnectionInfoBase
-{
+class SocksConnection : public ConnectionInfoBase {
 public:
     void Cancelled() override {}
     bool Authenticate(const CAtlString&, int, CAtlString& user, CAtlString& password) override

@@ -25,8 +25,7 @@ using namespace curatool::test;
 namespace {
 
 // The real fetch into a temporary file, counting the URLs asked for.
-class CountingDownloader : public IDownloader
-{
+class CountingDownloader : public IDownloader {
 public:
     CZoltaFilePath Download(const CAtlString& url) override
     {
@@ -44,8 +43,7 @@ std::string LocalDocument(const std::string& attributes)
            "/>\n</Update>\n";
 }
 
-class SelfUpdateTest : public ::testing::Test
-{
+class SelfUpdateTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -85,8 +83,7 @@ protected:
 
 TEST_F(SelfUpdateTest, TheDecisionReadsTheRemoteDocumentOnlyWhenTheLocalOneAllowsIt)
 {
-    struct Case
-    {
+    struct Case {
         const char* name;
         std::string local;
         std::string remote;
@@ -107,10 +104,10 @@ TEST_F(SelfUpdateTest, TheDecisionReadsTheRemoteDocumentOnlyWhenTheLocalOneAllow
         {"no Product row", "<Update><Other " + endpoint + "/></Update>", Row("Product", "2.0.0.0"), false, false, 0},
         {"not XML", "<Update", Row("Product", "2.0.0.0"), false, false, 0},
         {"remote without Product", LocalDocument(endpoint), Row("Other", "2.0.0.0"), false, false, 1},
-        {"test row without marker", LocalDocument(endpoint), Row("Product", "1.0.0.0") + Row("TestProduct", "2.0.0.0"), false,
-         false, 1},
-        {"test row with marker", LocalDocument(endpoint), Row("Product", "1.0.0.0") + Row("TestProduct", "2.0.0.0"), true, true,
-         1},
+        {"test row without marker", LocalDocument(endpoint), Row("Product", "1.0.0.0") + Row("TestProduct", "2.0.0.0"),
+         false, false, 1},
+        {"test row with marker", LocalDocument(endpoint), Row("Product", "1.0.0.0") + Row("TestProduct", "2.0.0.0"),
+         true, true, 1},
         {"marker without test row", LocalDocument(endpoint), Row("Product", "2.0.0.0"), true, true, 1},
     };
     const std::string marker = CUpdateXmlReader::TestMarkerPath().ToQString().toStdString();
@@ -142,8 +139,7 @@ TEST(SelfUpdateLocalDocument, LiesInTheShareFolderBesideTheProgramsFolder)
 TEST_F(SelfUpdateTest, TheInstallerIsFetchedIntoAPrivateFolderAndHeldToItsDigest)
 {
     ASSERT_TRUE(WriteFile(m_local, LocalDocument(Endpoint("1.0.0.0"))));
-    struct Case
-    {
+    struct Case {
         const char* name;
         std::string extra;
         std::string installer;
@@ -174,7 +170,8 @@ TEST_F(SelfUpdateTest, TheInstallerIsFetchedIntoAPrivateFolderAndHeldToItsDigest
         const QFileInfo file(update->GetDownloadedFile().ToQString());
         EXPECT_EQ(kInstaller, ReadFile(file.filePath().toStdString())) << c.name;
         EXPECT_EQ(base.absolutePath(), QFileInfo(file.absolutePath()).absolutePath()) << c.name;
-        struct stat folderStat {}, fileStat {};
+        struct stat folderStat {
+        }, fileStat{};
         ASSERT_EQ(0, stat(file.absolutePath().toLocal8Bit().constData(), &folderStat));
         ASSERT_EQ(0, stat(file.filePath().toLocal8Bit().constData(), &fileStat));
         EXPECT_EQ(0700u, folderStat.st_mode & 07777) << c.name;

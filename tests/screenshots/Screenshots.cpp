@@ -42,12 +42,10 @@ void Save(QWidget& window, const char* name)
     window.show();
     QCoreApplication::processEvents();
     const QString path = g_output + "/" + name + ".png";
-    if (window.grab().save(path))
-    {
+    if (window.grab().save(path)) {
         std::printf("%s\n", path.toLocal8Bit().constData());
         ++g_written;
-    }
-    else
+    } else
         std::fprintf(stderr, "could not write %s\n", path.toLocal8Bit().constData());
 }
 
@@ -55,14 +53,15 @@ void Save(QWidget& window, const char* name)
 void SaveAt(QtInstallationObserver* observer, QWidget& window, eGalleryInstallationProgress stage, const char* name)
 {
     auto done = std::make_shared<bool>(false);
-    QObject::connect(observer, &QtInstallationObserver::ProgressSignal, &window,
-                     [&window, stage, name, done](eGalleryInstallationProgress seen) {
-                         if (*done || seen != stage)
-                             return;
-                         *done = true;
-                         Save(window, name);
-                     },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        observer, &QtInstallationObserver::ProgressSignal, &window,
+        [&window, stage, name, done](eGalleryInstallationProgress seen) {
+            if (*done || seen != stage)
+                return;
+            *done = true;
+            Save(window, name);
+        },
+        Qt::QueuedConnection);
 }
 
 // A second collection beside the sample, so that the chooser has a list to show; it brings no
@@ -71,8 +70,7 @@ QString SecondCollection(const QString& samples, const QString& scratch)
 {
     const QString folder = scratch + "/primer-collection";
     fs::copy((samples + "/collection").toStdString(), folder.toStdString(), fs::copy_options::recursive);
-    for (const char* name : {"configuration.xml", "metadata.xml", "about.html"})
-    {
+    for (const char* name : {"configuration.xml", "metadata.xml", "about.html"}) {
         QFile file(folder + "/" + name);
         file.open(QIODevice::ReadOnly);
         QString text = QString::fromUtf8(file.readAll());
@@ -89,8 +87,7 @@ QString SecondCollection(const QString& samples, const QString& scratch)
 void Register(const QString& folder)
 {
     CConfiguration configuration;
-    if (configuration.OpenCollectionDirectory(CAtlString(folder)) && configuration.StoreConfiguration())
-    {
+    if (configuration.OpenCollectionDirectory(CAtlString(folder)) && configuration.StoreConfiguration()) {
         configuration.ComposeRepositoryEntry();
         configuration.Register();
     }
@@ -100,8 +97,7 @@ void Register(const QString& folder)
 
 int main(int argc, char** argv)
 {
-    if (argc != 3)
-    {
+    if (argc != 3) {
         std::fprintf(stderr, "usage: %s <output folder> <samples folder>\n", argv[0]);
         return 2;
     }
@@ -116,8 +112,7 @@ int main(int argc, char** argv)
     QDir().mkpath(scratch);
 
     // As a window-based start with -configuration: the collection's style sheet joins the program's.
-    if (!factory.LoadConfigurationPath(CAtlString(samples + "/collection")))
-    {
+    if (!factory.LoadConfigurationPath(CAtlString(samples + "/collection"))) {
         std::fprintf(stderr, "could not load the sample collection\n");
         return 1;
     }
@@ -163,8 +158,7 @@ int main(int argc, char** argv)
         // newer Animals: Sounds chosen to add, the Animals update, Maps to remove.
         const QString installed = scratch + "/gallery-with-update";
         auto state = std::make_shared<CInstallationController>(configuration);
-        if (state->OpenInstallation(CZoltaDirectoryPath(installed), CAtlString(source), nullptr, false))
-        {
+        if (state->OpenInstallation(CZoltaDirectoryPath(installed), CAtlString(source), nullptr, false)) {
             for (int i : {0, 1})
                 state->GetInstallation()->Category(i)->SetAction(eGalleryCategoryActionInstall);
             static_cast<void>(state->Run(nullptr));  // pictured whatever it returns

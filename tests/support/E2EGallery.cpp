@@ -195,8 +195,13 @@ void E2EGallery::WriteSource(const std::string& folder, const std::map<std::stri
                 fs::remove(folder + "/" + package.file);
                 continue;
             }
-            PackageSpec content{package.id, version, package.content, ContentBytes(package.content, version),
-                                category.title + " " + package.id, "", {}};
+            PackageSpec content{package.id,
+                                version,
+                                package.content,
+                                ContentBytes(package.content, version),
+                                category.title + " " + package.id,
+                                "",
+                                {}};
             WritePackageZip(folder, package.file, content);
         }
         offers.push_back(offered);
@@ -225,7 +230,8 @@ bool E2EGallery::LacksCategory(const std::string& gallery, const std::string& al
 std::string E2EGallery::RegistryValue(const std::string& key) const
 {
     // The system-scope store, or the user's file when the system one cannot be written.
-    const std::string files[] = {SystemPath("/etc/xdg/zoltaworks/Curatool.conf"), m_config + "/zoltaworks/Curatool.conf"};
+    const std::string files[] = {SystemPath("/etc/xdg/zoltaworks/Curatool.conf"),
+                                 m_config + "/zoltaworks/Curatool.conf"};
     const QString name = QStringLiteral("Software/ZOLTA Technologies Inc./Gallery/TeamContent/%1/%2")
                              .arg(QString::fromLatin1(kGalleryGuid), QString::fromStdString(key));
     for (const std::string& file : files) {

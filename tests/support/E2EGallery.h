@@ -18,13 +18,11 @@ namespace curatool::test {
 extern const char kGalleryGuid[];
 extern const char kSharedGalleries[];  // the shared galleries folder before the system root
 
-struct SampleCategory
-{
+struct SampleCategory {
     std::string alias;  // ShortID in the collection
     std::string guid;
     std::string title;  // English title in the categories document
-    struct Package
-    {
+    struct Package {
         std::string file;     // name in the source
         std::string id;       // manifest identifier
         std::string content;  // the one content file it installs
@@ -53,8 +51,7 @@ std::string DownloadFailure(const std::string& url, const std::string& reason = 
 // Standard error of code 1.
 std::string NotWritable(const std::string& path);
 
-class E2EGallery : public ::testing::Test
-{
+class E2EGallery : public ::testing::Test {
 protected:
     void SetUp() override;
 
@@ -91,7 +88,7 @@ protected:
     void StoreProxy(const std::string& host, int port) const;
     std::string StoredProxyValue(const std::string& key) const;
 
-    std::string m_base;        // everything of this test lives below
+    std::string m_base;  // everything of this test lives below
     std::string m_home;
     std::string m_config;      // XDG_CONFIG_HOME
     std::string m_root;        // CURATOOL_ROOT
@@ -102,8 +99,7 @@ protected:
 
 // The same world with the local source served over loopback HTTP and the collection's default
 // source pointing at it.
-class ServedGallery : public E2EGallery
-{
+class ServedGallery : public E2EGallery {
 protected:
     void SetUp() override;
 

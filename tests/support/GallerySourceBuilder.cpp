@@ -12,8 +12,8 @@ namespace {
 
 std::string Lom(const std::string& id, const std::string& version = std::string())
 {
-    std::string text = "<lom:lom><lom:general><lom:identifier><lom:entry>" + id +
-                       "</lom:entry></lom:identifier></lom:general>";
+    std::string text =
+        "<lom:lom><lom:general><lom:identifier><lom:entry>" + id + "</lom:entry></lom:identifier></lom:general>";
     if (!version.empty())
         text += "<lom:lifeCycle><lom:version><lom:string language=\"en\">" + version +
                 "</lom:string></lom:version></lom:lifeCycle>";
@@ -52,8 +52,7 @@ std::string PackageManifestXml(const PackageSpec& package)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<manifest identifier=\"id1\" version=\"2006-01\">\n" +
-           StringVersions(package) + "<metadata>" +
-           Lom(package.id, package.version) +
+           StringVersions(package) + "<metadata>" + Lom(package.id, package.version) +
            "</metadata>\n"
            "<organizations default=\"id2\"><organization identifier=\"id2\"><title>Organization</title>\n"
            "<item identifier=\"id3\"><title>Category</title>\n"
@@ -80,39 +79,36 @@ void WritePackageZip(const std::string& root, const std::string& name, const Pac
 {
     const std::string staging = MakeScratchDir("zipstaging");
     WritePackageFolder(staging, "pkg", package);
-    ASSERT_TRUE(ZipAddDirectory(CZoltaDirectoryPath((staging + "/pkg").c_str()),
-                                CZoltaFilePath((root + "/" + name).c_str())));
+    ASSERT_TRUE(
+        ZipAddDirectory(CZoltaDirectoryPath((staging + "/pkg").c_str()), CZoltaFilePath((root + "/" + name).c_str())));
 }
 
 void WriteCatalogue(const std::string& path, const std::string& language, const PackageSpec& package,
                     const std::string& title, const std::string& stringVersion)
 {
     ASSERT_TRUE(WriteFile(path, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<i18n language=\"" + language +
-                                    "\"><manifest id=\"" + package.id + "\" languagestringversion=\"" +
-                                    stringVersion + "\"><item id=\"" + ActivityId(package) + "\"><title>" + title +
+                                    "\"><manifest id=\"" + package.id + "\" languagestringversion=\"" + stringVersion +
+                                    "\"><item id=\"" + ActivityId(package) + "\"><title>" + title +
                                     "</title></item></manifest></i18n>\n"));
 }
 
 std::string CategoriesXml(const std::vector<CategorySpec>& categories, const std::vector<std::string>& removals)
 {
     std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<gallery>\n<categories>\n";
-    for (const CategorySpec& category : categories)
-    {
-        xml += "<category id=\"" + category.id + "\" version=\"" + category.version + "\" " +
-               category.extraAttributes + ">\n<title>";
+    for (const CategorySpec& category : categories) {
+        xml += "<category id=\"" + category.id + "\" version=\"" + category.version + "\" " + category.extraAttributes +
+               ">\n<title>";
         for (const auto& [language, title] : category.titles)
             xml += "<t language=\"" + language + "\">" + title + "</t>";
         xml += "</title>\n<files>\n";
-        for (const CategoryFileSpec& file : category.files)
-        {
+        for (const CategoryFileSpec& file : category.files) {
             xml += "<file id=\"" + file.id + "\" version=\"" + file.version + "\"";
             if (!file.strings.empty())
                 xml += " strings=\"" + file.strings + "\"";
             xml += ">" + file.name + "</file>\n";
         }
         xml += "</files>\n";
-        if (!category.strings.empty())
-        {
+        if (!category.strings.empty()) {
             xml += "<strings>";
             for (const auto& [language, package] : category.strings)
                 xml += "<s language=\"" + language + "\">" + package + "</s>";
@@ -121,8 +117,7 @@ std::string CategoriesXml(const std::vector<CategorySpec>& categories, const std
         xml += "</category>\n";
     }
     xml += "</categories>\n";
-    if (!removals.empty())
-    {
+    if (!removals.empty()) {
         xml += "<mandatory><removals>";
         for (const std::string& id : removals)
             xml += "<r id=\"" + id + "\"/>";

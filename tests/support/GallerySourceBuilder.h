@@ -10,11 +10,10 @@
 
 namespace curatool::test {
 
-struct PackageSpec
-{
-    std::string id;                 // the manifest's identifier
-    std::string version;            // lom version, at least two characters
-    std::string content;            // name of its one content file
+struct PackageSpec {
+    std::string id;       // the manifest's identifier
+    std::string version;  // lom version, at least two characters
+    std::string content;  // name of its one content file
     std::string contentBytes = "picture bytes";
     std::string title = "Picture";  // title of the activity
     std::string activityId{};       // identifier of the activity; id + ".a" when empty
@@ -38,16 +37,14 @@ std::string InstallRecordPath(const std::string& gallery, const std::string& id)
 void WriteCatalogue(const std::string& path, const std::string& language, const PackageSpec& package,
                     const std::string& title, const std::string& stringVersion = "1.0");
 
-struct CategoryFileSpec
-{
+struct CategoryFileSpec {
     std::string name;
     std::string id;
     std::string version;
     std::string strings;  // attribute strings, omitted when empty
 };
 
-struct CategorySpec
-{
+struct CategorySpec {
     std::string id;
     std::string version;
     std::vector<std::pair<std::string, std::string>> titles;  // language, title
@@ -56,7 +53,6 @@ struct CategorySpec
     std::string extraAttributes;                               // e.g. size="12"
 };
 
-std::string CategoriesXml(const std::vector<CategorySpec>& categories,
-                          const std::vector<std::string>& removals = {});
+std::string CategoriesXml(const std::vector<CategorySpec>& categories, const std::vector<std::string>& removals = {});
 
 }  // namespace curatool::test

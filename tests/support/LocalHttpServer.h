@@ -10,14 +10,12 @@
 
 namespace curatool::test {
 
-class LocalHttpServer
-{
+class LocalHttpServer {
 public:
     explicit LocalHttpServer(const std::string& folder) { m_server.StartStaticServer(QString::fromStdString(folder)); }
 
     // How the scripted server of the network tests serves the folder instead.
-    struct Behaviour
-    {
+    struct Behaviour {
         int delayMs = 0;                   // every reply held back this long
         std::vector<std::string> stalled;  // file names never answered
         std::vector<std::string> missing;  // file names answered with 404

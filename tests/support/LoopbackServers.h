@@ -9,8 +9,7 @@
 namespace curatool::test {
 
 // A helper server in a process of its own, killed when this goes.
-class ServerProcess
-{
+class ServerProcess {
 public:
     ServerProcess() = default;
     ~ServerProcess();

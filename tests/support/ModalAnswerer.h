@@ -16,8 +16,7 @@ namespace curatool::test {
 
 // Message boxes get `box` (or their first button); folder dialogs get `folder`, canceled when it
 // is empty; any other modal window goes to `other`, when set.
-struct ModalAnswerer
-{
+struct ModalAnswerer {
     QMessageBox::StandardButton box;
     QString folder;
     std::function<void(QWidget*)> other;
@@ -26,7 +25,8 @@ struct ModalAnswerer
     QStringList buttons;  // each box's buttons, sorted, as "Cancel|OK"
     QTimer timer;
 
-    explicit ModalAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok) : box(answer)
+    explicit ModalAnswerer(QMessageBox::StandardButton answer = QMessageBox::Ok)
+        : box(answer)
     {
         QObject::connect(&timer, &QTimer::timeout, [this] { Answer(); });
         timer.start(10);
@@ -37,8 +37,7 @@ struct ModalAnswerer
         QWidget* modal = QApplication::activeModalWidget();
         if (!modal || !modal->isVisible())
             return;
-        if (auto* message = qobject_cast<QMessageBox*>(modal))
-        {
+        if (auto* message = qobject_cast<QMessageBox*>(modal)) {
             boxes << message->text();
             titles << message->windowTitle();
             QStringList names;
@@ -48,17 +47,14 @@ struct ModalAnswerer
             buttons << names.join(QLatin1Char('|'));
             QAbstractButton* chosen = message->button(box);
             (chosen ? chosen : message->buttons().first())->click();
-        }
-        else if (auto* dialog = qobject_cast<QFileDialog*>(modal))
-        {
+        } else if (auto* dialog = qobject_cast<QFileDialog*>(modal)) {
             if (folder.isEmpty())
                 return dialog->reject();
             // Typed as the name, whatever the dialog started from; the accept comes after this
             // slot, since it may open a box of its own.
             dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(folder);
             QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
-        }
-        else if (other)
+        } else if (other)
             other(modal);
     }
 };

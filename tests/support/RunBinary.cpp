@@ -26,8 +26,8 @@ std::vector<std::string> ChildEnvironment(const RunOptions& options)
     for (char** entry = environ; *entry; ++entry) {
         const std::string text = *entry;
         const std::string name = text.substr(0, text.find('='));
-        const bool removed = std::find(options.unsetEnvironment.begin(), options.unsetEnvironment.end(),
-                                       name) != options.unsetEnvironment.end();
+        const bool removed = std::find(options.unsetEnvironment.begin(), options.unsetEnvironment.end(), name) !=
+                             options.unsetEnvironment.end();
         if (!removed && !options.setEnvironment.count(name))
             result.push_back(text);
     }
@@ -135,8 +135,8 @@ RunResult BinaryProcess::Wait()
             if (fd >= 0)
                 fds[count++] = {fd, POLLIN, 0};
 
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now()).count();
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
         if (left <= 0) {
             result.timedOut = true;
             kill(m_pid, SIGKILL);

@@ -13,28 +13,25 @@ namespace curatool::test {
 // How a child run differs from this test process: the child inherits this process's
 // environment (and with it the scratch HOME, XDG_CONFIG_HOME, TMPDIR and CURATOOL_ROOT), with
 // these variables set or removed on top.
-struct RunOptions
-{
+struct RunOptions {
     std::map<std::string, std::string> setEnvironment;
     std::vector<std::string> unsetEnvironment;
-    std::string workingDirectory;   // empty: this process's
-    int timeoutMs = 60000;          // the child is killed after this long
+    std::string workingDirectory;  // empty: this process's
+    int timeoutMs = 60000;         // the child is killed after this long
     // A descriptor to hand the child as its standard output instead of a capturing pipe.
     int standardOutputFd = -1;
 };
 
-struct RunResult
-{
+struct RunResult {
     std::string out;
     std::string err;
-    int exitCode = -1;       // valid when the child exited normally
-    int signal = 0;          // the signal that ended the child, 0 if none
+    int exitCode = -1;  // valid when the child exited normally
+    int signal = 0;     // the signal that ended the child, 0 if none
     bool timedOut = false;
 };
 
 // How a run ended and what it printed, compared in one step.
-struct Outcome
-{
+struct Outcome {
     int exitCode = -1;
     std::string out;
     std::string err;
@@ -51,8 +48,7 @@ inline Outcome OutcomeOf(const RunResult& r)
 }
 
 // A child process that runs while the test goes on; Wait() collects what it printed.
-class BinaryProcess
-{
+class BinaryProcess {
 public:
     BinaryProcess(const std::string& program, const std::vector<std::string>& arguments,
                   const RunOptions& options = {});

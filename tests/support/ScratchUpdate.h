@@ -10,13 +10,12 @@
 namespace curatool::test {
 
 // The update's local document read from a scratch file instead of the program's share folder.
-class ScratchUpdate : public CSelfUpdate
-{
+class ScratchUpdate : public CSelfUpdate {
 public:
     ScratchUpdate(const std::string& localFile, std::shared_ptr<IDownloader> downloader)
-        : CSelfUpdate(CAtlString(L"CuratoolId.xml"), std::move(downloader)), m_path(localFile)
-    {
-    }
+        : CSelfUpdate(CAtlString(L"CuratoolId.xml"), std::move(downloader)),
+          m_path(localFile)
+    {}
     CAtlString LocalFilePath() override { return CAtlString(QString::fromStdString(m_path)); }
 
 private:

@@ -58,7 +58,8 @@ bool OwnsScratchRoot()
 std::string MakeScratchDir(const std::string& name)
 {
     static int counter = 0;
-    fs::path dir = fs::path(ScratchRoot()) / "work" / (name + "-" + std::to_string(getpid()) + "-" + std::to_string(++counter));
+    fs::path dir =
+        fs::path(ScratchRoot()) / "work" / (name + "-" + std::to_string(getpid()) + "-" + std::to_string(++counter));
     fs::remove_all(dir);
     fs::create_directories(dir);
     return dir.string();

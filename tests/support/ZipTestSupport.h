@@ -80,18 +80,17 @@ inline std::string SampleBytes(size_t size, unsigned seed)
 }
 
 // Writes archives field by field, stored entries only, with every field open to tampering.
-struct RawEntry
-{
+struct RawEntry {
     std::string name;
     std::string data;
-    uint16_t madeBy = 0x0314;      // Unix, 2.0
+    uint16_t madeBy = 0x0314;  // Unix, 2.0
     uint32_t externalAttr = 0100644u << 16;
     uint16_t flags = 0;
     uint16_t method = 0;
     bool badCrc = false;
-    bool deflate = false;          // the data goes in deflated (method 8)
-    int64_t declaredSize = -1;     // the uncompressed size claimed, when not the data's own
-    int sharesDataOf = -1;         // index of an earlier entry whose local header this one names
+    bool deflate = false;       // the data goes in deflated (method 8)
+    int64_t declaredSize = -1;  // the uncompressed size claimed, when not the data's own
+    int sharesDataOf = -1;      // index of an earlier entry whose local header this one names
 };
 
 // Raw deflate, as an archive holds it.
@@ -110,8 +109,7 @@ inline std::string Deflated(const std::string& data)
     return out;
 }
 
-class RawZip
-{
+class RawZip {
 public:
     void Add(RawEntry entry) { m_entries.push_back(std::move(entry)); }
     void Add(const std::string& name, const std::string& data)
@@ -128,8 +126,8 @@ public:
         std::string central;
         std::vector<uint32_t> offsets;
         for (const RawEntry& entry : m_entries) {
-            uint32_t crc = uint32_t(crc32(0, reinterpret_cast<const Bytef*>(entry.data.data()),
-                                          uInt(entry.data.size())));
+            uint32_t crc =
+                uint32_t(crc32(0, reinterpret_cast<const Bytef*>(entry.data.data()), uInt(entry.data.size())));
             if (entry.badCrc)
                 crc ^= 0x5A5A5A5Au;
             const std::string stored = entry.deflate ? Deflated(entry.data) : entry.data;
@@ -147,7 +145,8 @@ public:
                 Put16(to, uint16_t(entry.name.size()));
                 Put16(to, 0);
             };
-            const uint32_t offset = entry.sharesDataOf >= 0 ? offsets[size_t(entry.sharesDataOf)] : uint32_t(out.size());
+            const uint32_t offset =
+                entry.sharesDataOf >= 0 ? offsets[size_t(entry.sharesDataOf)] : uint32_t(out.size());
             offsets.push_back(offset);
             if (entry.sharesDataOf < 0) {
                 Put32(out, 0x04034b50);

@@ -22,10 +22,11 @@ using curatool::test::ReadFile;
 using curatool::test::WriteFile;
 
 // Puts PATH (and the log the fake tools write) in place for one test and restores it afterwards.
-class ScratchPath
-{
+class ScratchPath {
 public:
-    ScratchPath() : m_folder(MakeScratchDir("bin")), m_log(MakeScratchDir("log") + "/tool.log")
+    ScratchPath()
+        : m_folder(MakeScratchDir("bin")),
+          m_log(MakeScratchDir("log") + "/tool.log")
     {
         if (const char* old = std::getenv("PATH"))
             m_oldPath = old;
@@ -58,8 +59,10 @@ private:
 // Records the tool's name and each argument on a line of its own.
 std::string Recorder(const std::string& name, int exitCode)
 {
-    return "{ echo '" + name + "'; for a in \"$@\"; do printf '%s\\n' \"$a\"; done; } >> \"$TOOL_LOG\"\n"
-           "echo 'tool output'\nexit " + std::to_string(exitCode) + "\n";
+    return "{ echo '" + name +
+           "'; for a in \"$@\"; do printf '%s\\n' \"$a\"; done; } >> \"$TOOL_LOG\"\n"
+           "echo 'tool output'\nexit " +
+           std::to_string(exitCode) + "\n";
 }
 
 TEST(CAuthenticationEscape, EveryShellCharacterGetsABackslash)
@@ -149,24 +152,23 @@ TEST(CAuthenticationRun, ToolThatCannotStartGivesMinusOne)
 }
 
 // A fake sudo: asks for the password up to three times; "right" runs the program (exit 3).
-const char kFakeSudo[] =
-    "printf '%s\\n' \"$@\" > \"$TOOL_LOG\"\n"
-    "tries=0\n"
-    "while :; do\n"
-    "  printf 'PASSWORD:'\n"
-    "  read pw || exit 9\n"
-    "  tries=$((tries+1))\n"
-    "  printf '%s\\n' \"$pw\" >> \"$TOOL_LOG.pw\"\n"
-    "  if [ \"$pw\" = right ]; then echo 'program ran'; exit 3; fi\n"
-    "  echo 'Sorry, try again.'\n"
-    "  [ $tries -ge 3 ] && exit 1\n"
-    "done\n";
+const char kFakeSudo[] = "printf '%s\\n' \"$@\" > \"$TOOL_LOG\"\n"
+                         "tries=0\n"
+                         "while :; do\n"
+                         "  printf 'PASSWORD:'\n"
+                         "  read pw || exit 9\n"
+                         "  tries=$((tries+1))\n"
+                         "  printf '%s\\n' \"$pw\" >> \"$TOOL_LOG.pw\"\n"
+                         "  if [ \"$pw\" = right ]; then echo 'program ran'; exit 3; fi\n"
+                         "  echo 'Sorry, try again.'\n"
+                         "  [ $tries -ge 3 ] && exit 1\n"
+                         "done\n";
 
 // Answers each modal window the sudo conversation opens, and notes what it saw.
-class DialogDriver
-{
+class DialogDriver {
 public:
-    explicit DialogDriver(std::vector<QString> passwords) : m_passwords(std::move(passwords))
+    explicit DialogDriver(std::vector<QString> passwords)
+        : m_passwords(std::move(passwords))
     {
         QObject::connect(&m_timer, &QTimer::timeout, [this] { Answer(); });
         m_timer.start(20);

@@ -26,14 +26,12 @@ namespace {
 // Ids as the main window gives them: 1 for each root, then one per category in list order.
 enum { kRoot = 1, kAnimals = 2, kMaps = 3, kSounds = 4 };
 
-struct TotalsRecorder : ITotalObserver
-{
+struct TotalsRecorder : ITotalObserver {
     int calls = 0;
     void OnTotalsChanged() override { ++calls; }
 };
 
-struct ContentChooser : ::testing::Test
-{
+struct ContentChooser : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
     std::unique_ptr<CGalleryInstallation> installation;
@@ -88,8 +86,7 @@ struct ContentChooser : ::testing::Test
         categories.CreateBox(kRoot, 0, categoryRoot);
         auto* updateRoot = new QTreeWidgetItem(&updateTree);
         updates.CreateBox(kRoot, 0, updateRoot);
-        for (int id = 2; id < 2 + installation->CategoryCount(); ++id)
-        {
+        for (int id = 2; id < 2 + installation->CategoryCount(); ++id) {
             auto wrapper = std::make_shared<GalleryItemWrapper>(Category(id));
             categories.CreateBox(id, kRoot, new QTreeWidgetItem(categoryRoot));
             categories.AddItem(id, wrapper);
@@ -129,8 +126,7 @@ struct ContentChooser : ::testing::Test
 TEST_F(ContentChooser, RowsShowTitlesSizesAndWhatIsInstalled)
 {
     BuildTrees();
-    for (int id : {kAnimals, kMaps, kSounds})
-    {
+    for (int id : {kAnimals, kMaps, kSounds}) {
         const QTreeWidgetItem* row = Row(categories, id);
         EXPECT_EQ(Category(id)->GetTitle().ToQString(), row->text(0));
         EXPECT_EQ(FormatByteSize(Category(id)->GetDiskSize()).ToQString(), row->text(1));
@@ -151,19 +147,21 @@ TEST_F(ContentChooser, RowsShowTitlesSizesAndWhatIsInstalled)
 
 TEST_F(ContentChooser, CategoryClicksSetTheEngineActions)
 {
-    struct Case { std::vector<int> clicks; std::vector<int> actions; };
+    struct Case {
+        std::vector<int> clicks;
+        std::vector<int> actions;
+    };
     const Case cases[] = {
-        {{kSounds}, {0, 0, 1}},                   // checking an uninstalled category adds it
-        {{kMaps}, {0, 4, 0}},                     // clearing an installed one removes it
-        {{kMaps, kMaps}, {0, 0, 0}},              // checked again: left alone, not added
+        {{kSounds}, {0, 0, 1}},       // checking an uninstalled category adds it
+        {{kMaps}, {0, 4, 0}},         // clearing an installed one removes it
+        {{kMaps, kMaps}, {0, 0, 0}},  // checked again: left alone, not added
         {{kSounds, kSounds}, {0, 0, 0}},
-        {{kRoot}, {4, 4, 0}},                     // partial root -> cleared: all installed go
-        {{kSounds, kRoot, kRoot}, {4, 4, 0}},     // checked root -> partial -> cleared
-        {{kRoot, kRoot}, {0, 0, 1}},              // cleared -> checked: everything there
+        {{kRoot}, {4, 4, 0}},                       // partial root -> cleared: all installed go
+        {{kSounds, kRoot, kRoot}, {4, 4, 0}},       // checked root -> partial -> cleared
+        {{kRoot, kRoot}, {0, 0, 1}},                // cleared -> checked: everything there
         {{kMaps, kRoot, kRoot, kRoot}, {0, 4, 0}},  // -> partial: each row's own choice comes back
     };
-    for (const Case& test : cases)
-    {
+    for (const Case& test : cases) {
         for (int id : {kAnimals, kMaps, kSounds})
             Category(id)->SetAction(0);
         BuildTrees();
@@ -235,15 +233,17 @@ TEST_F(ContentChooser, TotalsFollowTheChosenCategories)
     EXPECT_EQ(size(kAnimals) + size(kMaps), categories.GetInstalledSize());
     EXPECT_EQ(count(kAnimals) + count(kMaps), categories.GetInstalledCount());
 
-    struct Case { std::vector<int> clicks; unsigned addSize, addCount, removeSize, removeCount; };
+    struct Case {
+        std::vector<int> clicks;
+        unsigned addSize, addCount, removeSize, removeCount;
+    };
     const Case cases[] = {
         {{kSounds}, size(kSounds), count(kSounds), 0, 0},
         {{kMaps}, size(kSounds), count(kSounds), size(kMaps), count(kMaps)},
         {{kSounds, kAnimals}, 0, 0, size(kMaps) + size(kAnimals), count(kMaps) + count(kAnimals)},
         {{kAnimals, kMaps}, 0, 0, 0, 0},
     };
-    for (const Case& test : cases)
-    {
+    for (const Case& test : cases) {
         const int callsBefore = totals.calls;
         Click(categories, test.clicks);
         EXPECT_LT(callsBefore, totals.calls);

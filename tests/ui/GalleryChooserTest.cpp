@@ -45,12 +45,14 @@ std::string WriteCollection(const std::string& guid, const std::string& title)
     const std::string folder = MakeScratchDir("collection-" + guid);
     WriteFile(folder + "/configuration.xml",
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title "
-              "Value=\"" + title + "\"/></Application><Organization><Name Value=\"Org\"/></Organization><Gallery GUID=\"" +
+              "Value=\"" +
+                  title + "\"/></Application><Organization><Name Value=\"Org\"/></Organization><Gallery GUID=\"" +
                   guid + "\" DefaultSource=\"http://127.0.0.1:9/none\" Name=\"" + title + "\"/></CCSettings>\n");
     WriteFile(folder + "/metadata.xml",
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<lom:lom><lom:general><lom:identifier><lom:entry>" + guid +
                   "</lom:entry></lom:identifier><lom:title><lom:string language=\"de\">Nur Deutsch</lom:string>"
-                  "<lom:string language=\"en\">" + title + "</lom:string></lom:title></lom:general></lom:lom>\n");
+                  "<lom:string language=\"en\">" +
+                  title + "</lom:string></lom:title></lom:general></lom:lom>\n");
     return folder;
 }
 
@@ -87,8 +89,7 @@ void ChooseFile(const std::string& path)
     });
 }
 
-struct GalleryChooserTest : ::testing::Test
-{
+struct GalleryChooserTest : ::testing::Test {
     void SetUp() override
     {
         Output::Initialize();
@@ -105,8 +106,7 @@ TEST_F(GalleryChooserTest, ListsRemovesAndOpensRegisteredGalleries)
     const auto gone = Register(WriteCollection("guid-gone", "Gone"));
     fs::remove_all(gone->GetConfigurationDirectory().ToQString().toStdString());
 
-    struct Call
-    {
+    struct Call {
         QString guid;
         bool gui;
         QWidget* parent;

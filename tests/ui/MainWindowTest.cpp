@@ -38,23 +38,21 @@ const char* const kGuids[] = {"0c9b8f1e-3a52-4d1c-8e6f-7b2a4c9d1e01", "0c9b8f1e-
                               "0c9b8f1e-3a52-4d1c-8e6f-7b2a4c9d1e03"};
 
 // Boxes get Yes; the progress dialog its Finish (or, once, its Cancel); other dialogs are accepted.
-struct Answers : ModalAnswerer
-{
+struct Answers : ModalAnswerer {
     bool cancelRun = false;
     QStringList others;
 
-    Answers() : ModalAnswerer(QMessageBox::Yes)
+    Answers()
+        : ModalAnswerer(QMessageBox::Yes)
     {
         other = [this](QWidget* modal) {
-            if (modal->objectName() != QLatin1String("ProgressDialog"))
-            {
+            if (modal->objectName() != QLatin1String("ProgressDialog")) {
                 if (auto* dialog = qobject_cast<QDialog*>(modal))
                     others << dialog->objectName(), dialog->accept();
                 return;
             }
             auto* finish = modal->findChild<QPushButton*>(QStringLiteral("cancelButton"));
-            if (finish->isVisible() && (finish->text() == QLatin1String("Finish") || cancelRun))
-            {
+            if (finish->isVisible() && (finish->text() == QLatin1String("Finish") || cancelRun)) {
                 cancelRun = false;
                 finish->click();
             }
@@ -62,8 +60,7 @@ struct Answers : ModalAnswerer
     }
 };
 
-struct MainWindowTest : ::testing::Test
-{
+struct MainWindowTest : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery") + "/ZOLTA Sample Collection";
     std::shared_ptr<CConfiguration> configuration = std::make_shared<CConfiguration>();
@@ -221,8 +218,7 @@ TEST_F(MainWindowTest, ClicksAndTheSpaceKeyOnTheTrees)
     // The space key neither toggles nor moves.
     Categories()->setFocus();
     Categories()->setCurrentItem(CategoryRow(kAnimals));
-    for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
-    {
+    for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
         QKeyEvent key(type, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "));
         QApplication::sendEvent(Categories(), &key);
     }
@@ -273,9 +269,7 @@ TEST_F(MainWindowTest, AnUpdateAndARemovalInOneChange)
     EXPECT_EQ(std::vector<bool>({true, false, false}), Recorded());
 }
 
-struct RemovingEverything : MainWindowTest, ::testing::WithParamInterface<QMessageBox::StandardButton>
-{
-};
+struct RemovingEverything : MainWindowTest, ::testing::WithParamInterface<QMessageBox::StandardButton> {};
 
 TEST_P(RemovingEverything, AsksWhetherTheGalleryRecordsGoToo)
 {

@@ -18,8 +18,7 @@ inline void AnswerModal(std::function<bool(QWidget*)> answer)
     timer->setInterval(10);
     QObject::connect(timer, &QTimer::timeout, timer, [timer, answer = std::move(answer)] {
         QWidget* window = QApplication::activeModalWidget();
-        if (window && answer(window))
-        {
+        if (window && answer(window)) {
             timer->stop();
             timer->deleteLater();
         }

@@ -26,10 +26,10 @@ namespace {
 const std::string kSample = CURATOOL_SOURCE_DIR "/samples/collection";
 
 // A catalogue in memory; texts it does not know stay as they are.
-class Catalogue : public QTranslator
-{
+class Catalogue : public QTranslator {
 public:
-    explicit Catalogue(std::map<QString, QString> texts) : m_texts(std::move(texts))
+    explicit Catalogue(std::map<QString, QString> texts)
+        : m_texts(std::move(texts))
     {
         QCoreApplication::installTranslator(this);
     }
@@ -48,8 +48,7 @@ private:
 TEST(TranslatedHtmlTest, TranslatesInnermostFirstAndAlwaysDropsTheMarkers)
 {
     const Catalogue catalogue({{"World", "Welt"}, {"Hello Welt", "Hallo Welt"}, {"Größe", "Size"}});
-    struct Case
-    {
+    struct Case {
         const char* html;
         const char* expected;
         bool broken;
@@ -62,8 +61,7 @@ TEST(TranslatedHtmlTest, TranslatesInnermostFirstAndAlwaysDropsTheMarkers)
         {"<p><translate>Open</p>", "<p>Open</p>", true},
         {"<p>a</p><p>b", "<p>a</p><p>b", true},
     };
-    for (const Case& c : cases)
-    {
+    for (const Case& c : cases) {
         testing::internal::CaptureStderr();
         EXPECT_EQ(QString::fromUtf8(c.expected), TranslateHtml(QString::fromUtf8(c.html))) << c.html;
         EXPECT_EQ(c.broken ? "Error parsing translated html.\n" : "", testing::internal::GetCapturedStderr()) << c.html;
@@ -75,9 +73,11 @@ std::shared_ptr<CConfiguration> Collection(const std::string& splashScreen, cons
     const std::string folder = MakeScratchDir("panel");
     WriteFile(folder + "/configuration.xml",
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title "
-              "Value=\"T\"/>" + splashScreen + extra + "</Application><Organization><Name Value=\"Org\"/>"
-              "</Organization><Gallery GUID=\"guid-panel\" DefaultSource=\"http://127.0.0.1:9/none\" "
-              "Name=\"Panel Gallery\"/></CCSettings>\n");
+              "Value=\"T\"/>" +
+                  splashScreen + extra +
+                  "</Application><Organization><Name Value=\"Org\"/>"
+                  "</Organization><Gallery GUID=\"guid-panel\" DefaultSource=\"http://127.0.0.1:9/none\" "
+                  "Name=\"Panel Gallery\"/></CCSettings>\n");
     WriteFile(folder + "/metadata.xml",
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<lom:lom><lom:general><lom:identifier><lom:entry>"
               "guid-panel</lom:entry></lom:identifier><lom:title><lom:string language=\"en\">Panel</lom:string>"
@@ -89,8 +89,7 @@ std::shared_ptr<CConfiguration> Collection(const std::string& splashScreen, cons
 
 TEST(AboutTest, ShowsThePanelAsTheCollectionAsks)
 {
-    struct Case
-    {
+    struct Case {
         std::shared_ptr<CConfiguration> configuration;
         bool hasContent;
         QString name;
@@ -109,8 +108,7 @@ TEST(AboutTest, ShowsThePanelAsTheCollectionAsks)
         {missing, true, "Panel Gallery", "", builtIn,
          "Failed to load: " + missing->ResolvePath(CAtlString(L"gone.html")).ToQString().toStdString() + "\n"},
     };
-    for (const Case& c : cases)
-    {
+    for (const Case& c : cases) {
         testing::internal::CaptureStderr();
         About about(c.configuration);
         EXPECT_EQ(c.complaint, testing::internal::GetCapturedStderr());
@@ -119,8 +117,7 @@ TEST(AboutTest, ShowsThePanelAsTheCollectionAsks)
         EXPECT_EQ(c.name, panel.labelGalleryName->text());
         EXPECT_EQ(c.picture, about.aboutWidget->minimumSize());
         EXPECT_EQ(!c.textPart.isEmpty(), !panel.editAbout->isHidden());
-        if (!c.textPart.isEmpty())
-        {
+        if (!c.textPart.isEmpty()) {
             EXPECT_TRUE(panel.editAbout->toPlainText().contains(c.textPart));
             EXPECT_FALSE(panel.editAbout->toHtml().contains("translate"));
         }
@@ -134,8 +131,8 @@ TEST(WaitForCDTest, TakesTheDiscWhenItsDataAppearsAndPausesWhileTheUserLooks)
     const std::string disc = MakeScratchDir("disc");
     WaitForCDDlg dialog(configuration, CAtlString(QString::fromStdString(disc)));
     EXPECT_EQ("ZOLTA Curatool", dialog.windowTitle());
-    EXPECT_TRUE(dialog.aboutWidget->Form().editAbout->toPlainText().contains(
-        QString("Please insert Gallery CD: ") + QString::fromStdString(disc)));
+    EXPECT_TRUE(dialog.aboutWidget->Form().editAbout->toPlainText().contains(QString("Please insert Gallery CD: ") +
+                                                                             QString::fromStdString(disc)));
 
     QTimer* poll = dialog.findChild<QTimer*>();
     ASSERT_NE(nullptr, poll);

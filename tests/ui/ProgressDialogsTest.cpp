@@ -27,15 +27,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Seen
-{
+struct Seen {
     QString action, item, file;
     int bar;
     bool onGuiThread;
 };
 
-struct ProgressDialogs : ::testing::Test
-{
+struct ProgressDialogs : ::testing::Test {
     std::string source = MakeScratchDir("source");
     std::string gallery = MakeScratchDir("gallery");
     std::shared_ptr<CConfiguration> configuration = std::make_shared<CConfiguration>();
@@ -66,14 +64,14 @@ TEST_F(ProgressDialogs, ARunUpdatesTheWindowThroughTheQueuedSignalAndFinishClose
     ProgressDlg dialog(controller);
     std::vector<Seen> seen;
     // Connected after the dialog's own slot, so each entry shows what that slot has just set.
-    QObject::connect(static_cast<QtInstallationObserver*>(dialog.GetObserver()),
-                     &QtInstallationObserver::ProgressSignal, &dialog,
-                     [&] {
-                         seen.push_back({dialog.labelAction->text(), dialog.labelCurrentItem->text(),
-                                         dialog.labelCurrentFile->text(), dialog.progressBarTotal->value(),
-                                         QThread::currentThread() == dialog.thread()});
-                     },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        static_cast<QtInstallationObserver*>(dialog.GetObserver()), &QtInstallationObserver::ProgressSignal, &dialog,
+        [&] {
+            seen.push_back({dialog.labelAction->text(), dialog.labelCurrentItem->text(),
+                            dialog.labelCurrentFile->text(), dialog.progressBarTotal->value(),
+                            QThread::currentThread() == dialog.thread()});
+        },
+        Qt::QueuedConnection);
     dialog.show();
     ASSERT_TRUE(OpenAll(dialog.GetObserver()));
     ASSERT_TRUE(controller->RunSelection(dialog.GetObserver()));
@@ -81,8 +79,7 @@ TEST_F(ProgressDialogs, ARunUpdatesTheWindowThroughTheQueuedSignalAndFinishClose
 
     ASSERT_GE(seen.size(), 2u);
     bool sawInstalling = false;
-    for (size_t i = 0; i < seen.size(); ++i)
-    {
+    for (size_t i = 0; i < seen.size(); ++i) {
         EXPECT_TRUE(seen[i].onGuiThread);
         EXPECT_GE(seen[i].bar, i ? seen[i - 1].bar : 0);
         EXPECT_FALSE(seen[i].file.contains('/')) << seen[i].file.toStdString();
@@ -140,10 +137,9 @@ TEST_F(ProgressDialogs, TheReadingWindowStandsWhileTheGalleryIsRead)
     ASSERT_TRUE(action);
 
     std::vector<std::pair<QString, bool>> seen;
-    QObject::connect(static_cast<QtInstallationObserver*>(dialog.GetObserver()),
-                     &QtInstallationObserver::ProgressSignal, &dialog,
-                     [&] { seen.emplace_back(action->text(), dialog.isVisible()); },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        static_cast<QtInstallationObserver*>(dialog.GetObserver()), &QtInstallationObserver::ProgressSignal, &dialog,
+        [&] { seen.emplace_back(action->text(), dialog.isVisible()); }, Qt::QueuedConnection);
     dialog.ShowCentred();
     EXPECT_EQ(dialog.screen()->availableGeometry().center(), dialog.frameGeometry().center());
     ASSERT_TRUE(controller->OpenInstallation(CZoltaDirectoryPath(gallery.c_str()), CAtlString(source.c_str()),

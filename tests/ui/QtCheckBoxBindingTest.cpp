@@ -11,8 +11,7 @@
 
 namespace {
 
-struct Controller : CHeckBoxController
-{
+struct Controller : CHeckBoxController {
     void Clear() override {}
 };
 
@@ -47,8 +46,7 @@ TEST(QtCheckBoxBindingTest, TreeRowShowsItsStateAndADisabledRowIgnoresClicks)
     box.SetItem(item, 0);
     box.SetTriState(true);
     const Qt::CheckState expected[] = {Qt::Checked, Qt::PartiallyChecked, Qt::Unchecked};
-    for (Qt::CheckState state : expected)
-    {
+    for (Qt::CheckState state : expected) {
         box.OnClicked(false);
         EXPECT_EQ(state, item->checkState(0));
     }

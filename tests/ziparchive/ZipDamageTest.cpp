@@ -28,7 +28,8 @@ int CauseOfReadingAll(const std::string& bytes)
             zip.ExtractFile(i, out);
         }
         zip.Close();
-    } catch (const CZipException& error) {
+    }
+    catch (const CZipException& error) {
         if (!zip.IsClosed())
             zip.Close(true);
         return error.m_iCause;
@@ -124,8 +125,7 @@ TEST(ZipDamage, BombsStopAtTheirDeclaredSizeAndNeverReachTheDisk)
         huge.Add(entry);
     }
 
-    struct Case
-    {
+    struct Case {
         const char* name;
         std::string bytes;
         int cause;  // met when every entry is read into memory
@@ -158,7 +158,8 @@ TEST(ZipDamage, BombsStopAtTheirDeclaredSizeAndNeverReachTheDisk)
         while (size_t got = zip.ReadFile(buffer.data(), buffer.size()))
             given += got;
         ADD_FAILURE() << "no failure";
-    } catch (const CZipException& error) {
+    }
+    catch (const CZipException& error) {
         EXPECT_EQ(CZipException::badCrc, error.m_iCause);
     }
     EXPECT_LE(given, size_t(100 * 1024));
@@ -169,8 +170,7 @@ TEST(ZipDamage, EveryTruncationFailsWithAKnownCode)
 {
     const std::string whole = DeflatedArchive();
     ASSERT_EQ(CauseOfReadingAll(whole), 0);
-    const std::set<int> expected = {CZipException::badZipFile, CZipException::badCrc,
-                                    CZipException::cdirNotFound};
+    const std::set<int> expected = {CZipException::badZipFile, CZipException::badCrc, CZipException::cdirNotFound};
     for (size_t length = 0; length < whole.size(); length += 97) {
         // A copy of exactly `length` bytes, so a read past its end is one a sanitizer would see.
         const int cause = CauseOfReadingAll(whole.substr(0, length));
@@ -208,9 +208,13 @@ TEST(ZipDamage, HostileNamesAndLinksAreRefusedWithoutWritingOutside)
     std::filesystem::create_directories(target);
     const std::string outside = sandbox + "/escaped.txt";
 
-    const std::vector<std::string> names = {
-        "../escaped.txt", "a/../../escaped.txt", "..\\escaped.txt", "a\\..\\..\\escaped.txt",
-        outside, "\\" + outside.substr(1), std::string("ok\0/../../escaped.txt", 22)};
+    const std::vector<std::string> names = {"../escaped.txt",
+                                            "a/../../escaped.txt",
+                                            "..\\escaped.txt",
+                                            "a\\..\\..\\escaped.txt",
+                                            outside,
+                                            "\\" + outside.substr(1),
+                                            std::string("ok\0/../../escaped.txt", 22)};
     for (const std::string& name : names) {
         RawZip raw;
         raw.Add("before.txt", "fine");
@@ -245,8 +249,7 @@ TEST(ZipDamage, HostileNamesAndLinksAreRefusedWithoutWritingOutside)
 
     // Whatever was extracted stayed below the destination.
     for (const auto& [path, bytes] : ReadTree(sandbox))
-        EXPECT_TRUE(path.rfind("dest/", 0) == 0 || path == "h.zip" || path == "l.zip" || path == "dest/")
-            << path;
+        EXPECT_TRUE(path.rfind("dest/", 0) == 0 || path == "h.zip" || path == "l.zip" || path == "dest/") << path;
 }
 
 TEST(ZipDamage, HarmlessOddNamesStayInside)

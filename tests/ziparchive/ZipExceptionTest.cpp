@@ -35,14 +35,16 @@ TEST(ZipException, ErrnoCodesAndTheSystemText)
     try {
         CZipException::ThrowErrno(ENOENT, "a.zip");
         FAIL();
-    } catch (const CZipException& error) {
+    }
+    catch (const CZipException& error) {
         EXPECT_EQ(error.m_iCause, 2);
         EXPECT_EQ(error.m_szFileName, "a.zip");
     }
     try {
         CZipException::ThrowErrno(ELOOP, "b.zip");
         FAIL();
-    } catch (const CZipException& error) {
+    }
+    catch (const CZipException& error) {
         EXPECT_EQ(error.m_iCause, CZipException::errNo);
         EXPECT_EQ(error.GetErrorDescription(), std::strerror(ELOOP));
     }
@@ -57,8 +59,8 @@ TEST(ZipException, FileNameJoinsOnlyRemoveAndRenameTexts)
 
 TEST(ZipException, ZlibResultsMapToCodes)
 {
-    const int zlib[] = {Z_STREAM_END, Z_NEED_DICT, Z_ERRNO, Z_STREAM_ERROR, Z_DATA_ERROR, Z_MEM_ERROR, Z_BUF_ERROR,
-                        Z_VERSION_ERROR, Z_OK, -7};
+    const int zlib[] = {Z_STREAM_END, Z_NEED_DICT, Z_ERRNO,         Z_STREAM_ERROR, Z_DATA_ERROR,
+                        Z_MEM_ERROR,  Z_BUF_ERROR, Z_VERSION_ERROR, Z_OK,           -7};
     const int zip[] = {500, 501, 502, 503, 504, 505, 506, 507, 100, 100};
     for (int i = 0; i < 10; ++i)
         EXPECT_EQ(CZipException::ZlibErrToZip(zlib[i]), zip[i]) << zlib[i];
@@ -74,7 +76,8 @@ TEST(ZipPlatformNames, WideAndUtf8ConvertBothWays)
     const wchar_t* name = L"Gr\u00FC\u00DFe/\u65E5\U0001F600.txt";
     const int length = ZipPlatform::WideToSingle(name, single, false);
     EXPECT_EQ(length, int(single.size()));
-    EXPECT_EQ(single, "Gr\xC3\xBC\xC3\x9F" "e/\xE6\x97\xA5\xF0\x9F\x98\x80.txt");
+    EXPECT_EQ(single, "Gr\xC3\xBC\xC3\x9F"
+                      "e/\xE6\x97\xA5\xF0\x9F\x98\x80.txt");
     std::wstring wide;
     ZipPlatform::SingleToWide(single, wide, false);
     EXPECT_EQ(wide, name);

@@ -39,7 +39,9 @@ std::string MakeSourceTree(const std::string& name)
     WriteFile(root + "/pictures/big.bin", SampleBytes(300000, 1));
     WriteFile(root + "/pictures/deep/er/leaf.txt", SampleBytes(777, 2));
     WriteFile(root + "/sounds/ding.wav", SampleBytes(5000, 3));
-    WriteFile(root + "/Gr\xC3\xBC\xC3\x9F" "e/\xE6\x97\xA5\xE6\x9C\xAC.txt", "unicode\n");
+    WriteFile(root + "/Gr\xC3\xBC\xC3\x9F"
+                     "e/\xE6\x97\xA5\xE6\x9C\xAC.txt",
+              "unicode\n");
     WriteFile(root + "/empty.txt", "");
     std::filesystem::create_directories(root + "/nothing/inside");
     SetModTime(root + "/imsmanifest.xml", 1000000001);  // odd second: DOS time alone would lose it
@@ -86,8 +88,7 @@ TEST(ZipHelpers, AddFileRelativeAndAddFileBuildOneArchive)
     const std::string archive = folder + "/out.zip";
 
     ASSERT_TRUE(ZipAddFileRelative(FilePath(folder + "/sub/first.xml"), FilePath(archive)));
-    ASSERT_TRUE(ZipAddFile(FilePath(archive), CAtlString(L"data\\second.bin"),
-                           FilePath(folder + "/second.bin")));
+    ASSERT_TRUE(ZipAddFile(FilePath(archive), CAtlString(L"data\\second.bin"), FilePath(folder + "/second.bin")));
 
     const std::string target = MakeScratchDir("add-out");
     ASSERT_TRUE(ZipExtractAll(FilePath(archive), FolderPath(target)));
@@ -97,8 +98,7 @@ TEST(ZipHelpers, AddFileRelativeAndAddFileBuildOneArchive)
     EXPECT_EQ(tree.at("data/second.bin"), ReadFile(folder + "/second.bin"));
 
     // Adding to an archive that is not there does not make one.
-    EXPECT_FALSE(ZipAddFile(FilePath(folder + "/missing.zip"), CAtlString(L"x"),
-                            FilePath(folder + "/second.bin")));
+    EXPECT_FALSE(ZipAddFile(FilePath(folder + "/missing.zip"), CAtlString(L"x"), FilePath(folder + "/second.bin")));
     EXPECT_FALSE(Exists(folder + "/missing.zip"));
     EXPECT_FALSE(ZipAddFileRelative(FilePath(folder + "/no-such-file"), FilePath(folder + "/o.zip")));
     EXPECT_FALSE(ZipAddDirectory(FolderPath(folder + "/no-such-folder"), FilePath(folder + "/p.zip")));

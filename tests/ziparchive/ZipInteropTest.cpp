@@ -29,8 +29,7 @@ std::map<std::string, std::string> FilesOnly(std::map<std::string, std::string> 
     return tree;
 }
 
-struct Producer
-{
+struct Producer {
     const char* label;
     const char* tool;
     // Runs in the folder that holds "content"; writes "out.zip".
@@ -61,7 +60,8 @@ const Producer kProducers[] = {
     {"InfoZipNoFolders", "zip", "cd content && zip -q -r -D ../out.zip .", false},
     {"InfoZipPipeDescriptors", "zip", "cd content && zip -q -r - . | cat > ../out.zip", true},
     {"BsdtarDeflated", "bsdtar", "cd content && bsdtar --format zip -cf ../out.zip *", true},
-    {"BsdtarStored", "bsdtar", "cd content && bsdtar --format zip --options zip:compression=store -cf ../out.zip *", true},
+    {"BsdtarStored", "bsdtar", "cd content && bsdtar --format zip --options zip:compression=store -cf ../out.zip *",
+     true},
     {"BsdtarPipeDescriptors", "bsdtar", "cd content && bsdtar --format zip -cf - * | cat > ../out.zip", true},
     {"SevenZipDeflated", "7z", "cd content && 7z a -tzip ../out.zip . >/dev/null", true},
     {"SevenZipStored", "7z", "cd content && 7z a -tzip -mx=0 ../out.zip . >/dev/null", true},
@@ -70,9 +70,7 @@ const Producer kProducers[] = {
     {"PythonDeflatedDescriptors", "python3", "python3 writer.py deflated stream", true},
 };
 
-class ForeignArchive : public testing::TestWithParam<Producer>
-{
-};
+class ForeignArchive : public testing::TestWithParam<Producer> {};
 
 }  // namespace
 
@@ -111,13 +109,11 @@ TEST(OwnArchive, PassesTestsOfOtherToolsAndExtractsIdentically)
     const std::string archive = work + "/own.zip";
     ASSERT_TRUE(ZipAddDirectory(FolderPath(source), FilePath(archive)));
     // One more entry through the read-write road, which rewrites the central directory.
-    ASSERT_TRUE(ZipAddFile(FilePath(archive), CAtlString(L"extra\\added.txt"),
-                           FilePath(source + "/imsmanifest.xml")));
+    ASSERT_TRUE(ZipAddFile(FilePath(archive), CAtlString(L"extra\\added.txt"), FilePath(source + "/imsmanifest.xml")));
     std::map<std::string, std::string> expected = FilesOnly(ReadTree(source));
     expected["extra/added.txt"] = ReadFile(source + "/imsmanifest.xml");
 
-    struct Extractor
-    {
+    struct Extractor {
         const char* tool;
         std::string test;
         std::string extract;
@@ -147,11 +143,12 @@ TEST(OwnArchive, Utf8NamesReadBackInPython)
     if (!HasTool("python3"))
         GTEST_SKIP() << "python3 is not installed";
     const std::string folder = MakeScratchDir("utf8");
-    WriteFile(folder + "/src/Gr\xC3\xBC\xC3\x9F" "e/\xE6\x97\xA5.txt", "x");
+    WriteFile(folder + "/src/Gr\xC3\xBC\xC3\x9F"
+                       "e/\xE6\x97\xA5.txt",
+              "x");
     ASSERT_TRUE(ZipAddDirectory(FolderPath(folder + "/src"), FilePath(folder + "/u.zip")));
-    WriteFile(folder + "/names.py",
-              "import zipfile\n"
-              "names = zipfile.ZipFile('u.zip').namelist()\n"
-              "assert '\\u00c4'.lower() and 'Gr\\u00fc\\u00dfe/\\u65e5.txt' in names, names\n");
+    WriteFile(folder + "/names.py", "import zipfile\n"
+                                    "names = zipfile.ZipFile('u.zip').namelist()\n"
+                                    "assert '\\u00c4'.lower() and 'Gr\\u00fc\\u00dfe/\\u65e5.txt' in names, names\n");
     EXPECT_EQ(RunShell("cd " + Quote(folder) + " && python3 names.py"), 0);
 }

@@ -31,7 +31,7 @@ inline constexpr std::uint32_t kManifestImageRecordOffset = 68;
 
 // The same from bytes in memory (copied); `sourcePath` becomes the cache path.
 [[nodiscard]] HRESULT ReadManifestImageFromMemory(CGalleryManifest& manifest, const void* bytes, std::size_t size,
-                                    const wchar_t* sourcePath);
+                                                  const wchar_t* sourcePath);
 
 // The CRC kept at offset 64: zlib's CRC-32 over the bytes from offset 68 to the end.
 std::uint32_t ComputeManifestImageCrc(const void* image, std::size_t size);
@@ -50,9 +50,11 @@ CAtlString GetManifestCacheName(const CAtlString& xmlPath);
 // Open with caching: the cache at `cachePath` is used if it exists, is not older than the XML
 // file and reads cleanly; the manifest's path is then `xmlPath`. Any failure leaves the manifest
 // as it was.
-[[nodiscard]] HRESULT OpenManifestFromCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath);
+[[nodiscard]] HRESULT OpenManifestFromCache(CGalleryManifest& manifest, const CAtlString& xmlPath,
+                                            const CZoltaFilePath& cachePath);
 
 // Writes the cache of a manifest just read from or saved to `xmlPath` and dates it 7 seconds
 // after the manifest's file time, so that an XML file written in the same second as its cache
 // never makes the cache look stale.
-[[nodiscard]] HRESULT WriteManifestCache(CGalleryManifest& manifest, const CAtlString& xmlPath, const CZoltaFilePath& cachePath);
+[[nodiscard]] HRESULT WriteManifestCache(CGalleryManifest& manifest, const CAtlString& xmlPath,
+                                         const CZoltaFilePath& cachePath);

@@ -44,20 +44,20 @@ constexpr std::size_t RoundUp(std::size_t bytes)
 // never taken from the file. The file bytes a pass may visit are limited to the file's size,
 // so that offsets that share or loop back cannot make the walk run away.
 template <bool kBuild>
-class CManifestImageWalk
-{
+class CManifestImageWalk {
 public:
     CManifestImageWalk(const std::uint8_t* image, std::size_t size, char* arena, std::size_t arenaSize)
-        : m_image(image), m_size(size), m_arena(arena), m_arenaSize(arenaSize)
-    {
-    }
+        : m_image(image),
+          m_size(size),
+          m_arena(arena),
+          m_arenaSize(arenaSize)
+    {}
 
     std::size_t ArenaUsed() const { return m_used; }
     // Whether the walk ran out of arena (the building pass only).
     bool Exhausted() const { return m_used > m_arenaSize; }
 
-    struct Root
-    {
+    struct Root {
         CGalleryMetadata* metadata = nullptr;
         LanguageStringBlock* stringVersions = nullptr;
         CGalleryOrganizationList* organizations = nullptr;
@@ -229,8 +229,7 @@ private:
     // A list record (array offset, count) and its elements, each read by `element`. Where the list
     // is `optional`, an offset of 0 stands for an empty one.
     template <class List, class ReadElement>
-    HRESULT ObjectList(std::uint32_t offset, std::uint32_t recordSize, bool optional, List** field,
-                       ReadElement element)
+    HRESULT ObjectList(std::uint32_t offset, std::uint32_t recordSize, bool optional, List** field, ReadElement element)
     {
         std::uint32_t count = 0;
         if (offset != 0 || !optional) {
@@ -251,8 +250,9 @@ private:
 
     HRESULT OrganizationList(std::uint32_t offset, CGalleryOrganizationList** field)
     {
-        return ObjectList(offset, kListRecordSize, false, field,
-                          [this](std::uint32_t element, CGalleryOrganization** slot) { return Organization(element, slot); });
+        return ObjectList(
+            offset, kListRecordSize, false, field,
+            [this](std::uint32_t element, CGalleryOrganization** slot) { return Organization(element, slot); });
     }
 
     HRESULT Organization(std::uint32_t offset, CGalleryOrganization** field)
@@ -349,8 +349,9 @@ private:
 
     HRESULT ActivityList(std::uint32_t offset, CGalleryFolder* folder, CGalleryActivityList** field)
     {
-        return ObjectList(offset, kActivityListRecordSize, true, field,
-                          [&](std::uint32_t element, CGalleryActivity** slot) { return Activity(element, folder, slot); });
+        return ObjectList(
+            offset, kActivityListRecordSize, true, field,
+            [&](std::uint32_t element, CGalleryActivity** slot) { return Activity(element, folder, slot); });
     }
 
     HRESULT Activity(std::uint32_t offset, CGalleryFolder* folder, CGalleryActivity** field)
@@ -429,7 +430,8 @@ HRESULT AdoptImage(CGalleryManifest& manifest, std::uint8_t* buffer, std::size_t
                    const std::uint32_t* knownCrc = nullptr)
 {
     if (size < kManifestImageRecordOffset + kManifestRecordSize || size > 0xFFFFFFFFu ||
-        std::memcmp(buffer, kManifestImageMagic, sizeof(kManifestImageMagic)) != 0) {
+        std::memcmp(buffer, kManifestImageMagic, sizeof(kManifestImageMagic)) != 0)
+    {
         std::free(buffer);
         return E_FAIL;
     }
@@ -524,8 +526,8 @@ HRESULT ReadManifestImage(CGalleryManifest& manifest, const CZoltaFilePath& path
         return E_FAIL;
     char head[kManifestImageRecordOffset];
     if (std::fread(head, 1, sizeof(head), file) != sizeof(head) ||
-        std::memcmp(head, kManifestImageMagic, sizeof(kManifestImageMagic)) != 0 ||
-        std::fseek(file, 0, SEEK_END) != 0) {
+        std::memcmp(head, kManifestImageMagic, sizeof(kManifestImageMagic)) != 0 || std::fseek(file, 0, SEEK_END) != 0)
+    {
         std::fclose(file);
         return E_FAIL;
     }

@@ -15,10 +15,9 @@
 #include <cstring>
 
 const char kManifestImageMagic[64] = {
-    'Z', 'O', 'L', 'T', 'A', ' ', 'S', 'c', 'r', 'i', 'v', 'e', 'n', 't', ' ', 'B',
-    'i', 'n', 'a', 'r', 'y', ' ', 'M', 'a', 'n', 'i', 'f', 'e', 's', 't', '\r', '\n',
-    'F', 'o', 'r', 'm', 'a', 't', ':', ' ', '2', '0', '0', '6', '-', '1', '1', '-',
-    '2', '7', '(', 'a', ')', '\r', '\n', '\x0C', '.', '.', '.', '.', '.', '.', '.', '.',
+    'Z', 'O', 'L', 'T', 'A', ' ', 'S', 'c', 'r',  'i',  'v',  'e',    'n', 't', ' ', 'B', 'i', 'n', 'a', 'r', 'y', ' ',
+    'M', 'a', 'n', 'i', 'f', 'e', 's', 't', '\r', '\n', 'F',  'o',    'r', 'm', 'a', 't', ':', ' ', '2', '0', '0', '6',
+    '-', '1', '1', '-', '2', '7', '(', 'a', ')',  '\r', '\n', '\x0C', '.', '.', '.', '.', '.', '.', '.', '.',
 };
 
 std::uint32_t ComputeManifestImageCrc(const void* image, std::size_t size)
@@ -43,10 +42,11 @@ namespace {
 // Lays the tree out depth first. Each record goes out with its reference fields zero; every
 // field is then pointed at the current end and what it refers to is written there. The order
 // of the fields is fixed, so that one tree always gives one byte sequence.
-class CManifestImageWriter
-{
+class CManifestImageWriter {
 public:
-    explicit CManifestImageWriter(IStream* stream) : m_stream(stream) {}
+    explicit CManifestImageWriter(IStream* stream)
+        : m_stream(stream)
+    {}
 
     [[nodiscard]] HRESULT Write(const CGalleryManifest& manifest)
     {
@@ -79,10 +79,7 @@ private:
             Check(WriteBytes(m_stream, data, size));
     }
 
-    void Record(const std::uint32_t* words, std::uint32_t count)
-    {
-        Bytes(words, count * 4);
-    }
+    void Record(const std::uint32_t* words, std::uint32_t count) { Bytes(words, count * 4); }
 
     // Points the field at `base + field` to the end, where its target is written next.
     void Link(std::uint32_t base, std::uint32_t field)
@@ -175,8 +172,9 @@ private:
         const std::uint32_t base = Position();
         const std::uint32_t record[2] = {0, count};
         Record(record, 2);
-        WriteArray(base, list ? list->m_array : nullptr, count,
-                   [this, manifest](const CGalleryOrganization* organization) { WriteOrganization(*organization, manifest); });
+        WriteArray(
+            base, list ? list->m_array : nullptr, count,
+            [this, manifest](const CGalleryOrganization* organization) { WriteOrganization(*organization, manifest); });
     }
 
     void WriteOrganization(const CGalleryOrganization& organization, std::uint32_t manifest)
@@ -200,9 +198,9 @@ private:
         const std::uint32_t base = Position();
         const std::uint32_t record[2] = {0, count};
         Record(record, 2);
-        WriteArray(base, list ? list->m_array : nullptr, count, [this, parent, organization](const CGalleryFolder* folder) {
-            WriteFolder(*folder, parent, organization);
-        });
+        WriteArray(
+            base, list ? list->m_array : nullptr, count,
+            [this, parent, organization](const CGalleryFolder* folder) { WriteFolder(*folder, parent, organization); });
     }
 
     void WriteFolder(const CGalleryFolder& folder, std::uint32_t parent, std::uint32_t organization)

@@ -54,8 +54,8 @@ std::int32_t ParseDate(const CAtlString& text)
     int hour = 0;
     int minute = 0;
     int second = 0;
-    const int fields = std::swscanf(text.GetString(), L"%d-%02d-%02dT%02d:%02d:%02d", &year, &month, &day,
-                                    &hour, &minute, &second);
+    const int fields =
+        std::swscanf(text.GetString(), L"%d-%02d-%02dT%02d:%02d:%02d", &year, &month, &day, &hour, &minute, &second);
     if (fields != 3 && fields != 6) {
         return 0;
     }

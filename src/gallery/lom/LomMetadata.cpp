@@ -26,18 +26,34 @@ constexpr const char* kBlankUtf8 = "\xEF\xBF\xBE";
 
 // Keeps the first failure and turns every later call into a no-op, so that the template reads
 // as a straight list while the first failing write still ends the tree.
-class LomOut
-{
+class LomOut {
 public:
-    explicit LomOut(IZOLTAXMLWriter* writer) : m_writer(writer) {}
+    explicit LomOut(IZOLTAXMLWriter* writer)
+        : m_writer(writer)
+    {}
 
     [[nodiscard]] HRESULT Result() const { return m_result; }
 
-    void Start(const char* name) { Do([&] { return m_writer->StartElement(name); }); }
-    void End(const char* name) { Do([&] { return m_writer->EndElement(name); }); }
-    void Attribute(const char* name, const char* value) { Do([&] { return m_writer->AddAttribute(name, value); }); }
-    void Text(const std::string& text) { Do([&] { return m_writer->AddText(text.c_str()); }); }
-    void RawText(const std::string& text) { Do([&] { return m_writer->AddRawText(text.c_str()); }); }
+    void Start(const char* name)
+    {
+        Do([&] { return m_writer->StartElement(name); });
+    }
+    void End(const char* name)
+    {
+        Do([&] { return m_writer->EndElement(name); });
+    }
+    void Attribute(const char* name, const char* value)
+    {
+        Do([&] { return m_writer->AddAttribute(name, value); });
+    }
+    void Text(const std::string& text)
+    {
+        Do([&] { return m_writer->AddText(text.c_str()); });
+    }
+    void RawText(const std::string& text)
+    {
+        Do([&] { return m_writer->AddRawText(text.c_str()); });
+    }
 
     void Simple(const char* name, const std::string& text)
     {
@@ -254,7 +270,8 @@ CAtlString TextOf(const tinyxml2::XMLElement* element)
 [[nodiscard]] HRESULT AddLanguageStrings(LanguageStringBlock& block, const tinyxml2::XMLElement* parent)
 {
     for (const tinyxml2::XMLElement* string = parent->FirstChildElement("lom:string"); string;
-         string = string->NextSiblingElement("lom:string")) {
+         string = string->NextSiblingElement("lom:string"))
+    {
         const CAtlString language = FromUtf8(string->Attribute("language"));
         const CAtlString text = TextOf(string);
         // Add refuses one without a language (E_INVALIDARG), and that is the passing over.
@@ -278,9 +295,11 @@ CAtlString TextOf(const tinyxml2::XMLElement* element)
     metadata.m_minimumVersions->Clear();
     metadata.m_maximumVersions->Clear();
     for (const tinyxml2::XMLElement* requirement = technical->FirstChildElement("lom:requirement"); requirement;
-         requirement = requirement->NextSiblingElement("lom:requirement")) {
+         requirement = requirement->NextSiblingElement("lom:requirement"))
+    {
         for (const tinyxml2::XMLElement* composite = requirement->FirstChildElement("lom:orComposite"); composite;
-             composite = composite->NextSiblingElement("lom:orComposite")) {
+             composite = composite->NextSiblingElement("lom:orComposite"))
+        {
             const CAtlString type = TextOf(Walk(composite, {"lom:type", "lom:value"}));
             const CAtlString name = TextOf(Walk(composite, {"lom:name", "lom:value"}));
             if (type.CompareNoCase(L"browser") != 0 || name.IsEmpty()) {
@@ -364,8 +383,7 @@ void UpdateDocument(const CGalleryMetadata& metadata, tinyxml2::XMLElement* lom)
         AppendLanguageString(general->InsertNewChildElement("lom:keyword"), L"en", nullptr);
     }
     for (int i = 0; i < BlockCount(keywords); ++i) {
-        AppendLanguageString(general->InsertNewChildElement("lom:keyword"), keywords->GetKey(i),
-                             keywords->GetValue(i));
+        AppendLanguageString(general->InsertNewChildElement("lom:keyword"), keywords->GetKey(i), keywords->GetValue(i));
     }
 
     if (IsBlankText(metadata.m_sortKey)) {
@@ -463,8 +481,7 @@ HRESULT LoadMetadataXml(CGalleryMetadata& metadata, const tinyxml2::XMLElement* 
     if (const tinyxml2::XMLElement* created = Walk(lom, {"lom:lifeCycle", "zoltagallery:creationdatetime"})) {
         metadata.m_creationTime = static_cast<std::uint32_t>(ParseDate(TextOf(created)));
     }
-    const struct
-    {
+    const struct {
         const tinyxml2::XMLElement* element;
         HRESULT (CGalleryMetadata::*setter)(const wchar_t*);
     } texts[] = {
@@ -491,7 +508,8 @@ HRESULT LoadMetadataXml(CGalleryMetadata& metadata, const tinyxml2::XMLElement* 
     if (general) {
         metadata.m_keywords->Clear();
         for (const tinyxml2::XMLElement* keyword = general->FirstChildElement("lom:keyword"); keyword;
-             keyword = keyword->NextSiblingElement("lom:keyword")) {
+             keyword = keyword->NextSiblingElement("lom:keyword"))
+        {
             if (FAILED(result = AddLanguageStrings(*metadata.m_keywords, keyword))) {
                 return result;
             }
@@ -530,8 +548,8 @@ HRESULT SaveMetadataXml(const CGalleryMetadata& metadata, const CAtlString& path
     if (path.IsEmpty()) {
         return E_INVALIDARG;
     }
-    const CZoltaFilePath file = HasXmlExtension(path) ? CZoltaFilePath(path)
-                                                      : CZoltaDirectoryPath(path).GetFile(L"metadata.xml");
+    const CZoltaFilePath file =
+        HasXmlExtension(path) ? CZoltaFilePath(path) : CZoltaDirectoryPath(path).GetFile(L"metadata.xml");
     if (!file.Exists()) {
         return WriteWholeFile(metadata, file);
     }

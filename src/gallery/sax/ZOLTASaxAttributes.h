@@ -7,8 +7,7 @@
 
 // The attributes of the start tag being reported. The parser keeps one store per parse and
 // overwrites it at every start tag: a handler that needs a value later copies it.
-struct ZOLTASaxAttributes
-{
+struct ZOLTASaxAttributes {
     std::uint32_t count = 0;
     std::uint32_t capacity = 0;
     std::shared_ptr<ZOLTASaxString[]> names;

@@ -12,15 +12,15 @@ HRESULT ZOLTASaxContentHandler::EndDocument()
     return S_OK;
 }
 
-HRESULT ZOLTASaxContentHandler::StartElement(const ZOLTASaxString&, const ZOLTASaxString&,
-                                             const ZOLTASaxString&, const ZOLTASaxAttributes&,
-                                             const ZOLTASaxString&, std::uint32_t, std::uint32_t)
+HRESULT ZOLTASaxContentHandler::StartElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString&,
+                                             const ZOLTASaxAttributes&, const ZOLTASaxString&, std::uint32_t,
+                                             std::uint32_t)
 {
     return S_OK;
 }
 
-HRESULT ZOLTASaxContentHandler::EndElement(const ZOLTASaxString&, const ZOLTASaxString&,
-                                           const ZOLTASaxString&, std::uint32_t, std::uint32_t)
+HRESULT ZOLTASaxContentHandler::EndElement(const ZOLTASaxString&, const ZOLTASaxString&, const ZOLTASaxString&,
+                                           std::uint32_t, std::uint32_t)
 {
     return S_OK;
 }

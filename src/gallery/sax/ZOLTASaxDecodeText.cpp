@@ -10,8 +10,7 @@
 
 namespace {
 
-struct NamedEntity
-{
+struct NamedEntity {
     const char* text;
     std::size_t length;
     char replacement;
@@ -22,11 +21,10 @@ constexpr NamedEntity kNamedEntities[] = {
     {"&amp;", 5, '&'}, {"&quot;", 6, '"'}, {"&apos;", 6, '\''}, {"&lt;", 4, '<'}, {"&gt;", 4, '>'},
 };
 
-bool HasPrefix(const unsigned char* bytes, std::size_t length, std::size_t position,
-               const char* prefix, std::size_t prefixLength)
+bool HasPrefix(const unsigned char* bytes, std::size_t length, std::size_t position, const char* prefix,
+               std::size_t prefixLength)
 {
-    return position + prefixLength <= length
-        && std::memcmp(bytes + position, prefix, prefixLength) == 0;
+    return position + prefixLength <= length && std::memcmp(bytes + position, prefix, prefixLength) == 0;
 }
 
 std::size_t NextSemicolon(const unsigned char* bytes, std::size_t length, std::size_t position)
@@ -36,8 +34,7 @@ std::size_t NextSemicolon(const unsigned char* bytes, std::size_t length, std::s
 }
 
 // "&#x" followed by what "%x" accepts; the value keeps only its low byte.
-bool ReadHexReference(const unsigned char* bytes, std::size_t length, std::size_t position,
-                      char& decoded)
+bool ReadHexReference(const unsigned char* bytes, std::size_t length, std::size_t position, char& decoded)
 {
     if (!HasPrefix(bytes, length, position, "&#x", 3))
         return false;
@@ -52,8 +49,7 @@ bool ReadHexReference(const unsigned char* bytes, std::size_t length, std::size_
 }
 
 // Decodes the reference at `position` (an "&") and moves behind the next ";".
-bool ReadReference(const unsigned char* bytes, std::size_t length, std::size_t& position,
-                   char& decoded)
+bool ReadReference(const unsigned char* bytes, std::size_t length, std::size_t& position, char& decoded)
 {
     bool matched = false;
     for (const NamedEntity& entity : kNamedEntities) {

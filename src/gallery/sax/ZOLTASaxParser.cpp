@@ -24,8 +24,7 @@ constexpr ZOLTASaxScanner::ByteClasses kUntilQuote = ZOLTASaxScanner::Until("\""
 constexpr ZOLTASaxScanner::ByteClasses kUntilDoctypeMark = ZOLTASaxScanner::Until(">[]");
 
 // One parse of one buffer. All state lives here and dies with the call.
-class SaxRun
-{
+class SaxRun {
 public:
     SaxRun(const char* data, std::uint32_t length, ZOLTASaxContentHandler& handler)
         : m_data(data),
@@ -68,8 +67,7 @@ private:
 
     bool StartsWith(std::size_t position, const char* marker, std::size_t markerLength) const
     {
-        return position + markerLength < m_length
-            && std::memcmp(m_data + position, marker, markerLength) == 0;
+        return position + markerLength < m_length && std::memcmp(m_data + position, marker, markerLength) == 0;
     }
 
     // Position of the next "?>" at or after `from`, or m_length when there is none.
@@ -164,8 +162,8 @@ private:
     {
         if (!ReadName(nameStart))
             return E_FAIL;
-        const HRESULT hr = m_handler.EndElement(ZOLTASaxString::Empty(), m_localName, m_qName,
-                                                ReportedPosition(), m_length);
+        const HRESULT hr =
+            m_handler.EndElement(ZOLTASaxString::Empty(), m_localName, m_qName, ReportedPosition(), m_length);
         if (hr != S_OK)
             return hr;
         m_scanner.Skip(kWhileSpaceOrClose);
@@ -230,13 +228,11 @@ private:
     [[nodiscard]] HRESULT ReportEmptyElement()
     {
         ++m_depth;
-        HRESULT hr = m_handler.StartElement(ZOLTASaxString::Empty(), m_localName, m_qName,
-                                            m_attributes, ZOLTASaxString(), ReportedPosition(),
-                                            m_length);
+        HRESULT hr = m_handler.StartElement(ZOLTASaxString::Empty(), m_localName, m_qName, m_attributes,
+                                            ZOLTASaxString(), ReportedPosition(), m_length);
         if (hr != S_OK)
             return hr;
-        hr = m_handler.EndElement(ZOLTASaxString::Empty(), m_localName, m_qName,
-                                  ReportedPosition(), m_length);
+        hr = m_handler.EndElement(ZOLTASaxString::Empty(), m_localName, m_qName, ReportedPosition(), m_length);
         if (hr != S_OK)
             return hr;
         --m_depth;
@@ -256,8 +252,8 @@ private:
             text = Slice(textStart, m_scanner.Position());
         }
         ++m_depth;
-        return m_handler.StartElement(ZOLTASaxString::Empty(), m_localName, m_qName,
-                                      m_attributes, text, ReportedPosition(), m_length);
+        return m_handler.StartElement(ZOLTASaxString::Empty(), m_localName, m_qName, m_attributes, text,
+                                      ReportedPosition(), m_length);
     }
 
     const char* const m_data;
@@ -271,8 +267,7 @@ private:
 };
 
 // A read-only private mapping of a whole file, dropped with the object.
-class MappedFile
-{
+class MappedFile {
 public:
     explicit MappedFile(const char* path)
     {
@@ -280,11 +275,10 @@ public:
         if (fd < 0)
             return;
         struct stat info {};
-        if (::fstat(fd, &info) == 0 && info.st_size > 0
-            && static_cast<unsigned long long>(info.st_size)
-                   <= std::numeric_limits<std::uint32_t>::max()) {
-            void* bytes = ::mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ,
-                                 MAP_PRIVATE, fd, 0);
+        if (::fstat(fd, &info) == 0 && info.st_size > 0 &&
+            static_cast<unsigned long long>(info.st_size) <= std::numeric_limits<std::uint32_t>::max())
+        {
+            void* bytes = ::mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
             if (bytes != MAP_FAILED) {
                 m_bytes = static_cast<const char*>(bytes);
                 m_size = static_cast<std::size_t>(info.st_size);
@@ -310,8 +304,7 @@ private:
 
 }  // namespace
 
-HRESULT ZOLTASaxParser::ParseBuffer(const char* data, std::uint32_t length,
-                                    ZOLTASaxContentHandler& handler)
+HRESULT ZOLTASaxParser::ParseBuffer(const char* data, std::uint32_t length, ZOLTASaxContentHandler& handler)
 {
     if (!data && length != 0)
         return E_POINTER;

@@ -11,8 +11,7 @@ class CAtlString;
 // walks the bytes in place and hands slices of them to the handler: nothing is copied and
 // nothing is decoded (handlers call DecodeText on what they keep). Names are compared as
 // bytes; there are no namespaces and no encodings.
-class ZOLTASaxParser
-{
+class ZOLTASaxParser {
 public:
     // One start tag holds at most kAttributeCapacity - 1 attributes.
     static constexpr std::uint32_t kAttributeCapacity = 20;
@@ -20,8 +19,7 @@ public:
     // Parses one document held in memory. Returns 0 on success, the first non-zero result of
     // a handler that stopped the parse (EndDocument's result as it stands), or E_FAIL when
     // the input ends early or is malformed. A null `data` with a non-zero length is E_POINTER.
-    [[nodiscard]] static HRESULT ParseBuffer(const char* data, std::uint32_t length,
-                               ZOLTASaxContentHandler& handler);
+    [[nodiscard]] static HRESULT ParseBuffer(const char* data, std::uint32_t length, ZOLTASaxContentHandler& handler);
 
     // Maps the file read-only and parses it with ParseBuffer. A file that can't be opened,
     // measured or mapped (an empty one included) gives E_FAIL.

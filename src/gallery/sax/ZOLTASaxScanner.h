@@ -9,8 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-class ZOLTASaxScanner
-{
+class ZOLTASaxScanner {
 public:
     // Per byte value: whether the byte ends a scan, and whether it may open a comment ("<")
     // or a "]]>" marker ("]") and so needs the trackers first.
@@ -23,27 +22,27 @@ public:
     static constexpr ByteClasses While(const char* members) { return Make(members, false); }
 
     ZOLTASaxScanner(const unsigned char* bytes, std::size_t length)
-        : m_bytes(bytes), m_length(length)
-    {
-    }
+        : m_bytes(bytes),
+          m_length(length)
+    {}
 
     // Comment tracker. Clear flag: "<!--" with at least one byte behind it is consumed and
     // sets the flag. Set flag: "-->" with at least one byte behind it is consumed and clears
     // it, anything else moves one byte. Returns whether it consumed.
-    static bool TrackComment(bool& inComment, std::size_t& position, const unsigned char* bytes,
-                             std::size_t length)
+    static bool TrackComment(bool& inComment, std::size_t& position, const unsigned char* bytes, std::size_t length)
     {
         if (!inComment) {
-            if (position + 4 < length && bytes[position] == '<' && bytes[position + 1] == '!'
-                && bytes[position + 2] == '-' && bytes[position + 3] == '-') {
+            if (position + 4 < length && bytes[position] == '<' && bytes[position + 1] == '!' &&
+                bytes[position + 2] == '-' && bytes[position + 3] == '-')
+            {
                 position += 4;
                 inComment = true;
                 return true;
             }
             return false;
         }
-        if (position + 3 < length && bytes[position] == '-' && bytes[position + 1] == '-'
-            && bytes[position + 2] == '>') {
+        if (position + 3 < length && bytes[position] == '-' && bytes[position + 1] == '-' && bytes[position + 2] == '>')
+        {
             position += 3;
             inComment = false;
         } else {
@@ -54,12 +53,11 @@ public:
 
     // CDATA tracker, with its markers the other way round: a clear flag looks for "]]>", a
     // set flag for "<![CDATA[". A section's opening marker therefore opens nothing.
-    static bool TrackCdata(bool& inCdata, std::size_t& position, const unsigned char* bytes,
-                           std::size_t length)
+    static bool TrackCdata(bool& inCdata, std::size_t& position, const unsigned char* bytes, std::size_t length)
     {
         if (!inCdata) {
-            if (position + 3 < length && bytes[position] == ']' && bytes[position + 1] == ']'
-                && bytes[position + 2] == '>') {
+            if (position + 3 < length && bytes[position] == ']' && bytes[position + 1] == ']' &&
+                bytes[position + 2] == '>') {
                 position += 3;
                 inCdata = true;
                 return true;
@@ -92,9 +90,9 @@ public:
                     ++position;
                     continue;
                 }
-                if ((cls & kTracker)
-                    && (TrackComment(inComment, position, bytes, length)
-                        || TrackCdata(inCdata, position, bytes, length))) {
+                if ((cls & kTracker) &&
+                    (TrackComment(inComment, position, bytes, length) || TrackCdata(inCdata, position, bytes, length)))
+                {
                     ++position;
                     continue;
                 }
