@@ -1,0 +1,15 @@
+# The compiler settings every library, program and test of Curatool is built with, as one target
+# that each of them links privately.
+option(CURATOOL_WERROR "Treat compiler warnings as errors" OFF)
+option(CURATOOL_SANITIZE "Build everything with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+
+add_library(curatool_build_options INTERFACE)
+target_compile_options(curatool_build_options INTERFACE
+    -Wall -Wextra -Wno-unused-parameter
+    $<$<BOOL:${CURATOOL_WERROR}>:-Werror>)
+
+if(CURATOOL_SANITIZE)
+  # Everything, Qt's generated code and the test programs included, so no frame goes unchecked.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
