@@ -32,8 +32,8 @@ std::string WritePackage(const std::string& name, const std::vector<std::wstring
     int n = 0;
     for (const std::wstring& href : hrefs) {
         AddActivity(category, W("urn:a:" + name + std::to_string(n++)).GetString(), href.c_str(), L"Item");
-        EXPECT_TRUE(WriteFile(folder + "/" + N(href.c_str()), N(href.c_str())));
-        fs::last_write_time(folder + "/" + N(href.c_str()),
+        EXPECT_TRUE(WriteFile(folder + "/" + U(href.c_str()), U(href.c_str())));
+        fs::last_write_time(folder + "/" + U(href.c_str()),
                             fs::file_time_type::clock::now() - std::chrono::hours(24 * 365));
     }
     EXPECT_EQ(S_OK, CGalleryManifestIO::Save(manifest, W(folder + "/imsmanifest.xml").GetString(), false));
@@ -59,7 +59,7 @@ protected:
         CGalleryManifest package;
         EXPECT_EQ(S_OK, CGalleryManifestIO::Open(package, W(path).GetString(), nullptr, false));
         if (extraction)
-            *extraction = N(CGalleryManifestIO::GetFolder(package).GetPath().GetString());
+            *extraction = U(CGalleryManifestIO::GetFolder(package).GetPath().GetString());
         const HRESULT result = CGalleryManifestIO::MergeFrom(installed, &package, nullptr);
         CGalleryManifestIO::Close(package);
         return result;
