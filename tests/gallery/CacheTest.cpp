@@ -71,7 +71,8 @@ void PutWord(std::string& bytes, std::size_t offset, std::uint32_t value)
 void Reseal(std::string& bytes)
 {
     PutWord(bytes, 64,
-            static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(bytes.data()) + 68, bytes.size() - 68)));
+            static_cast<std::uint32_t>(
+                crc32(0, reinterpret_cast<const Bytef*>(bytes.data()) + 68, static_cast<uInt>(bytes.size() - 68))));
 }
 
 HRESULT ReadBytes(CGalleryManifest& manifest, const std::string& bytes)
@@ -117,7 +118,7 @@ TEST(ManifestImage, SameTreeGivesSameBytesAndComesBackWholeWithBackReferences)
     EXPECT_EQ(a, ImageOf(second, folder, "b.cache"));
     EXPECT_EQ(a.substr(0, 64), std::string(kManifestImageMagic, 64));
     EXPECT_EQ(a.substr(0, 30), "ZOLTA Scrivent Binary Manifest");
-    EXPECT_EQ(WordAt(a, 64), crc32(0, reinterpret_cast<const Bytef*>(a.data()) + 68, a.size() - 68));
+    EXPECT_EQ(WordAt(a, 64), crc32(0, reinterpret_cast<const Bytef*>(a.data()) + 68, static_cast<uInt>(a.size() - 68)));
     EXPECT_EQ(a.size() % 4, 0u);
     // The manifest record: kind 4, the path first behind the record, an empty string behind it.
     EXPECT_EQ(WordAt(a, 68 + 4), 4u);

@@ -119,12 +119,21 @@ TEST_F(GalleryInitializeTest, FirstStartCreatesMyContentOnce)
     EXPECT_FALSE(g_myContent);
 }
 
-TEST_F(GalleryInitializeTest, SettingsChooseDefaultManifestAndFlags)
+TEST_F(GalleryInitializeTest, SettingsChooseTheDefaultRegisteredAndSharedGalleriesAndTheFlags)
 {
     const std::string defaultPath = MakeGallery(MakeScratchDir("default") + "/Mine", L"urn:default");
     SetSetting(L"DefaultManifest", defaultPath);
     ASSERT_EQ(CSettingsStore::WriteInt(true, kGallerySettingsSection, L"EnableContentCreatorTools", 1), 0);
     ASSERT_EQ(CSettingsStore::WriteString(true, kLanguageSettingsSection, L"LanguageID", L"fr-CA"), 0);
+    const std::string registered = MakeGallery(MakeScratchDir("registered") + "/Team", L"urn:team");
+    const CAtlString section = CAtlString(kUserGalleriesSection) + L"\\{1234}";
+    ASSERT_EQ(CSettingsStore::WriteString(true, section, L"ImsManifestXml", W(registered)), 0);
+    const CAtlString broken = CAtlString(kUserGalleriesSection) + L"\\{5678}";
+    ASSERT_EQ(CSettingsStore::WriteString(true, broken, L"ImsManifestXml", L"/nowhere/imsmanifest.xml"), 0);
+    CZoltaDirectoryPath sharedFolder = GetInstallationBaseFolder();
+    sharedFolder.Append(L"Gallery");
+    const std::string shared = MakeGallery(U(sharedFolder.GetPath().GetString()), L"urn:shared");
+    EXPECT_EQ(U(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     ASSERT_TRUE(g_defaultManifest);
@@ -135,6 +144,17 @@ TEST_F(GalleryInitializeTest, SettingsChooseDefaultManifestAndFlags)
     EXPECT_FALSE(g_browseChunking);
     EXPECT_EQ(U(g_language.GetString()), "fr-CA");
     CSettingsStore::DeleteSection(true, kLanguageSettingsSection);
+    ASSERT_TRUE(g_sharedGallery);
+    EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
+    EXPECT_TRUE(Contains(OpenedPaths(), registered));
+    EXPECT_FALSE(Contains(OpenedPaths(), "/nowhere/imsmanifest.xml"));
+
+    // Registered galleries open only with the cache allowed.
+    GalleryLibraryShutdown();
+    g_noCache = true;
+    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
+    EXPECT_FALSE(Contains(OpenedPaths(), registered));
+    sharedFolder.Remove();
 }
 
 TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
@@ -168,24 +188,6 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     EXPECT_TRUE(fromCache);
 }
 
-TEST_F(GalleryInitializeTest, RegisteredGalleriesOpenUnlessTheCacheIsOff)
-{
-    const std::string registered = MakeGallery(MakeScratchDir("registered") + "/Team", L"urn:team");
-    const CAtlString section = CAtlString(kUserGalleriesSection) + L"\\{1234}";
-    ASSERT_EQ(CSettingsStore::WriteString(true, section, L"ImsManifestXml", W(registered)), 0);
-    const CAtlString broken = CAtlString(kUserGalleriesSection) + L"\\{5678}";
-    ASSERT_EQ(CSettingsStore::WriteString(true, broken, L"ImsManifestXml", L"/nowhere/imsmanifest.xml"), 0);
-
-    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    EXPECT_TRUE(Contains(OpenedPaths(), registered));
-    EXPECT_FALSE(Contains(OpenedPaths(), "/nowhere/imsmanifest.xml"));
-
-    GalleryLibraryShutdown();
-    g_noCache = true;
-    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    EXPECT_FALSE(Contains(OpenedPaths(), registered));
-}
-
 TEST_F(GalleryInitializeTest, CancelStopsOpeningAndAParseInProgress)
 {
     const std::string large = MakeGallery(MakeScratchDir("large") + "/Large", L"urn:large", 2000);
@@ -206,18 +208,6 @@ TEST_F(GalleryInitializeTest, CancelStopsOpeningAndAParseInProgress)
     EXPECT_FALSE(g_defaultManifest);
     ASSERT_NE(g_galleryList, nullptr);
     EXPECT_TRUE(g_galleryList->empty());
-}
-
-TEST_F(GalleryInitializeTest, SharedGalleryComesFromTheInstallationFolder)
-{
-    CZoltaDirectoryPath folder = GetInstallationBaseFolder();
-    folder.Append(L"Gallery");
-    const std::string shared = MakeGallery(U(folder.GetPath().GetString()), L"urn:shared");
-    EXPECT_EQ(U(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
-    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    ASSERT_TRUE(g_sharedGallery);
-    EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
-    folder.Remove();
 }
 
 TEST_F(GalleryInitializeTest, AnOldMyContentFolderIsImportedOnceIntoTheRootCategory)

@@ -186,7 +186,7 @@ TEST(SaxParserAttributes, LookUpByExactName)
 {
     AttributeLookup lookup;
     const std::string document = "<a x=\"1\" y=\"2\" y=\"3\" bare/>";
-    ASSERT_EQ(ZOLTASaxParser::ParseBuffer(document.data(), document.size(), lookup), S_OK);
+    ASSERT_EQ(ZOLTASaxParser::ParseBuffer(document.data(), static_cast<std::uint32_t>(document.size()), lookup), S_OK);
     EXPECT_EQ(lookup.capacity, ZOLTASaxParser::kAttributeCapacity);
     EXPECT_EQ(lookup.indexOfY, 1u);
     EXPECT_EQ(lookup.indexOfMissing, lookup.count);
@@ -223,7 +223,7 @@ TEST(SaxParserHandler, AnyNonZeroResultStopsAtOnceAndEndDocumentsResultIsReturne
 
     ZOLTASaxContentHandler base;
     const std::string document = "<a x=\"1\">t<b/></a>";
-    EXPECT_EQ(ZOLTASaxParser::ParseBuffer(document.data(), document.size(), base), S_OK);
+    EXPECT_EQ(ZOLTASaxParser::ParseBuffer(document.data(), static_cast<std::uint32_t>(document.size()), base), S_OK);
     EXPECT_EQ(base.UnusedEvent(), S_OK);
     EXPECT_EQ(ZOLTASaxParser::ParseBuffer(nullptr, 4, atEnd), E_POINTER);
     EXPECT_EQ(ZOLTASaxParser::ParseBuffer(nullptr, 0, atEnd), E_FAIL);

@@ -96,7 +96,7 @@ TEST_P(ForeignArchive, ExtractsToTheSameBytes)
 }
 
 INSTANTIATE_TEST_SUITE_P(Tools, ForeignArchive, testing::ValuesIn(kProducers),
-                         [](const testing::TestParamInfo<Producer>& info) { return info.param.label; });
+                         [](const testing::TestParamInfo<Producer>& param) { return param.param.label; });
 
 TEST(OwnArchive, PassesTestsOfOtherToolsAndExtractsIdentically)
 {
