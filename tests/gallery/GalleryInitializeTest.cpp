@@ -34,19 +34,10 @@ std::string MakeGallery(const std::string& folder, const wchar_t* identifier, in
     return path;
 }
 
-std::vector<std::string> OpenedPaths()
+bool IsOpen(const std::string& path)
 {
-    std::vector<std::string> paths;
-    if (g_galleryList) {
-        for (const auto& manifest : *g_galleryList)
-            paths.push_back(U(manifest->GetPath()));
-    }
-    return paths;
-}
-
-bool Contains(const std::vector<std::string>& list, const std::string& value)
-{
-    return std::find(list.begin(), list.end(), value) != list.end();
+    return g_galleryList && std::any_of(g_galleryList->begin(), g_galleryList->end(),
+                                        [&path](const auto& manifest) { return U(manifest->GetPath()) == path; });
 }
 
 // Each case starts as a first start: a home of its own, no gallery settings.
@@ -139,21 +130,21 @@ TEST_F(GalleryInitializeTest, SettingsChooseTheDefaultRegisteredAndSharedGalleri
     ASSERT_TRUE(g_defaultManifest);
     EXPECT_EQ(U(g_defaultManifest->GetPath()), defaultPath);
     EXPECT_STREQ(g_defaultManifest->m_metadata->m_identifier, L"urn:default");
-    EXPECT_TRUE(Contains(OpenedPaths(), defaultPath));
+    EXPECT_TRUE(IsOpen(defaultPath));
     EXPECT_TRUE(g_enableContentCreatorTools);
     EXPECT_FALSE(g_browseChunking);
     EXPECT_EQ(U(g_language.GetString()), "fr-CA");
     CSettingsStore::DeleteSection(true, kLanguageSettingsSection);
     ASSERT_TRUE(g_sharedGallery);
     EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
-    EXPECT_TRUE(Contains(OpenedPaths(), registered));
-    EXPECT_FALSE(Contains(OpenedPaths(), "/nowhere/imsmanifest.xml"));
+    EXPECT_TRUE(IsOpen(registered));
+    EXPECT_FALSE(IsOpen("/nowhere/imsmanifest.xml"));
 
     // Registered galleries open only with the cache allowed.
     GalleryLibraryShutdown();
     g_noCache = true;
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    EXPECT_FALSE(Contains(OpenedPaths(), registered));
+    EXPECT_FALSE(IsOpen(registered));
     sharedFolder.Remove();
 }
 
@@ -175,9 +166,8 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     EXPECT_EQ(U(manifests[0].GetPath().GetString()), first);
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    const std::vector<std::string> opened = OpenedPaths();
-    EXPECT_TRUE(Contains(opened, first));
-    EXPECT_FALSE(Contains(opened, cvs));
+    EXPECT_TRUE(IsOpen(first));
+    EXPECT_FALSE(IsOpen(cvs));
     // Opened with the cache allowed: the cache now exists and serves the next start.
     EXPECT_TRUE(GetManifestCachePath(W(first)).Exists());
     GalleryLibraryShutdown();
