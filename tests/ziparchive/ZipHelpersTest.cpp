@@ -30,30 +30,22 @@ void SetModTime(const std::string& path, time_t when)
     ::utime(path.c_str(), &times);
 }
 
-// A small gallery-like folder: nested folders, an empty folder, non-ASCII names, a file larger
-// than one transfer buffer, an empty file.
-std::string MakeSourceTree(const std::string& name)
-{
-    const std::string root = MakeScratchDir(name);
-    WriteFile(root + "/imsmanifest.xml", "<manifest/>\n");
-    WriteFile(root + "/pictures/big.bin", SampleBytes(300000, 1));
-    WriteFile(root + "/pictures/deep/er/leaf.txt", SampleBytes(777, 2));
-    WriteFile(root + "/sounds/ding.wav", SampleBytes(5000, 3));
-    WriteFile(root + "/Gr\xC3\xBC\xC3\x9F"
-                     "e/\xE6\x97\xA5\xE6\x9C\xAC.txt",
-              "unicode\n");
-    WriteFile(root + "/empty.txt", "");
-    std::filesystem::create_directories(root + "/nothing/inside");
-    SetModTime(root + "/imsmanifest.xml", 1000000001);  // odd second: DOS time alone would lose it
-    SetModTime(root + "/pictures/big.bin", 1500000000);
-    return root;
-}
-
 }  // namespace
 
 TEST(ZipHelpers, DirectoryRoundTripKeepsBytesFoldersAndTimes)
 {
-    const std::string source = MakeSourceTree("tree");
+    // Nested and empty folders, non-ASCII names, a file larger than one transfer buffer, an empty file.
+    const std::string source = MakeScratchDir("tree");
+    WriteFile(source + "/imsmanifest.xml", "<manifest/>\n");
+    WriteFile(source + "/pictures/big.bin", SampleBytes(300000, 1));
+    WriteFile(source + "/pictures/deep/er/leaf.txt", SampleBytes(777, 2));
+    WriteFile(source + "/Gr\xC3\xBC\xC3\x9F"
+                       "e/\xE6\x97\xA5\xE6\x9C\xAC.txt",
+              "unicode\n");
+    WriteFile(source + "/empty.txt", "");
+    std::filesystem::create_directories(source + "/nothing/inside");
+    SetModTime(source + "/imsmanifest.xml", 1000000001);  // odd second: DOS time alone would lose it
+    SetModTime(source + "/pictures/big.bin", 1500000000);
     const std::string archive = MakeScratchDir("arc") + "/tree.zip";
     ASSERT_TRUE(ZipAddDirectory(FolderPath(source), FilePath(archive)));
 
