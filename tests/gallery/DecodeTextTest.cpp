@@ -19,7 +19,7 @@ CAtlString Decode(const std::string& raw)
 std::string DecodeBytes(const std::string& raw, bool* ok = nullptr)
 {
     std::string out = "untouched";
-    const bool result = DecodeTextBytes(ZOLTASaxString(raw.data(), raw.size()), out);
+    const bool result = DecodeTextBytes(ZOLTASaxString(raw.data(), static_cast<std::uint32_t>(raw.size())), out);
     if (ok)
         *ok = result;
     return out;

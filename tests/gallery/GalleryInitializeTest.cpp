@@ -34,19 +34,10 @@ std::string MakeGallery(const std::string& folder, const wchar_t* identifier, in
     return path;
 }
 
-std::vector<std::string> OpenedPaths()
+bool IsOpen(const std::string& path)
 {
-    std::vector<std::string> paths;
-    if (g_galleryList) {
-        for (const auto& manifest : *g_galleryList)
-            paths.push_back(U(manifest->GetPath()));
-    }
-    return paths;
-}
-
-bool Contains(const std::vector<std::string>& list, const std::string& value)
-{
-    return std::find(list.begin(), list.end(), value) != list.end();
+    return g_galleryList && std::any_of(g_galleryList->begin(), g_galleryList->end(),
+                                        [&path](const auto& manifest) { return U(manifest->GetPath()) == path; });
 }
 
 // Each case starts as a first start: a home of its own, no gallery settings.
@@ -119,22 +110,42 @@ TEST_F(GalleryInitializeTest, FirstStartCreatesMyContentOnce)
     EXPECT_FALSE(g_myContent);
 }
 
-TEST_F(GalleryInitializeTest, SettingsChooseDefaultManifestAndFlags)
+TEST_F(GalleryInitializeTest, SettingsChooseTheDefaultRegisteredAndSharedGalleriesAndTheFlags)
 {
     const std::string defaultPath = MakeGallery(MakeScratchDir("default") + "/Mine", L"urn:default");
     SetSetting(L"DefaultManifest", defaultPath);
     ASSERT_EQ(CSettingsStore::WriteInt(true, kGallerySettingsSection, L"EnableContentCreatorTools", 1), 0);
     ASSERT_EQ(CSettingsStore::WriteString(true, kLanguageSettingsSection, L"LanguageID", L"fr-CA"), 0);
+    const std::string registered = MakeGallery(MakeScratchDir("registered") + "/Team", L"urn:team");
+    const CAtlString section = CAtlString(kUserGalleriesSection) + L"\\{1234}";
+    ASSERT_EQ(CSettingsStore::WriteString(true, section, L"ImsManifestXml", W(registered)), 0);
+    const CAtlString broken = CAtlString(kUserGalleriesSection) + L"\\{5678}";
+    ASSERT_EQ(CSettingsStore::WriteString(true, broken, L"ImsManifestXml", L"/nowhere/imsmanifest.xml"), 0);
+    CZoltaDirectoryPath sharedFolder = GetInstallationBaseFolder();
+    sharedFolder.Append(L"Gallery");
+    const std::string shared = MakeGallery(U(sharedFolder.GetPath().GetString()), L"urn:shared");
+    EXPECT_EQ(U(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
     ASSERT_TRUE(g_defaultManifest);
     EXPECT_EQ(U(g_defaultManifest->GetPath()), defaultPath);
     EXPECT_STREQ(g_defaultManifest->m_metadata->m_identifier, L"urn:default");
-    EXPECT_TRUE(Contains(OpenedPaths(), defaultPath));
+    EXPECT_TRUE(IsOpen(defaultPath));
     EXPECT_TRUE(g_enableContentCreatorTools);
     EXPECT_FALSE(g_browseChunking);
     EXPECT_EQ(U(g_language.GetString()), "fr-CA");
     CSettingsStore::DeleteSection(true, kLanguageSettingsSection);
+    ASSERT_TRUE(g_sharedGallery);
+    EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
+    EXPECT_TRUE(IsOpen(registered));
+    EXPECT_FALSE(IsOpen("/nowhere/imsmanifest.xml"));
+
+    // Registered galleries open only with the cache allowed.
+    GalleryLibraryShutdown();
+    g_noCache = true;
+    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
+    EXPECT_FALSE(IsOpen(registered));
+    sharedFolder.Remove();
 }
 
 TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
@@ -155,9 +166,8 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     EXPECT_EQ(U(manifests[0].GetPath().GetString()), first);
 
     ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    const std::vector<std::string> opened = OpenedPaths();
-    EXPECT_TRUE(Contains(opened, first));
-    EXPECT_FALSE(Contains(opened, cvs));
+    EXPECT_TRUE(IsOpen(first));
+    EXPECT_FALSE(IsOpen(cvs));
     // Opened with the cache allowed: the cache now exists and serves the next start.
     EXPECT_TRUE(GetManifestCachePath(W(first)).Exists());
     GalleryLibraryShutdown();
@@ -166,24 +176,6 @@ TEST_F(GalleryInitializeTest, RepositoriesAreScannedMissingEntriesAndCvsSkipped)
     for (const auto& manifest : *g_galleryList)
         fromCache |= U(manifest->GetPath()) == first && U(manifest->m_cachePath) != "";
     EXPECT_TRUE(fromCache);
-}
-
-TEST_F(GalleryInitializeTest, RegisteredGalleriesOpenUnlessTheCacheIsOff)
-{
-    const std::string registered = MakeGallery(MakeScratchDir("registered") + "/Team", L"urn:team");
-    const CAtlString section = CAtlString(kUserGalleriesSection) + L"\\{1234}";
-    ASSERT_EQ(CSettingsStore::WriteString(true, section, L"ImsManifestXml", W(registered)), 0);
-    const CAtlString broken = CAtlString(kUserGalleriesSection) + L"\\{5678}";
-    ASSERT_EQ(CSettingsStore::WriteString(true, broken, L"ImsManifestXml", L"/nowhere/imsmanifest.xml"), 0);
-
-    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    EXPECT_TRUE(Contains(OpenedPaths(), registered));
-    EXPECT_FALSE(Contains(OpenedPaths(), "/nowhere/imsmanifest.xml"));
-
-    GalleryLibraryShutdown();
-    g_noCache = true;
-    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    EXPECT_FALSE(Contains(OpenedPaths(), registered));
 }
 
 TEST_F(GalleryInitializeTest, CancelStopsOpeningAndAParseInProgress)
@@ -206,18 +198,6 @@ TEST_F(GalleryInitializeTest, CancelStopsOpeningAndAParseInProgress)
     EXPECT_FALSE(g_defaultManifest);
     ASSERT_NE(g_galleryList, nullptr);
     EXPECT_TRUE(g_galleryList->empty());
-}
-
-TEST_F(GalleryInitializeTest, SharedGalleryComesFromTheInstallationFolder)
-{
-    CZoltaDirectoryPath folder = GetInstallationBaseFolder();
-    folder.Append(L"Gallery");
-    const std::string shared = MakeGallery(U(folder.GetPath().GetString()), L"urn:shared");
-    EXPECT_EQ(U(GetSharedGalleryManifestPath().GetPath().GetString()), shared);
-    ASSERT_EQ(GalleryLibraryInitialize(), S_OK);
-    ASSERT_TRUE(g_sharedGallery);
-    EXPECT_STREQ(g_sharedGallery->m_metadata->m_identifier, L"urn:shared");
-    folder.Remove();
 }
 
 TEST_F(GalleryInitializeTest, AnOldMyContentFolderIsImportedOnceIntoTheRootCategory)

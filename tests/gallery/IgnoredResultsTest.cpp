@@ -41,10 +41,16 @@ namespace {
 
 using namespace curatool::test;
 
+// Each case moves HOME to fresh scratch folders and puts it back.
+class IgnoredResultsTest : public ::testing::Test {
+protected:
+    void TearDown() override { qputenv("HOME", m_oldHome); }
+    const QByteArray m_oldHome = qgetenv("HOME");
+};
+
 // Whatever allocation fails while My Content is made, what is saved is whole or nothing.
-TEST(IgnoredResultsTest, MyContentIsSavedWholeOrNotAtAll)
+TEST_F(IgnoredResultsTest, MyContentIsSavedWholeOrNotAtAll)
 {
-    const QByteArray oldHome = qgetenv("HOME");
     for (int failAt = 1; failAt <= 12; ++failAt) {
         SCOPED_TRACE(failAt);
         qputenv("HOME", QByteArray::fromStdString(MakeScratchDir("home")));
@@ -62,13 +68,11 @@ TEST(IgnoredResultsTest, MyContentIsSavedWholeOrNotAtAll)
         const std::size_t title = text.find("<title>My Content</title>");
         EXPECT_NE(text.find("<title>My Content</title>", title + 1), std::string::npos);
     }
-    qputenv("HOME", oldHome);
 }
 
 // An old My Content item is imported whole, at the latest by the start after a failed one.
-TEST(IgnoredResultsTest, AnOldItemIsImportedWholeOnceWhateverAllocationFails)
+TEST_F(IgnoredResultsTest, AnOldItemIsImportedWholeOnceWhateverAllocationFails)
 {
-    const QByteArray oldHome = qgetenv("HOME");
     const std::string old = MakeScratchDir("old-my-content");
     ASSERT_TRUE(WriteFile(old + "/frog.galleryitem", "frog"));
     for (int failAt = 1;; ++failAt) {
@@ -99,11 +103,10 @@ TEST(IgnoredResultsTest, AnOldItemIsImportedWholeOnceWhateverAllocationFails)
         if (!failedOne)
             break;
     }
-    qputenv("HOME", oldHome);
 }
 
 // A record read while an allocation fails is whole, or the read fails.
-TEST(IgnoredResultsTest, MetadataIsReadWholeOrFails)
+TEST_F(IgnoredResultsTest, MetadataIsReadWholeOrFails)
 {
     const std::string lom =
         "<lom:lom><lom:general><lom:identifier><lom:entry>urn:x</lom:entry></lom:identifier>"

@@ -41,8 +41,6 @@ protected:
     LanguageStringBlock block{};
 };
 
-// ---- Packed form ----
-
 TEST_F(BlockTest, PackedLayoutIsKeyValuePairsClosedByOneZero)
 {
     EXPECT_EQ(block.GetSizeInChars(), 1u);
@@ -59,7 +57,7 @@ TEST_F(BlockTest, PackedLayoutIsKeyValuePairsClosedByOneZero)
     EXPECT_EQ(std::wstring(block.GetData(), block.GetSizeInChars()), expected);
 }
 
-TEST_F(BlockTest, RemoveAppendClearAndIndexChecks)
+TEST_F(BlockTest, RemoveAppendCopyAndIndexChecks)
 {
     Fill({{L"en", L"a"}, {L"fr", L"b"}, {L"de", L"c"}});
     EXPECT_EQ(block.Remove(1), S_OK);
@@ -68,36 +66,25 @@ TEST_F(BlockTest, RemoveAppendClearAndIndexChecks)
     EXPECT_THROW(block.GetValue(-1), std::out_of_range);
     EXPECT_THROW(static_cast<void>(block.Remove(5)), std::out_of_range);  // throws before any result
 
-    LanguageStringBlock other{};
-    EXPECT_EQ(block.Append(other), S_FALSE);
-    ASSERT_EQ(other.Add(L"es", L"d"), S_OK);
-    EXPECT_EQ(block.Append(other), S_OK);
+    LanguageStringBlock* other = nullptr;
+    ASSERT_EQ(LanguageStringBlock::Create(&other), S_OK);
+    EXPECT_EQ(LanguageStringBlock::Create(&other), E_INVALIDARG) << "created once";
+    EXPECT_EQ(LanguageStringBlock::Create(nullptr), E_INVALIDARG);
+    EXPECT_EQ(block.Append(*other), S_FALSE);
+    ASSERT_EQ(other->Add(L"es", L"d"), S_OK);
+    EXPECT_EQ(block.Append(*other), S_OK);
     EXPECT_EQ(Contents(), (Pairs{{L"en", L"a"}, {L"de", L"c"}, {L"es", L"d"}}));
-    other.Clear();
 
+    // A copy replaces what was there and outlives its source.
+    ASSERT_EQ(other->CopyFrom(block), S_OK);
     block.Clear();
     EXPECT_EQ(block.GetCount(), 0);
     EXPECT_EQ(block.GetSizeInChars(), 1u);
+    EXPECT_EQ(other->GetCount(), 3);
+    EXPECT_EQ(std::wstring(other->GetValue(2)), L"d");
+    LanguageStringBlock::Destroy(other);
+    EXPECT_EQ(other, nullptr);
 }
-
-TEST_F(BlockTest, CopiesAreIndependentAndHeapBlocksAreCreatedOnce)
-{
-    Fill({{L"en", L"a"}, {L"fr", L"b"}});
-    LanguageStringBlock* copy = nullptr;
-    ASSERT_EQ(LanguageStringBlock::Create(&copy), S_OK);
-    EXPECT_EQ(LanguageStringBlock::Create(&copy), E_INVALIDARG);
-    EXPECT_EQ(LanguageStringBlock::Create(nullptr), E_INVALIDARG);
-    EXPECT_EQ(copy->GetCount(), 0);
-    ASSERT_EQ(copy->Add(L"de", L"x"), S_OK);
-    ASSERT_EQ(copy->CopyFrom(block), S_OK);
-    block.Clear();
-    EXPECT_EQ(copy->GetCount(), 2);
-    EXPECT_EQ(std::wstring(copy->GetValue(1)), L"b");
-    LanguageStringBlock::Destroy(copy);
-    EXPECT_EQ(copy, nullptr);
-}
-
-// ---- Matching ----
 
 TEST(MatchLanguage, LevelsOverTheShorterSubtagsAndBlankGivesZero)
 {
@@ -124,8 +111,6 @@ TEST(MatchLanguage, LevelsOverTheShorterSubtagsAndBlankGivesZero)
         EXPECT_EQ(MatchLanguage(c.a, c.b), c.level) << (c.a ? c.a : L"(null)") << " / " << c.b;
 }
 
-// ---- FindLanguage and Lookup ----
-
 TEST_F(BlockTest, FindLanguagePrefersTheBestLevelThenTheEarliestPair)
 {
     Fill({{L"zh", L"general"}, {L"zh-TW", L"tw"}, {L"zh-CN", L"cn"}, {L"zh-CN", L"second"}});
@@ -141,34 +126,29 @@ TEST_F(BlockTest, FindLanguagePrefersTheBestLevelThenTheEarliestPair)
     regionsOnly.Clear();
 }
 
-TEST_F(BlockTest, LookupFallsBackToEnglishThenPlainKeyThenFirstPair)
+TEST_F(BlockTest, LookupFallsBackToEnglishThenPlainKeyThenFirstPairAndBlankMeansTheCurrentLanguage)
 {
-    Fill({{L"fr-CA", L"Chien"}, {L"de", L"Hund"}, {L"en-GB", L"Dog"}});
-    EXPECT_EQ(std::wstring(block.Lookup(L"fr")), L"Chien");
-    EXPECT_EQ(std::wstring(block.Lookup(L"es")), L"Dog");
-    block.Clear();
-
-    Fill({{L"fr-CA", L"Chien"}, {L"de", L"Hund"}});
-    EXPECT_EQ(std::wstring(block.Lookup(L"es")), L"Hund");
-    block.Clear();
-
-    // Only "fr-CA" for "de": no English, no key without "-", so the first pair.
-    Fill({{L"fr-CA", L"Chien"}});
-    EXPECT_EQ(std::wstring(block.Lookup(L"de")), L"Chien");
-    block.Clear();
-    EXPECT_EQ(std::wstring(block.Lookup(L"de")), L"");
-}
-
-TEST_F(BlockTest, LookupWithBlankLanguageUsesTheCurrentLanguage)
-{
-    Fill({{L"en", L"Dog"}, {L"de", L"Hund"}});
+    const struct {
+        Pairs pairs;
+        const wchar_t* language;
+        const wchar_t* expected;
+    } cases[] = {
+        {{{L"fr-CA", L"Chien"}, {L"de", L"Hund"}, {L"en-GB", L"Dog"}}, L"fr", L"Chien"},
+        {{{L"fr-CA", L"Chien"}, {L"de", L"Hund"}, {L"en-GB", L"Dog"}}, L"es", L"Dog"},
+        {{{L"fr-CA", L"Chien"}, {L"de", L"Hund"}}, L"es", L"Hund"},
+        {{{L"fr-CA", L"Chien"}}, L"de", L"Chien"},
+        {{}, L"de", L""},
+        {{{L"en", L"Dog"}, {L"de", L"Hund"}}, nullptr, L"Hund"},
+        {{{L"en", L"Dog"}, {L"de", L"Hund"}}, L"\xFFFE", L"Hund"},
+    };
     SetCurrentLanguage(L"de_DE");
-    EXPECT_EQ(std::wstring(block.Lookup(nullptr)), L"Hund");
-    EXPECT_EQ(std::wstring(block.Lookup(L"\xFFFE")), L"Hund");
+    for (const auto& c : cases) {
+        block.Clear();
+        Fill(c.pairs);
+        EXPECT_EQ(std::wstring(block.Lookup(c.language)), c.expected) << &c - cases;
+    }
     EXPECT_EQ(GetCurrentLanguage(), CAtlString(L"de_DE"));
 }
-
-// ---- ReplaceLanguage ----
 
 // A general text stays for the other region of Chinese and Portuguese; the general language
 // drops every region; other regions of the same language stay.
@@ -204,8 +184,6 @@ TEST_F(BlockTest, ReplaceLanguageKeepsOrDropsRegionsByTheLanguage)
     EXPECT_EQ(Contents(), cases[3].after);
 }
 
-// ---- Iteration ----
-
 TEST_F(BlockTest, IteratorVisitsPairsInOrderSkippingLanguagesBelowTheMinimumVersion)
 {
     Fill({{L"en", L"a"}, {L"fr", L"b"}, {L"de", L"c"}});
@@ -225,18 +203,13 @@ TEST_F(BlockTest, IteratorVisitsPairsInOrderSkippingLanguagesBelowTheMinimumVers
         keys.emplace_back(it.Key());
     EXPECT_EQ(keys, (std::vector<std::wstring>{L"en", L"de"}));
     versions.Clear();
-}
-
-TEST(StringVersions, CompareNumericallyPartByPart)
-{
+    // Versions compare numerically part by part.
     EXPECT_LT(CompareStringVersions(L"1.9", L"1.10"), 0);
     EXPECT_EQ(CompareStringVersions(L"2", L"2.0.0"), 0);
     EXPECT_GT(CompareStringVersions(L"3.0.1", L"3"), 0);
 }
 
-// ---- Blank rule and hash ----
-
-TEST(GalleryText, BlankRuleAndHash)
+TEST(GalleryText, BlankRuleHashAndTheSharedEmptyString)
 {
     EXPECT_TRUE(IsBlankText(nullptr));
     EXPECT_TRUE(IsBlankText(L""));
@@ -245,10 +218,7 @@ TEST(GalleryText, BlankRuleAndHash)
     EXPECT_FALSE(IsBlankText(L" "));
     // The hash's formula is pinned by the cache file names; characters beyond 8 bits count in full.
     EXPECT_NE(GalleryStringHash(L"\x4E2D"), GalleryStringHash(L"\x2D"));
-}
 
-TEST(GalleryText, AssignCopiesAndFreeLeavesTheSharedEmptyString)
-{
     const wchar_t* field = nullptr;
     wchar_t source[] = L"abc";
     ASSERT_EQ(GalleryAssignText(field, source), S_OK);

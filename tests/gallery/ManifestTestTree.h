@@ -29,12 +29,6 @@ namespace manifest_test {
 using curatool::test::U;
 using curatool::test::W;
 
-// The older name of U for wide texts, kept for the tests that use it.
-inline std::string N(const wchar_t* text)
-{
-    return U(text);
-}
-
 // Fails the test when a set-up step fails, for helpers that cannot ASSERT.
 inline void Ok(HRESULT result)
 {

@@ -1,8 +1,14 @@
+// Merging packages into a gallery: records, tree, and how content files arrive (moved out of an
+// extraction, copied from a folder package, never through a link or outside the gallery).
 #include "gallery/CGalleryMergeIndex.h"
+#include "gallery/GalleryContentFiles.h"
 #include "ManifestTestTree.h"
+#include "ziparchive/ZipHelpers.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -11,6 +17,8 @@ using curatool::test::Exists;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
 using curatool::test::WriteFile;
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,7 +30,8 @@ struct PackageSpec {
     std::wstring title = L"Package title";
 };
 
-// Writes a package folder: its manifest and one file per activity holding "<href>@<package id>".
+// Writes a package folder: its manifest and one file per activity holding "<href>@<package id>",
+// dated a year back; and that folder zipped beside it.
 std::string WritePackage(const std::string& name, const PackageSpec& offer)
 {
     const std::string folder = MakeScratchDir(name);
@@ -37,11 +46,23 @@ std::string WritePackage(const std::string& name, const PackageSpec& offer)
     for (const auto& [id, href] : offer.activities) {
         AddActivity(category, id.c_str(), href.c_str(), (L"Title of " + id).c_str());
         if (href.find(L"..") == std::wstring::npos && href[0] != L'/') {
-            EXPECT_TRUE(WriteFile(folder + "/" + U(href.c_str()), U(href.c_str()) + "@" + U(offer.id.c_str())));
+            const std::string file = folder + "/" + U(href.c_str());
+            EXPECT_TRUE(WriteFile(file, U(href.c_str()) + "@" + U(offer.id.c_str())));
+            fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(24 * 365));
         }
     }
     EXPECT_EQ(S_OK, CGalleryManifestIO::Save(manifest, W(folder + "/imsmanifest.xml").GetString(), false));
+    EXPECT_TRUE(ZipAddDirectory(CZoltaDirectoryPath(W(folder)), CZoltaFilePath(W(folder + ".zip"))));
     return folder;
+}
+
+// A package "urn:pkg:<name>" of one category with an activity per href.
+std::string WriteHrefPackage(const std::string& name, const std::vector<std::wstring>& hrefs)
+{
+    PackageSpec offer{W("urn:pkg:" + name).GetString(), L"urn:cat", {}};
+    for (const std::wstring& href : hrefs)
+        offer.activities.emplace_back(W("urn:a:" + name + std::to_string(offer.activities.size())).GetString(), href);
+    return WritePackage(name, offer);
 }
 
 class MergeTest : public ::testing::Test {
@@ -53,10 +74,13 @@ protected:
     }
     void TearDown() override { CGalleryManifestIO::Close(installed); }
 
-    HRESULT Install(const std::string& packageFolder, CGalleryFolder** firstItem = nullptr)
+    // Opens the package (a folder or a ".zip") and merges it; the extraction, if any, is closed after.
+    HRESULT Install(const std::string& path, CGalleryFolder** firstItem = nullptr, std::string* extraction = nullptr)
     {
         CGalleryManifest package;
-        EXPECT_EQ(S_OK, CGalleryManifestIO::Open(package, W(packageFolder).GetString(), nullptr, false));
+        EXPECT_EQ(S_OK, CGalleryManifestIO::Open(package, W(path).GetString(), nullptr, false));
+        if (extraction)
+            *extraction = U(CGalleryManifestIO::GetFolder(package).GetPath().GetString());
         const HRESULT result = CGalleryManifestIO::MergeFrom(installed, &package, firstItem);
         CGalleryManifestIO::Close(package);
         return result;
@@ -242,6 +266,65 @@ TEST_F(MergeTest, IndexStaysRightWhenTheTreeIsEditedBetweenMerges)
     EXPECT_EQ(1u, Organization()->m_items->GetAt(0)->m_activities->GetCount());
 }
 
+TEST_F(MergeTest, ArchivesAndFoldersArriveWholeAndNewlyDatedWhileFolderSourcesStay)
+{
+    const std::string zipped = WriteHrefPackage("zipped", {L"z1.png", L"pictures/z2.png"});
+    const std::string plain = WriteHrefPackage("plain", {L"f1.png", L"pictures/f2.png"});
+    std::string extraction;
+    ASSERT_EQ(S_OK, Install(zipped + ".zip", nullptr, &extraction));
+    ASSERT_EQ(S_OK, Install(plain));
+
+    const auto now = fs::file_time_type::clock::now();
+    for (const std::string name : {"zipped:z1.png", "zipped:pictures/z2.png", "plain:f1.png", "plain:pictures/f2.png"})
+    {
+        const std::string file = name.substr(name.find(':') + 1);
+        EXPECT_EQ(file + "@urn:pkg:" + name.substr(0, name.find(':')), ReadFile(gallery + "/" + file));
+        EXPECT_LT(now - fs::last_write_time(gallery + "/" + file), std::chrono::hours(1)) << name;
+        EXPECT_FALSE(Exists(gallery + "/." + fs::path(file).filename().string() + ".curatool-new")) << name;
+    }
+    // A folder package is the user's: it keeps its files. The extraction is gone with its close.
+    EXPECT_EQ("f1.png@urn:pkg:plain", ReadFile(plain + "/f1.png"));
+    EXPECT_EQ("pictures/f2.png@urn:pkg:plain", ReadFile(plain + "/pictures/f2.png"));
+    EXPECT_FALSE(extraction.empty());
+    EXPECT_FALSE(Exists(extraction));
+}
+
+TEST_F(MergeTest, LinksInTheGalleryAreReplacedOrRefusedNeverWrittenThrough)
+{
+    const std::string outside = MakeScratchDir("outside");
+    ASSERT_TRUE(WriteFile(outside + "/victim.png", "ORIGINAL"));
+    // A link at a target name and one at the name a file is put beside its target first, for a
+    // package that moves its files and one that copies them.
+    for (const std::string kind : {"zip", "folder"}) {
+        const std::string name = "linked" + kind;
+        const std::string package =
+            WriteHrefPackage(name, {W(name + "1.png").GetString(), W(name + "2.png").GetString()});
+        const std::string path = kind == "zip" ? package + ".zip" : package;
+        fs::create_symlink(outside + "/victim.png", gallery + "/" + name + "1.png");
+        fs::create_symlink(outside + "/victim.png", gallery + "/." + name + "2.png.curatool-new");
+        // The first leads to a file that no record lists: it is in the way.
+        EXPECT_EQ(E_FAIL, Install(path)) << kind;
+        // Leading nowhere, it is in nobody's way, and the name is taken over.
+        fs::remove(gallery + "/" + name + "1.png");
+        fs::create_symlink(outside + "/missing.png", gallery + "/" + name + "1.png");
+        EXPECT_EQ(S_OK, Install(path)) << kind;
+        EXPECT_FALSE(fs::is_symlink(gallery + "/" + name + "1.png")) << kind;
+        EXPECT_EQ(name + "1.png@urn:pkg:" + name, ReadFile(gallery + "/" + name + "1.png")) << kind;
+        EXPECT_EQ(name + "2.png@urn:pkg:" + name, ReadFile(gallery + "/" + name + "2.png")) << kind;
+        EXPECT_FALSE(Exists(outside + "/missing.png")) << kind;
+        EXPECT_EQ("ORIGINAL", ReadFile(outside + "/victim.png")) << kind;
+    }
+
+    // A linked folder that stays inside the gallery is a place like any other; one leading out is not.
+    fs::create_directories(gallery + "/real");
+    fs::create_directory_symlink(gallery + "/real", gallery + "/inner");
+    fs::create_directory_symlink(outside, gallery + "/away");
+    EXPECT_EQ(S_OK, Install(WriteHrefPackage("inner", {L"inner/a.png"}) + ".zip"));
+    EXPECT_EQ("inner/a.png@urn:pkg:inner", ReadFile(gallery + "/real/a.png"));
+    EXPECT_EQ(E_FAIL, Install(WriteHrefPackage("away", {L"away/b.png"}) + ".zip"));
+    EXPECT_FALSE(Exists(outside + "/b.png"));
+}
+
 TEST(MergeIndexTest, FirstChildOfAnIdentifierWinsAndStaleTablesAreRebuilt)
 {
     CGalleryManifest manifest;
@@ -259,6 +342,37 @@ TEST(MergeIndexTest, FirstChildOfAnIdentifierWinsAndStaleTablesAreRebuilt)
     CGalleryFolder* replacement = AddCategory(organization, L"fresh", L"Fresh");
     EXPECT_EQ(replacement, index.Find(*organization->m_items, L"fresh"));
     EXPECT_EQ(nullptr, index.Find(*organization->m_items, L"other"));
+}
+
+TEST(PathInsideTest, NamesDecideUnlessALinkOrADotStandsBetween)
+{
+    const std::string root = MakeScratchDir("inside");
+    const std::string outside = MakeScratchDir("beyond");
+    fs::create_directories(root + "/real/deeper");
+    fs::create_directory_symlink(outside, root + "/away");
+    fs::create_directory_symlink(root + "/real", root + "/back");
+    const struct {
+        std::string inner;
+        bool inside;
+    } cases[] = {
+        {root, true},
+        {root + "/", true},
+        {root + "/real/deeper/file.png", true},
+        {root + "/missing/more/file.png", true},
+        {root + "//real///deeper", true},
+        {root + "/back/deeper", true},
+        {root + "/away", false},
+        {root + "/away/file.png", false},
+        {root + "/missing/../../file.png", false},
+        {root + "/real/../real/x", true},
+        {root + "/back/../..", false},
+        {outside, false},
+        {root + "x", false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.inside, IsPathInside(W(c.inner), W(root))) << c.inner;
+    EXPECT_TRUE(IsPathInside(W(root + "/real/x"), W(root + "/")));
+    EXPECT_FALSE(IsPathInside(W(root + "/real"), W(root + "/away")));
 }
 
 }  // namespace

@@ -23,6 +23,8 @@
 
 namespace {
 
+using namespace manifest_test;
+
 static_assert(std::is_trivially_copyable_v<CGalleryActivity>);
 static_assert(std::is_trivially_copyable_v<CGalleryFolder>);
 static_assert(std::is_trivially_copyable_v<CGalleryOrganization>);
@@ -41,29 +43,9 @@ CGalleryActivity* NewActivity(const wchar_t* identifier, const wchar_t* title = 
     return activity;
 }
 
-CGalleryFolder* NewFolder(const wchar_t* identifier)
-{
-    CGalleryFolder* folder = nullptr;
-    EXPECT_EQ(CGalleryFolder::Create(&folder), S_OK);
-    EXPECT_EQ(folder->m_metadata->SetIdentifier(identifier), S_OK);
-    return folder;
-}
-
-CGalleryOrganization* NewOrganization(const wchar_t* identifier)
-{
-    CGalleryOrganization* organization = nullptr;
-    EXPECT_EQ(CGalleryOrganization::Create(&organization), S_OK);
-    EXPECT_EQ(organization->m_metadata->SetIdentifier(identifier), S_OK);
-    return organization;
-}
-
-// ---- Creation ----
-
-// ---- Lists and back references ----
-
 TEST(GalleryLists, AddFindRemoveAndBounds)
 {
-    CGalleryFolder* folder = NewFolder(L"root");
+    CGalleryFolder* folder = NewCategory(L"root", L"Category");
     for (int i = 0; i < 40; ++i)
         ASSERT_EQ(folder->AddActivity(NewActivity((L"id" + std::to_wstring(i)).c_str())), S_OK);
     CGalleryActivityList& list = *folder->m_activities;
@@ -90,11 +72,9 @@ TEST(GalleryLists, SubtreeMovesBetweenManifestsWithoutCopies)
 {
     auto* source = new CGalleryManifest;
     CGalleryManifest target;
-    CGalleryOrganization* from = NewOrganization(L"from");
-    CGalleryOrganization* to = NewOrganization(L"to");
-    ASSERT_EQ(source->AddOrganization(from), S_OK);
-    ASSERT_EQ(target.AddOrganization(to), S_OK);
-    CGalleryFolder* moving = NewFolder(L"moving");
+    CGalleryOrganization* from = AddOrganization(*source, L"from", L"From");
+    CGalleryOrganization* to = AddOrganization(target, L"to", L"To");
+    CGalleryFolder* moving = NewCategory(L"moving", L"Category");
     CGalleryActivity* activity = NewActivity(L"a", L"Apple");
     ASSERT_EQ(moving->AddActivity(activity), S_OK);
     ASSERT_EQ(from->AddItem(moving), S_OK);
@@ -111,7 +91,7 @@ TEST(GalleryLists, SubtreeMovesBetweenManifestsWithoutCopies)
 
 TEST(GalleryLists, DeeplyNestedTreesAreFreedWithoutRecursion)
 {
-    CGalleryFolder* root = NewFolder(L"0");
+    CGalleryFolder* root = NewCategory(L"0", L"Category");
     CGalleryFolder* current = root;
     for (int depth = 1; depth < 200000; ++depth) {
         CGalleryFolder* child = nullptr;
@@ -119,15 +99,11 @@ TEST(GalleryLists, DeeplyNestedTreesAreFreedWithoutRecursion)
         ASSERT_EQ(current->AddChild(child), S_OK);
         current = child;
     }
-    CGalleryOrganization* organization = NewOrganization(L"o");
+    CGalleryManifest manifest;
+    CGalleryOrganization* organization = AddOrganization(manifest, L"o", L"O");
     ASSERT_EQ(organization->AddItem(root), S_OK);
     EXPECT_EQ(current->m_organization, organization);
-    CGalleryOrganization::Destroy(organization);
 }
-
-// ---- Metadata ----
-
-// ---- Ordering ----
 
 TEST(GalleryOrdering, CompareTitlesIsATotalOrderWithBlanksFirst)
 {
@@ -202,8 +178,6 @@ TEST(GalleryOrdering, ObjectTitles)
     EXPECT_TRUE(GetObjectTitle(nullptr).IsEmpty());
 }
 
-// ---- Identifiers ----
-
 TEST(GalleryIdentifierText, GeneratedIdentifiersHaveTheirFixedShape)
 {
     const std::wstring base(PLACEHOLDER_URI_BASE);
@@ -228,10 +202,9 @@ TEST(GalleryIdentifierText, GeneratedIdentifiersHaveTheirFixedShape)
 TEST(GalleryIdentifierText, IndexFindsEveryObjectAndTheFirstOfDuplicates)
 {
     CGalleryManifest manifest;
-    CGalleryOrganization* organization = NewOrganization(L"org");
-    EXPECT_EQ(S_OK, manifest.AddOrganization(organization));
-    CGalleryFolder* root = NewFolder(L"root");
-    CGalleryFolder* child = NewFolder(L"dup");
+    CGalleryOrganization* organization = AddOrganization(manifest, L"org", L"Org");
+    CGalleryFolder* root = NewCategory(L"root", L"Category");
+    CGalleryFolder* child = NewCategory(L"dup", L"Category");
     CGalleryActivity* first = NewActivity(L"dup");
     EXPECT_EQ(S_OK, organization->AddItem(root));
     EXPECT_EQ(S_OK, root->AddActivity(first));

@@ -2,6 +2,7 @@
 
 #include "gallery/sax/ZOLTASaxContentHandler.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,8 @@ public:
         lastLength = length;
         prefixes.push_back(Show(prefix));
         localNames.push_back(Show(localName));
+        if (onAttributes)
+            onAttributes(attributes);
         return ++startCount == stopAtStart ? stopResult : S_OK;
     }
     HRESULT EndElement(const ZOLTASaxString& prefix, const ZOLTASaxString& localName, const ZOLTASaxString& qName,
@@ -50,6 +53,8 @@ public:
         return ++endCount == stopAtEnd ? stopResult : S_OK;
     }
 
+    // Sees each start tag's attributes while they are valid.
+    std::function<void(const ZOLTASaxAttributes&)> onAttributes;
     std::vector<std::string> events;
     std::vector<std::string> prefixes;
     std::vector<std::string> localNames;

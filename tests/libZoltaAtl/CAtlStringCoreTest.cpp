@@ -364,14 +364,9 @@ TYPED_TEST(StringCoreTest, AppendConcatenateCompareAndHash)
     EXPECT_EQ(apple.Collate(T("APPLE"), false), 0);
     EXPECT_NE(apple.Collate(T("APPLE"), true), 0);
     EXPECT_EQ(apple.CollateNoCase(T("aPPle")), 0);
-    EXPECT_TRUE(apple == T("apple").GetString());
-    EXPECT_TRUE(T("apple").GetString() == apple);
-    EXPECT_TRUE(apple != Apple);
-    EXPECT_TRUE(Apple < apple);
-    EXPECT_TRUE(apple > Apple.GetString());
-    EXPECT_TRUE(apple <= apple);
-    EXPECT_TRUE(apple >= Apple);
-    EXPECT_FALSE(apple < apple);
+    // Operators are case-sensitive, with a pointer on either side.
+    EXPECT_TRUE(apple == T("apple").GetString() && T("apple").GetString() == apple && apple != Apple);
+    EXPECT_TRUE(Apple < apple && apple > Apple.GetString() && apple <= apple && apple >= Apple && !(apple < apple));
 
     std::unordered_map<TypeParam, int> hashed{{T("key"), 7}};
     EXPECT_EQ(hashed.at(T("k") + T("ey")), 7);

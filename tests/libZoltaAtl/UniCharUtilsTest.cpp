@@ -68,7 +68,7 @@ TEST(UniCharUtilsDecode, IllegalOrTruncatedSequencesStopAndKeepWhatWasWritten)
     EXPECT_EQ(Decode("ab")[2], kUntouched);
 }
 
-TEST(UniCharUtilsEncode, OutOfRangeValuesSurrogatesAndShortBuffers)
+TEST(UniCharUtilsEncode, OutOfRangeValuesSurrogatesShortBuffersAndTheLength)
 {
     // Scalar values are checked against Qt below; up to 0x1FFFFF still takes four bytes.
     EXPECT_EQ(Encode(std::wstring(1, static_cast<wchar_t>(0x1FFFFF)), 4), "\xF7\xBF\xBF\xBF");
@@ -84,10 +84,8 @@ TEST(UniCharUtilsEncode, OutOfRangeValuesSurrogatesAndShortBuffers)
 
     EXPECT_EQ(Encode(L"a\u20AC", 3), "a##") << "no partial sequence";
     EXPECT_EQ(Encode(L"abc", 0), "");
-}
 
-TEST(UniCharUtilsLength, CountsBytesInStepWithTheEncoder)
-{
+    // The length counts in step with the encoder.
     EXPECT_EQ(WCA32Utf8Length(nullptr), 0);
     EXPECT_EQ(WCA32Utf8Length(L""), 0);
     const wchar_t huge[] = {static_cast<wchar_t>(0x110000), static_cast<wchar_t>(0x200000), 0};

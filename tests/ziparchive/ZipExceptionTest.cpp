@@ -9,61 +9,56 @@
 #include <cerrno>
 #include <cstring>
 
-TEST(ZipException, TextsOfArchiveAndZlibCodes)
+TEST(ZipException, TextsOfArchiveErrnoAndZlibCodes)
 {
-    EXPECT_EQ(CZipException(101).GetErrorDescription(), "Damaged or not a zip file");
-    EXPECT_EQ(CZipException(102).GetErrorDescription(), "Crc mismatched");
-    EXPECT_EQ(CZipException(111).GetErrorDescription(),
-              "During testing found the directory with the size greater than 0");
-    EXPECT_EQ(CZipException(116).GetErrorDescription(),
-              "The central directory was not found in the archive (or you were trying to open not "
-              "the last disk of a multi-disk archive).");
-    EXPECT_EQ(CZipException(500).GetErrorDescription(), "Zlib Library error (end of stream)");
-    EXPECT_EQ(CZipException(505).GetErrorDescription(), "Not enough memory");
-    EXPECT_EQ(CZipException(507).GetErrorDescription(), "Zlib library error (version error)");
+    const struct {
+        int code;
+        const char* file;
+        const char* text;
+    } cases[] = {
+        {101, "", "Damaged or not a zip file"},
+        {101, "x.zip", "Damaged or not a zip file"},  // only remove and rename name their file
+        {102, "", "Crc mismatched"},
+        {111, "", "During testing found the directory with the size greater than 0"},
+        {113, "old.zip", "Error while removing a file (old.zip)"},
+        {114, "new.zip", "Error while renaming a file (new.zip)"},
+        {116, "",
+         "The central directory was not found in the archive (or you were trying to open not the last disk of a "
+         "multi-disk archive)."},
+        {500, "", "Zlib Library error (end of stream)"},
+        {505, "", "Not enough memory"},
+        {507, "", "Zlib library error (version error)"},
+        {2, "", "No such file or directory"},
+        {12, "", "Not enough space"},
+        {30, "", "Read-only file system"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(CZipException(c.code, c.file).GetErrorDescription(), c.text) << c.code;
     for (int unknown : {0, 3, 31, 100, 117, 501, 508, -1})
         EXPECT_EQ(CZipException(unknown).GetErrorDescription(), "Unknown error") << unknown;
-}
 
-TEST(ZipException, ErrnoCodesAndTheSystemText)
-{
-    EXPECT_EQ(CZipException(2).GetErrorDescription(), "No such file or directory");
-    EXPECT_EQ(CZipException(12).GetErrorDescription(), "Not enough space");
-    EXPECT_EQ(CZipException(30).GetErrorDescription(), "Read-only file system");
-
-    // A system failure is its errno when that is one of 1 to 30, else 502 with the system's text.
-    try {
-        CZipException::ThrowErrno(ENOENT, "a.zip");
-        FAIL();
-    }
-    catch (const CZipException& error) {
-        EXPECT_EQ(error.m_iCause, 2);
-        EXPECT_EQ(error.m_szFileName, "a.zip");
-    }
-    try {
-        CZipException::ThrowErrno(ELOOP, "b.zip");
-        FAIL();
-    }
-    catch (const CZipException& error) {
-        EXPECT_EQ(error.m_iCause, CZipException::errNo);
-        EXPECT_EQ(error.GetErrorDescription(), std::strerror(ELOOP));
-    }
-}
-
-TEST(ZipException, FileNameJoinsOnlyRemoveAndRenameTexts)
-{
-    EXPECT_EQ(CZipException(113, "old.zip").GetErrorDescription(), "Error while removing a file (old.zip)");
-    EXPECT_EQ(CZipException(114, "new.zip").GetErrorDescription(), "Error while renaming a file (new.zip)");
-    EXPECT_EQ(CZipException(101, "x.zip").GetErrorDescription(), "Damaged or not a zip file");
-}
-
-TEST(ZipException, ZlibResultsMapToCodes)
-{
     const int zlib[] = {Z_STREAM_END, Z_NEED_DICT, Z_ERRNO,         Z_STREAM_ERROR, Z_DATA_ERROR,
                         Z_MEM_ERROR,  Z_BUF_ERROR, Z_VERSION_ERROR, Z_OK,           -7};
     const int zip[] = {500, 501, 502, 503, 504, 505, 506, 507, 100, 100};
-    for (int i = 0; i < 10; ++i)
+    for (size_t i = 0; i < std::size(zlib); ++i)
         EXPECT_EQ(CZipException::ZlibErrToZip(zlib[i]), zip[i]) << zlib[i];
+}
+
+TEST(ZipException, SystemFailureIsItsErrnoUpTo30Else502WithTheSystemText)
+{
+    for (const int error : {ENOENT, ELOOP}) {
+        try {
+            CZipException::ThrowErrno(error, "a.zip");
+            FAIL();
+        }
+        catch (const CZipException& thrown) {
+            EXPECT_EQ(thrown.m_iCause, error == ENOENT ? 2 : static_cast<int>(CZipException::errNo));
+            EXPECT_EQ(thrown.m_szFileName, "a.zip");
+            if (error == ELOOP) {
+                EXPECT_EQ(thrown.GetErrorDescription(), std::strerror(ELOOP));
+            }
+        }
+    }
 }
 
 TEST(ZipPlatformNames, WideAndUtf8ConvertBothWays)
@@ -75,7 +70,7 @@ TEST(ZipPlatformNames, WideAndUtf8ConvertBothWays)
 
     const wchar_t* name = L"Gr\u00FC\u00DFe/\u65E5\U0001F600.txt";
     const int length = ZipPlatform::WideToSingle(name, single, false);
-    EXPECT_EQ(length, int(single.size()));
+    EXPECT_EQ(length, static_cast<int>(single.size()));
     EXPECT_EQ(single, "Gr\xC3\xBC\xC3\x9F"
                       "e/\xE6\x97\xA5\xF0\x9F\x98\x80.txt");
     std::wstring wide;

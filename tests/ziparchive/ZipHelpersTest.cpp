@@ -30,30 +30,22 @@ void SetModTime(const std::string& path, time_t when)
     ::utime(path.c_str(), &times);
 }
 
-// A small gallery-like folder: nested folders, an empty folder, non-ASCII names, a file larger
-// than one transfer buffer, an empty file.
-std::string MakeSourceTree(const std::string& name)
-{
-    const std::string root = MakeScratchDir(name);
-    WriteFile(root + "/imsmanifest.xml", "<manifest/>\n");
-    WriteFile(root + "/pictures/big.bin", SampleBytes(300000, 1));
-    WriteFile(root + "/pictures/deep/er/leaf.txt", SampleBytes(777, 2));
-    WriteFile(root + "/sounds/ding.wav", SampleBytes(5000, 3));
-    WriteFile(root + "/Gr\xC3\xBC\xC3\x9F"
-                     "e/\xE6\x97\xA5\xE6\x9C\xAC.txt",
-              "unicode\n");
-    WriteFile(root + "/empty.txt", "");
-    std::filesystem::create_directories(root + "/nothing/inside");
-    SetModTime(root + "/imsmanifest.xml", 1000000001);  // odd second: DOS time alone would lose it
-    SetModTime(root + "/pictures/big.bin", 1500000000);
-    return root;
-}
-
 }  // namespace
 
 TEST(ZipHelpers, DirectoryRoundTripKeepsBytesFoldersAndTimes)
 {
-    const std::string source = MakeSourceTree("tree");
+    // Nested and empty folders, non-ASCII names, a file larger than one transfer buffer, an empty file.
+    const std::string source = MakeScratchDir("tree");
+    WriteFile(source + "/imsmanifest.xml", "<manifest/>\n");
+    WriteFile(source + "/pictures/big.bin", SampleBytes(300000, 1));
+    WriteFile(source + "/pictures/deep/er/leaf.txt", SampleBytes(777, 2));
+    WriteFile(source + "/Gr\xC3\xBC\xC3\x9F"
+                       "e/\xE6\x97\xA5\xE6\x9C\xAC.txt",
+              "unicode\n");
+    WriteFile(source + "/empty.txt", "");
+    std::filesystem::create_directories(source + "/nothing/inside");
+    SetModTime(source + "/imsmanifest.xml", 1000000001);  // odd second: DOS time alone would lose it
+    SetModTime(source + "/pictures/big.bin", 1500000000);
     const std::string archive = MakeScratchDir("arc") + "/tree.zip";
     ASSERT_TRUE(ZipAddDirectory(FolderPath(source), FilePath(archive)));
 
@@ -104,13 +96,15 @@ TEST(ZipHelpers, AddFileRelativeAndAddFileBuildOneArchive)
     EXPECT_FALSE(ZipAddDirectory(FolderPath(folder + "/no-such-folder"), FilePath(folder + "/p.zip")));
 }
 
-TEST(ZipHelpers, LookupIgnoresCaseAndSeparatorStyle)
+TEST(ZipHelpers, LookupIgnoresCaseAndSeparatorStyleAndSoundsComeOutFlattened)
 {
     const std::string folder = MakeScratchDir("lookup");
-    RawZip raw;
-    raw.Add("Folder\\Sub\\I18N.xml", "<catalogue/>");
-    raw.Add("other.txt", "other");
-    WriteFile(folder + "/a.zip", raw.Build());
+    WriteFile(folder + "/a.zip", Archive({{.name = "Folder\\Sub\\I18N.xml", .data = "<catalogue/>"},
+                                          {.name = "sounds/a.wav", .data = "A"},
+                                          {.name = "sounds\\deeper\\b.wav", .data = "B"},
+                                          {.name = "sounds/", .data = ""},
+                                          {.name = "soundsextra/c.wav", .data = "C"},
+                                          {.name = "pictures/sounds/d.wav", .data = "D"}}));
     const CZoltaFilePath archive = FilePath(folder + "/a.zip");
 
     unsigned char* data = reinterpret_cast<unsigned char*>(1);
@@ -118,11 +112,9 @@ TEST(ZipHelpers, LookupIgnoresCaseAndSeparatorStyle)
     ASSERT_TRUE(ZipExtractToBuffer(archive, CAtlString(L"folder/sub/i18n.XML"), data, size));
     EXPECT_EQ(std::string(reinterpret_cast<char*>(data), size), "<catalogue/>");
     std::free(data);
-
     ASSERT_TRUE(ZipExtractToMemory(archive, CAtlString(L"FOLDER\\SUB\\i18n.xml"), data, size));
     EXPECT_EQ(std::string(reinterpret_cast<char*>(data), size), "<catalogue/>");
     std::free(data);
-
     EXPECT_FALSE(ZipExtractToBuffer(archive, CAtlString(L"missing.xml"), data, size));
     EXPECT_EQ(data, nullptr);
     EXPECT_EQ(size, 0u);
@@ -134,27 +126,13 @@ TEST(ZipHelpers, LookupIgnoresCaseAndSeparatorStyle)
     EXPECT_TRUE(ZipExtractFile(archive, CAtlString(L"folder/sub/i18n.xml"), FolderPath(target)));
     EXPECT_EQ(ReadFile(target + "/I18N.xml"), "<catalogue/>");
     EXPECT_FALSE(ZipExtractFile(archive, CAtlString(L"nothing.xml"), FolderPath(target)));
-
     const std::string all = MakeScratchDir("lookup-all");
     ASSERT_TRUE(ZipExtractAll(archive, FolderPath(all)));
     EXPECT_EQ(ReadFile(all + "/Folder/Sub/I18N.xml"), "<catalogue/>");
-}
 
-TEST(ZipHelpers, ExtractMatchingTakesOnlySoundsFlattened)
-{
-    const std::string folder = MakeScratchDir("match");
-    RawZip raw;
-    raw.Add("sounds/a.wav", "A");
-    raw.Add("sounds\\deeper\\b.wav", "B");
-    raw.Add("sounds/", "");
-    raw.Add("soundsextra/c.wav", "C");
-    raw.Add("pictures/sounds/d.wav", "D");
-    WriteFile(folder + "/m.zip", raw.Build());
-
-    const std::string target = MakeScratchDir("match-out");
-    ASSERT_TRUE(ZipExtractMatching(FilePath(folder + "/m.zip"), FolderPath(target)));
-    const auto tree = ReadTree(target);
-    EXPECT_EQ(tree, (std::map<std::string, std::string>{{"a.wav", "A"}, {"b.wav", "B"}}));
+    const std::string sounds = MakeScratchDir("match-out");
+    ASSERT_TRUE(ZipExtractMatching(archive, FolderPath(sounds)));
+    EXPECT_EQ(ReadTree(sounds), (std::map<std::string, std::string>{{"a.wav", "A"}, {"b.wav", "B"}}));
 }
 
 TEST(ZipHelpers, ArchiveApiReadsInPiecesAndRefusesCallsOutOfOrder)

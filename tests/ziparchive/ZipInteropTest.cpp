@@ -37,37 +37,31 @@ struct Producer {
     bool folderEntries;
 };
 
+// Stored entries written to a stream that cannot seek, so each carries a data descriptor.
 const char* kPythonWriter = R"PY(
-import io, os, sys, zipfile
-method = zipfile.ZIP_STORED if sys.argv[1] == 'stored' else zipfile.ZIP_DEFLATED
+import io, os, zipfile
 class Unseekable(io.RawIOBase):
     def __init__(self, f): self.f = f
     def writable(self): return True
     def write(self, b): return self.f.write(b)
-with open('out.zip', 'wb') as raw:
-    target = Unseekable(raw) if sys.argv[2] == 'stream' else raw
-    with zipfile.ZipFile(target, 'w', method) as z:
-        for folder, dirs, files in sorted(os.walk('content')):
-            z.write(folder, os.path.relpath(folder, 'content'))
-            for name in sorted(files):
-                path = os.path.join(folder, name)
-                z.write(path, os.path.relpath(path, 'content'))
+with open('out.zip', 'wb') as raw, zipfile.ZipFile(Unseekable(raw), 'w', zipfile.ZIP_STORED) as z:
+    for folder, dirs, files in sorted(os.walk('content')):
+        z.write(folder, os.path.relpath(folder, 'content'))
+        for name in sorted(files):
+            path = os.path.join(folder, name)
+            z.write(path, os.path.relpath(path, 'content'))
 )PY";
 
+// One of each shape: deflated and stored, without folder entries, with data descriptors.
 const Producer kProducers[] = {
     {"InfoZipDeflated", "zip", "cd content && zip -q -r ../out.zip .", true},
-    {"InfoZipStored", "zip", "cd content && zip -q -r -0 ../out.zip .", true},
     {"InfoZipNoFolders", "zip", "cd content && zip -q -r -D ../out.zip .", false},
     {"InfoZipPipeDescriptors", "zip", "cd content && zip -q -r - . | cat > ../out.zip", true},
-    {"BsdtarDeflated", "bsdtar", "cd content && bsdtar --format zip -cf ../out.zip *", true},
     {"BsdtarStored", "bsdtar", "cd content && bsdtar --format zip --options zip:compression=store -cf ../out.zip *",
      true},
     {"BsdtarPipeDescriptors", "bsdtar", "cd content && bsdtar --format zip -cf - * | cat > ../out.zip", true},
     {"SevenZipDeflated", "7z", "cd content && 7z a -tzip ../out.zip . >/dev/null", true},
-    {"SevenZipStored", "7z", "cd content && 7z a -tzip -mx=0 ../out.zip . >/dev/null", true},
-    {"PythonDeflated", "python3", "python3 writer.py deflated file", true},
-    {"PythonStoredDescriptors", "python3", "python3 writer.py stored stream", true},
-    {"PythonDeflatedDescriptors", "python3", "python3 writer.py deflated stream", true},
+    {"PythonStoredDescriptors", "python3", "python3 writer.py", true},
 };
 
 class ForeignArchive : public testing::TestWithParam<Producer> {};
@@ -100,7 +94,7 @@ TEST_P(ForeignArchive, ExtractsToTheSameBytes)
 }
 
 INSTANTIATE_TEST_SUITE_P(Tools, ForeignArchive, testing::ValuesIn(kProducers),
-                         [](const testing::TestParamInfo<Producer>& info) { return info.param.label; });
+                         [](const testing::TestParamInfo<Producer>& param) { return param.param.label; });
 
 TEST(OwnArchive, PassesTestsOfOtherToolsAndExtractsIdentically)
 {
@@ -147,8 +141,8 @@ TEST(OwnArchive, Utf8NamesReadBackInPython)
                        "e/\xE6\x97\xA5.txt",
               "x");
     ASSERT_TRUE(ZipAddDirectory(FolderPath(folder + "/src"), FilePath(folder + "/u.zip")));
-    WriteFile(folder + "/names.py", "import zipfile\n"
-                                    "names = zipfile.ZipFile('u.zip').namelist()\n"
-                                    "assert '\\u00c4'.lower() and 'Gr\\u00fc\\u00dfe/\\u65e5.txt' in names, names\n");
-    EXPECT_EQ(RunShell("cd " + Quote(folder) + " && python3 names.py"), 0);
+    EXPECT_EQ(RunShell("cd " + Quote(folder) +
+                       " && python3 -c \"import zipfile; assert 'Gr\\u00fc\\u00dfe/\\u65e5.txt' in "
+                       "zipfile.ZipFile('u.zip').namelist()\""),
+              0);
 }
