@@ -201,7 +201,6 @@ TEST(ConfigurationLocation, ConfigurationDirectoryCleansNamesInstallDirectoryKee
     ASSERT_TRUE(configuration.OpenCollectionDirectory(W(CollectionWith(ConfigurationDocument(
         "", MinimalApplication, "<Name Value=\"A/B\"/>", "<Gallery GUID=\"g\" Name=\"Gal\"/>")))));
     EXPECT_EQ(shared + "/A/B/Gal", U(configuration.DefaultInstallDirectory().GetPath()));
-
     CConfiguration overridden;
     ASSERT_TRUE(overridden.OpenCollectionDirectory(
         W(CollectionWith(ConfigurationDocument("", "<PathOverride Value=\"Shared/Place\"/>", "<Name Value=\"Org\"/>",
