@@ -98,22 +98,7 @@ TEST_F(SettingsStoreTest, ValuesRoundTripUnderEitherSeparatorWithNonAsciiTextAnd
     EXPECT_EQ(text.ToQString(), direct.value(CSettingsStore::MapKey(section.ToQString(), "AppPath")).toString());
 }
 
-TEST_F(SettingsStoreTest, DeleteSectionTakesEverythingBelowIt)
-{
-    CAtlString child = section + L"\\Child";
-    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section, L"A", L"1"));
-    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, child, L"B", L"2"));
-    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"Sibling", L"C", L"3"));
-    EXPECT_EQ(0, CSettingsStore::DeleteSection(kUser, section));
-    int status = 0;
-    CSettingsStore::ReadString(kUser, child, L"B", L"", &status);
-    EXPECT_EQ(2, status);
-    // A section whose name merely starts the same is another section.
-    EXPECT_EQ("3", U(CSettingsStore::ReadString(kUser, section + L"Sibling", L"C", L"", &status)));
-    CSettingsStore::DeleteSection(kUser, section + L"Sibling");
-}
-
-TEST_F(SettingsStoreTest, ListSectionNamesChildSectionsAndValues)
+TEST_F(SettingsStoreTest, ListSectionNamesChildSectionsAndValuesAndDeleteSectionTakesThemAll)
 {
     ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"\\{GUID-1}", L"ImsManifestXml", L"a"));
     ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"\\{GUID-2}\\Deeper", L"X", L"b"));
@@ -128,6 +113,15 @@ TEST_F(SettingsStoreTest, ListSectionNamesChildSectionsAndValues)
     EXPECT_EQ((std::vector<std::string>{"kept", "count", "{GUID-1}", "{GUID-2}"}), texts);
 
     EXPECT_EQ(2, CSettingsStore::ListSection(kUser, section + L"\\Nothing", names));
+
+    // A section whose name merely starts the same is another section.
+    ASSERT_EQ(0, CSettingsStore::WriteString(kUser, section + L"Sibling", L"C", L"3"));
+    EXPECT_EQ(0, CSettingsStore::DeleteSection(kUser, section));
+    int status = 0;
+    CSettingsStore::ReadString(kUser, section + L"\\{GUID-2}\\Deeper", L"X", L"", &status);
+    EXPECT_EQ(2, status);
+    EXPECT_EQ("3", U(CSettingsStore::ReadString(kUser, section + L"Sibling", L"C", L"")));
+    CSettingsStore::DeleteSection(kUser, section + L"Sibling");
 }
 
 TEST_F(SettingsStoreTest, StringArraysUseCountAndDecimalIndicesAndReadingSkipsGaps)

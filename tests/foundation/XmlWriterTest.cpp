@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -148,17 +147,12 @@ TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)
     IZOLTAXMLWriter* failed = reinterpret_cast<IZOLTAXMLWriter*>(&failed);
     EXPECT_EQ(E_FAIL, CreateFileWriter(&failed, FilePath(dir + "/missing/out.xml")));
     EXPECT_EQ(nullptr, failed);
-}
 
-TEST(XmlWriterTest, FileWriterResultShowsAWriteThatFailedInTheBuffer)
-{
-    // /dev/full takes the open and refuses every byte when the buffer goes out.
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "no /dev/full";
-    CComPtr<IZOLTAXMLWriter> writer;
-    ASSERT_EQ(S_OK, CreateFileWriter(&writer, FilePath("/dev/full")));
-    EXPECT_EQ(S_OK, WriteSimpleElement(writer, "a", "b"));
-    EXPECT_EQ(E_FAIL, writer->GetResult(nullptr));
+    // /dev/full takes the open and refuses every byte when the buffer goes out: the result shows it.
+    CComPtr<IZOLTAXMLWriter> full;
+    ASSERT_EQ(S_OK, CreateFileWriter(&full, FilePath("/dev/full")));
+    EXPECT_EQ(S_OK, WriteSimpleElement(full, "a", "b"));
+    EXPECT_EQ(E_FAIL, full->GetResult(nullptr));
 }
 
 TEST(XmlWriterTest, CompressedFileWriterStoresZlibData)
