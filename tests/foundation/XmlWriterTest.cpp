@@ -28,7 +28,7 @@ std::string Written(const std::function<void(IZOLTAXMLWriter*)>& build)
     build(writer);
     CAtlStringA text;
     EXPECT_EQ(S_OK, writer->GetResult(&text));
-    return std::string(static_cast<const char*>(text), text.GetLength());
+    return std::string(static_cast<const char*>(text), static_cast<std::size_t>(text.GetLength()));
 }
 
 // A stream whose writes all fail, though they seem to go through.

@@ -140,15 +140,15 @@ TEST_F(CategoriesFixture, MissingAndEmptyAttributesStopTheReading)
     // A document that can't stand for the source never replaces the stored copy; without one
     // the open fails with the document's own failure.
     const std::string stored = ReadFile(gallery + "/Uninstall/gallery_categories.xml");
-    for (const auto& [document, expected] :
+    for (const auto& [broken, expected] :
          {std::pair{"<gallery><other/></gallery>", E_FAIL}, std::pair{"<gallery><categories>", E_INVALIDARG}})
     {
         installation = CGalleryInstallation::Create();
-        EXPECT_EQ(E_FAIL, OpenWith(document)) << document << ": the stored copy is read, and it has no title";
+        EXPECT_EQ(E_FAIL, OpenWith(broken)) << broken << ": the stored copy is read, and it has no title";
         EXPECT_EQ(stored, ReadFile(gallery + "/Uninstall/gallery_categories.xml"));
         std::filesystem::remove(gallery + "/Uninstall/gallery_categories.xml");
         installation = CGalleryInstallation::Create();
-        EXPECT_EQ(expected, OpenWith(document)) << document;
+        EXPECT_EQ(expected, OpenWith(broken)) << broken;
         ASSERT_TRUE(WriteFile(gallery + "/Uninstall/gallery_categories.xml", stored));
     }
 }
