@@ -5,7 +5,6 @@
 #include "support/TestEnvironment.h"
 #include "support/TestText.h"
 #include "foundation/ZOLTAXMLWriter.h"
-#include "foundation/ZoltaFileStreams.h"
 #include "foundation/ZoltaStreamBase.h"
 
 #include <gtest/gtest.h>
@@ -153,24 +152,6 @@ TEST(XmlWriterTest, FileWriterWritesTheFileOrRefusesToExist)
     ASSERT_EQ(S_OK, CreateFileWriter(&full, FilePath("/dev/full")));
     EXPECT_EQ(S_OK, WriteSimpleElement(full, "a", "b"));
     EXPECT_EQ(E_FAIL, full->GetResult(nullptr));
-}
-
-TEST(XmlWriterTest, CompressedFileWriterStoresZlibData)
-{
-    const std::string dir = MakeScratchDir("xml-compressed");
-    const std::string path = dir + "/out.xml.z";
-    {
-        CComPtr<IZOLTAXMLWriter> writer;
-        auto* fileWriter = new CMyFileWriter(FilePath(path), true);
-        writer.Attach(fileWriter);
-        ASSERT_TRUE(fileWriter->IsOpen());
-        writer->StartElement("root");
-        EXPECT_EQ(S_OK, WriteSimpleElement(writer, "item", "a&b"));
-        writer->EndElement("root");
-    }
-    std::vector<std::uint8_t> plain;
-    ASSERT_EQ(S_OK, ReadCompressedFile(FilePath(path), plain));
-    EXPECT_EQ("<root><item>a&amp;b</item></root>", std::string(plain.begin(), plain.end()));
 }
 
 TEST(XmlWriterTest, TypedHelpersFormatTheirValues)
