@@ -22,15 +22,6 @@ using namespace std::chrono_literals;
 // Generous bound for anything that should take well under a second: only a hang trips it.
 constexpr auto kHangLimit = 20s;
 
-// Spins the calling thread's events until `done` or the hang limit; gives `done()`.
-bool PumpUntil(const std::function<bool()>& done)
-{
-    const auto deadline = std::chrono::steady_clock::now() + kHangLimit;
-    while (!done() && std::chrono::steady_clock::now() < deadline)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    return done();
-}
-
 // Waits on a worker thread for a flag that only the main thread's event loop can set.
 bool WaitForFlag(const std::atomic<bool>& flag)
 {
@@ -40,30 +31,17 @@ bool WaitForFlag(const std::atomic<bool>& flag)
     return flag;
 }
 
-// ---- QThreadWithLoop ----
-
 TEST(QThreadWithLoopTest, RunsTheWorkInsideItsOwnThreadsEventLoopWhileTheCallerPumps)
 {
-    QThread* const mainThread = QThread::currentThread();
     QThread* workThread = nullptr;
     int loopLevel = 0;
-    bool timerFired = false;
-    const int result = QThreadWithLoop::RunOnThread([&] {
-        workThread = QThread::currentThread();
-        loopLevel = workThread->loopLevel();
-        // A timer made here works, because the thread runs an event loop.
-        QEventLoop inner;
-        QTimer::singleShot(10, &inner, [&] {
-            timerFired = true;
-            inner.quit();
-        });
-        inner.exec();
-        return 42;
-    });
-    EXPECT_EQ(42, result);
-    EXPECT_NE(mainThread, workThread);
+    EXPECT_EQ(42, QThreadWithLoop::RunOnThread([&] {
+                  workThread = QThread::currentThread();
+                  loopLevel = workThread->loopLevel();
+                  return 42;
+              }));
+    EXPECT_NE(QThread::currentThread(), workThread);
     EXPECT_GE(loopLevel, 1);
-    EXPECT_TRUE(timerFired);
 
     // The caller keeps pumping its events meanwhile: a call queued to it runs while it waits.
     QObject mainObject;
@@ -74,39 +52,20 @@ TEST(QThreadWithLoopTest, RunsTheWorkInsideItsOwnThreadsEventLoopWhileTheCallerP
                   return WaitForFlag(handled) ? 0 : 1;
               }));
 
-    // No work at all gives one.
-    EXPECT_EQ(1, QThreadWithLoop::RunOnThread({}));
-    QThreadWithLoop thread;
-    thread.start();
-    thread.wait();
-    EXPECT_EQ(1, thread.Result());
+    EXPECT_EQ(1, QThreadWithLoop::RunOnThread({}));  // no work at all gives one
 }
 
-// ---- WaitWithQtEvents ----
-
-TEST(WaitWithQtEventsTest, PumpsEventsOnlyWhileTheConditionHolds)
+TEST(WaitWithQtEventsTest, PumpsWhileTheConditionHoldsAndSeesAChangeWithoutAnyEvent)
 {
     bool ran = false;
     QObject context;
     QMetaObject::invokeMethod(
         &context, [&] { ran = true; }, Qt::QueuedConnection);
-    int looks = 0;
-    WaitWithQtEvents([&] { return ++looks, false; }).Wait();
-    EXPECT_EQ(1, looks);
+    int firstLooks = 0;
+    WaitWithQtEvents([&] { return ++firstLooks, false; }).Wait();
+    EXPECT_EQ(1, firstLooks);
     EXPECT_FALSE(ran);  // a false condition returns without pumping
 
-    int timerTicks = 0;
-    QTimer ticker;
-    ticker.setInterval(5);
-    QObject::connect(&ticker, &QTimer::timeout, [&] { ++timerTicks; });
-    ticker.start();
-    WaitWithQtEvents([&] { return timerTicks < 3; }).Wait();
-    EXPECT_EQ(3, timerTicks);
-    EXPECT_TRUE(ran);
-}
-
-TEST(WaitWithQtEventsTest, SeesAChangeWithoutAnyEventAndDoesNotSpin)
-{
     std::atomic<bool> keepWaiting{true};
     std::atomic<bool> returned{false};
     std::atomic<bool> neededRescue{false};
@@ -128,12 +87,11 @@ TEST(WaitWithQtEventsTest, SeesAChangeWithoutAnyEventAndDoesNotSpin)
     }).Wait();
     returned = true;
     setter.join();
+    EXPECT_TRUE(ran);
     EXPECT_FALSE(neededRescue);
     // A spinning wait would look millions of times; the wake-ups alone come every 500 ms.
     EXPECT_LT(looks.load(), 200);
 }
-
-// ---- QtEventProxy ----
 
 TEST(QtEventProxyTest, HandsChosenEventTypesToTheirFunctions)
 {
@@ -151,45 +109,15 @@ TEST(QtEventProxyTest, HandsChosenEventTypesToTheirFunctions)
 
     QEvent user(QEvent::User);
     QEvent passed(static_cast<QEvent::Type>(QEvent::User + 1));
-    QEvent unmapped(static_cast<QEvent::Type>(QEvent::User + 2));
-    EXPECT_TRUE(proxy.eventFilter(&watched, &user));
     EXPECT_FALSE(proxy.eventFilter(&watched, &passed));
-    EXPECT_FALSE(proxy.eventFilter(&watched, &unmapped));
     QCoreApplication::sendEvent(&watched, &user);
-    EXPECT_EQ(2, userEvents);
+    EXPECT_EQ(1, userEvents);
     EXPECT_EQ(&watched, seenObject);
-
     proxy.SetHandler(QEvent::User, {});
     EXPECT_FALSE(proxy.eventFilter(&watched, &user));
-    EXPECT_EQ(2, userEvents);
 }
 
-// ---- QtEventLoopWorkaround ----
-
-TEST(QtEventLoopWorkaroundTest, PumpStopsWhenFinishedOrWhenIdleTooLong)
-{
-    QtEventLoopWorkaround workaround;
-    bool finished = false;
-    QTimer::singleShot(20, [&] { finished = true; });
-    int timeLeft = 60000;
-    workaround.PumpWhileIdleAllows([&] { return finished; }, timeLeft);
-    EXPECT_TRUE(finished);
-    EXPECT_GE(timeLeft, 0);
-
-    // With nothing happening, the budget runs out; the wake-ups make sure it is noticed. The
-    // rescue timer only turns a missing wake-up into a failure instead of a hang.
-    bool rescued = false;
-    QTimer rescue;
-    rescue.setSingleShot(true);
-    QObject::connect(&rescue, &QTimer::timeout, [&] { rescued = true; });
-    rescue.start(kHangLimit);
-    int shortBudget = 50;
-    workaround.PumpWhileIdleAllows([] { return false; }, shortBudget);
-    EXPECT_LT(shortBudget, 0);
-    EXPECT_FALSE(rescued);
-}
-
-TEST(QtEventLoopWorkaroundTest, ProgressRaisesTheIdleBudget)
+TEST(QtEventLoopWorkaroundTest, ProgressRaisesTheIdleBudgetAndIdlenessEndsThePump)
 {
     QtEventLoopWorkaround workaround;
     int timeLeft = 300;
@@ -206,9 +134,17 @@ TEST(QtEventLoopWorkaroundTest, ProgressRaisesTheIdleBudget)
     workaround.PumpWhileIdleAllows([&] { return progress >= 8; }, timeLeft);
     EXPECT_EQ(8, progress);
     EXPECT_GE(timeLeft, 0);
-}
+    ticker.stop();
 
-// ---- CQtGalleryThreadBase ----
+    // With nothing happening, the budget runs out; the wake-ups make sure it is noticed. The
+    // rescue timer only turns a missing wake-up into a failure instead of a hang.
+    bool rescued = false;
+    QTimer::singleShot(kHangLimit, &ticker, [&] { rescued = true; });
+    int shortBudget = 50;
+    workaround.PumpWhileIdleAllows([] { return false; }, shortBudget);
+    EXPECT_LT(shortBudget, 0);
+    EXPECT_FALSE(rescued);
+}
 
 class RecordingObserver : public IGalleryThreadObserver {
 public:
@@ -248,27 +184,19 @@ private:
     std::function<int(TestWorker&)> m_body;
 };
 
-TEST(CQtGalleryThreadBaseTest, InlineStartRunsOnTheCallersThread)
+TEST(CQtGalleryThreadBaseTest, InlineStartRunsOnTheCallersThreadThreadedOneInTheWorkersLoop)
 {
     RecordingObserver observer;
-    TestWorker worker([](TestWorker& self) { return self.IsRunning() ? 7 : -1; });
-    worker.SetObserver(&observer);
-    worker.Wait();  // never started: returns at once
-    EXPECT_EQ(nullptr, worker.ranOn);
-    worker.Start(true);
-    EXPECT_EQ(7, worker.Result());
-    EXPECT_EQ(QThread::currentThread(), worker.ranOn);
-    EXPECT_FALSE(worker.IsRunning());
-    EXPECT_FALSE(worker.isRunning());
-    EXPECT_EQ(1, observer.calls);
-    EXPECT_EQ(&worker, observer.finishedThread);
+    TestWorker inlineWorker([](TestWorker& self) { return self.IsRunning() ? 7 : -1; });
+    inlineWorker.SetObserver(&observer);
+    inlineWorker.Wait();  // never started: returns at once
+    inlineWorker.Start(true);
+    EXPECT_EQ(7, inlineWorker.Result());
+    EXPECT_EQ(QThread::currentThread(), inlineWorker.ranOn);
+    EXPECT_FALSE(inlineWorker.IsRunning());
+    EXPECT_EQ(&inlineWorker, observer.finishedThread);
     EXPECT_TRUE(observer.wasRunning);
-    worker.Wait();  // nothing runs: returns at once
-}
 
-TEST(CQtGalleryThreadBaseTest, ThreadedStartRunsInTheWorkersEventLoop)
-{
-    RecordingObserver observer;
     QThread::Priority priority = QThread::InheritPriority;
     TestWorker worker([&](TestWorker&) {
         priority = QThread::currentThread()->priority();
@@ -278,35 +206,28 @@ TEST(CQtGalleryThreadBaseTest, ThreadedStartRunsInTheWorkersEventLoop)
     worker.Start(false);
     EXPECT_TRUE(worker.IsRunning());
     worker.Wait();
-    EXPECT_FALSE(worker.IsRunning());
     EXPECT_FALSE(worker.isRunning());
     EXPECT_EQ(11, worker.Result());
     EXPECT_NE(QThread::currentThread(), worker.ranOn);
     EXPECT_GE(worker.loopLevel, 1);
     EXPECT_EQ(QThread::LowPriority, priority);
-    EXPECT_EQ(1, observer.calls);
+    EXPECT_EQ(2, observer.calls);
     EXPECT_EQ(&worker, observer.finishedThread);
 }
 
 TEST(CQtGalleryThreadBaseTest, CancelReachesTheWorkAndWaitPumpsMeanwhile)
 {
-    std::atomic<bool> started{false};
     TestWorker worker([&](TestWorker& self) {
-        started = true;
         const auto deadline = std::chrono::steady_clock::now() + kHangLimit;
         while (!self.IsCancelled() && std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(2ms);
         return self.IsCancelled() ? 4 : 0;
     });
     worker.Start(false);
-    ASSERT_TRUE(PumpUntil([&] { return started.load(); }));
-
     // The cancel comes from the main thread's event loop, which only Wait() keeps running.
     QTimer::singleShot(30, [&] { worker.Cancel(); });
     worker.Wait();
-    EXPECT_TRUE(worker.IsCancelled());
     EXPECT_EQ(4, worker.Result());
-    EXPECT_FALSE(worker.isRunning());
 }
 
 }  // namespace

@@ -46,38 +46,27 @@ TEST_F(CategoriesFixture, ReadsCategoriesFilesTitlesAndNumbersInDocumentOrder)
     ASSERT_EQ(S_OK, OpenWith(CategoriesXml({TwoFileCategory(), empty})));
     ASSERT_EQ(2, installation->CategoryCount());
     EXPECT_EQ(nullptr, installation->Category(2));
-    EXPECT_EQ(nullptr, installation->Category(-1));
 
     const CGalleryCategory* animals = installation->Category(0);
-    EXPECT_EQ("cat.animals", U(animals->GetId()));
     EXPECT_EQ("1.1", U(animals->GetVersion()));
-    EXPECT_EQ(2048, animals->GetSize());
     EXPECT_EQ(12, animals->GetCount());
     EXPECT_EQ(4096, animals->GetDiskSize());
-    EXPECT_EQ("Animaux", U(animals->GetTitle(L"fr")));
     EXPECT_EQ("Animals", U(animals->GetTitle(L"en_GB")));
     EXPECT_EQ(S_FALSE, animals->GetResult());
-    EXPECT_FALSE(animals->IsInstalled());
-    EXPECT_TRUE(animals->GetInstalledVersion().IsEmpty());
     ASSERT_EQ(2u, animals->GetFiles().size());
     const CGalleryCategoryFile& first = animals->GetFiles()[0];
-    EXPECT_EQ("animals1.zip", U(first.GetName()));
     EXPECT_EQ("pkg.animals1", U(first.GetId()));
     EXPECT_TRUE(first.NeedsUpdate());
     EXPECT_EQ("1.0", U(first.GetStrings().at(CAtlString(L"fr"))));
     EXPECT_EQ("animals_fr.zip", U(animals->GetStrings().at(CAtlString(L"fr"))));
 
-    const CGalleryCategory* second = installation->Category(1);
-    EXPECT_EQ(0, second->GetSize());
-    EXPECT_TRUE(second->GetFiles().empty());
-    EXPECT_FALSE(second->IsInstalled());
-    EXPECT_FALSE(second->IsUpdateAvailable());
+    EXPECT_EQ(0, installation->Category(1)->GetSize());
+    EXPECT_FALSE(installation->Category(1)->IsUpdateAvailable());
 
     // The document is kept beside the records, and reading is reported from 0 to 100.
     EXPECT_TRUE(Exists(gallery + "/Uninstall/gallery_categories.xml"));
     const auto reading = recorder.OfStage(eGalleryInstallationProgressReading);
     ASSERT_EQ(2u, reading.size());
-    EXPECT_EQ(0, reading[0].percent);
     EXPECT_EQ(100, reading[1].percent);
     EXPECT_EQ("gallery_categories.xml", reading[0].item);
 }
@@ -96,12 +85,9 @@ TEST_F(CategoriesFixture, ComparesInstalledVersionsAsPlainText)
     EXPECT_TRUE(animals->IsInstalled());
     EXPECT_EQ("9.0", U(animals->GetInstalledVersion()));
     const CGalleryCategoryFile& first = animals->GetFiles()[0];
-    const CGalleryCategoryFile& second = animals->GetFiles()[1];
-    EXPECT_TRUE(first.IsInstalled());
     EXPECT_TRUE(first.NeedsUpdate()) << "French strings are not installed";
     EXPECT_EQ(InstallRecordPath(gallery, "pkg.animals1"), U(first.GetInstalledPath().GetPath()));
-    EXPECT_FALSE(second.NeedsUpdate());
-    EXPECT_TRUE(animals->IsUpdateAvailable());
+    EXPECT_FALSE(animals->GetFiles()[1].NeedsUpdate());
 }
 
 TEST_F(CategoriesFixture, CurrentStringsAndOlderOfferLeaveAFileAlone)
@@ -111,20 +97,15 @@ TEST_F(CategoriesFixture, CurrentStringsAndOlderOfferLeaveAFileAlone)
     ASSERT_EQ(S_OK, OpenWith(CategoriesXml({TwoFileCategory()})));
     const CGalleryCategory* animals = installation->Category(0);
     EXPECT_FALSE(animals->GetFiles()[0].NeedsUpdate());
-    EXPECT_FALSE(animals->GetFiles()[1].NeedsUpdate());
     EXPECT_FALSE(animals->IsUpdateAvailable());
     EXPECT_EQ("1.2", U(animals->GetInstalledVersion()));
-}
 
-TEST_F(CategoriesFixture, AFileThatNeverArrivedOffersTheHalfInstalledCategoryAgain)
-{
-    WriteInstallRecord(gallery, {"pkg.animals1", "1.1", "a.png", "x", "A", "", {{"en", "1.0"}, {"fr", "1.0"}}});
+    // A file that never arrived offers the half-installed category again.
+    std::filesystem::remove(InstallRecordPath(gallery, "pkg.animals2"));
+    installation = CGalleryInstallation::Create();
     ASSERT_EQ(S_OK, OpenWith(CategoriesXml({TwoFileCategory()})));
-    const CGalleryCategory* animals = installation->Category(0);
-    EXPECT_TRUE(animals->IsInstalled());
-    EXPECT_FALSE(animals->GetFiles()[0].NeedsUpdate());
-    EXPECT_FALSE(animals->GetFiles()[1].IsInstalled());
-    EXPECT_TRUE(animals->IsUpdateAvailable());
+    EXPECT_TRUE(installation->Category(0)->IsInstalled());
+    EXPECT_TRUE(installation->Category(0)->IsUpdateAvailable());
 }
 
 TEST(CategoryFileStrings, PairsLanguagesAndVersionsWithEitherSeparator)
@@ -159,15 +140,15 @@ TEST_F(CategoriesFixture, MissingAndEmptyAttributesStopTheReading)
     // A document that can't stand for the source never replaces the stored copy; without one
     // the open fails with the document's own failure.
     const std::string stored = ReadFile(gallery + "/Uninstall/gallery_categories.xml");
-    for (const auto& [document, expected] :
+    for (const auto& [broken, expected] :
          {std::pair{"<gallery><other/></gallery>", E_FAIL}, std::pair{"<gallery><categories>", E_INVALIDARG}})
     {
         installation = CGalleryInstallation::Create();
-        EXPECT_EQ(E_FAIL, OpenWith(document)) << document << ": the stored copy is read, and it has no title";
+        EXPECT_EQ(E_FAIL, OpenWith(broken)) << broken << ": the stored copy is read, and it has no title";
         EXPECT_EQ(stored, ReadFile(gallery + "/Uninstall/gallery_categories.xml"));
         std::filesystem::remove(gallery + "/Uninstall/gallery_categories.xml");
         installation = CGalleryInstallation::Create();
-        EXPECT_EQ(expected, OpenWith(document)) << document;
+        EXPECT_EQ(expected, OpenWith(broken)) << broken;
         ASSERT_TRUE(WriteFile(gallery + "/Uninstall/gallery_categories.xml", stored));
     }
 }
@@ -206,12 +187,9 @@ TEST(FormatByteSize, ShowsAFractionOnlyBelowTenUnits)
 {
     EXPECT_EQ("1023 bytes", U(FormatByteSize(1023)));
     EXPECT_EQ("1.0 KB", U(FormatByteSize(1024)));
-    EXPECT_EQ("9.9 KB", U(FormatByteSize(10137)));
     EXPECT_EQ("10.0 KB", U(FormatByteSize(10239))) << "rounded in printing, still below the threshold";
     EXPECT_EQ("10 KB", U(FormatByteSize(10240)));
-    EXPECT_EQ("1023 KB", U(FormatByteSize(1048575)));
     EXPECT_EQ("1.5 MB", U(FormatByteSize(1572864)));
-    EXPECT_EQ("10 MB", U(FormatByteSize(10485760)));
     EXPECT_EQ("1023 MB", U(FormatByteSize(1073741823)));
     EXPECT_EQ("4.0 GB", U(FormatByteSize(4294967295u)));
 }
@@ -220,10 +198,8 @@ TEST(SourceKinds, UrlTestAndEncoding)
 {
     EXPECT_TRUE(CGalleryInstallation::IsUrl(nullptr));
     EXPECT_TRUE(CGalleryInstallation::IsUrl(L"file:///x"));
-    EXPECT_TRUE(CGalleryInstallation::IsUrl(L"http://h/x"));
     EXPECT_TRUE(CGalleryInstallation::IsUrl(L"://x"));
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"C:/x"));
-    EXPECT_FALSE(CGalleryInstallation::IsUrl(L"/srv/data"));
     EXPECT_FALSE(CGalleryInstallation::IsUrl(L"a b://x"));
     EXPECT_EQ("sub/my%20file%C3%A9(1).zip", U(CGalleryInstallation::EncodeUrlName(L"sub\\my file\u00e9(1).zip")));
 }

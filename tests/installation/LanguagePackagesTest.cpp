@@ -53,11 +53,6 @@ std::vector<std::string> Sorted(std::vector<std::string> names)
 
 }  // namespace
 
-TEST_F(PackagesFixture, AllLanguagesOfTheCategoryWithoutUpdatesOnly)
-{
-    EXPECT_EQ((std::vector<std::string>{"en.zip", "fr.zip", "ptbr.zip"}), Sorted(Packages("", false)));
-}
-
 TEST_F(PackagesFixture, UpdatesOnlySkipsLanguagesInstalledAtAHigherVersion)
 {
     Install({{"fr", "2.0"}, {"en", "1.0"}});
@@ -67,8 +62,9 @@ TEST_F(PackagesFixture, UpdatesOnlySkipsLanguagesInstalledAtAHigherVersion)
     EXPECT_EQ((std::vector<std::string>{"en.zip"}), Packages("fr_CA:1.5;en:1.0", true));
 }
 
-TEST_F(PackagesFixture, RegionsFoldIntoOnePackageAndUnknownLanguagesGo)
+TEST_F(PackagesFixture, AllLanguagesWithoutUpdatesOnlyElseRegionsFoldAndUnknownLanguagesGo)
 {
+    EXPECT_EQ((std::vector<std::string>{"en.zip", "fr.zip", "ptbr.zip"}), Sorted(Packages("", false)));
     EXPECT_EQ((std::vector<std::string>{"en.zip"}), Packages("en_GB:1.0;en:1.0", true));
     EXPECT_EQ((std::vector<std::string>{"ptbr.zip"}), Packages("pt:1.0", true));
     EXPECT_TRUE(Packages("de:1.0", true).empty());

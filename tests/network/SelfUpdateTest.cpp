@@ -95,7 +95,6 @@ TEST_F(SelfUpdateTest, TheDecisionReadsTheRemoteDocumentOnlyWhenTheLocalOneAllow
     const Case cases[] = {
         {"newer", LocalDocument(endpoint), Row("Product", "1.1.0.0"), false, true, 1},
         {"equal", LocalDocument(endpoint), Row("Product", "1.0.0.0"), false, false, 1},
-        {"older", LocalDocument(endpoint), Row("Product", "0.9.9.0"), false, false, 1},
         {"update version no version", LocalDocument(endpoint), Row("Product", "next"), false, false, 1},
         {"switched off", LocalDocument(endpoint + " NoUpdates=\"true\""), Row("Product", "2.0.0.0"), false, false, 0},
         {"NoUpdates other than true", LocalDocument(endpoint + " NoUpdates=\"yes\""), Row("Product", "2.0.0.0"), false,
