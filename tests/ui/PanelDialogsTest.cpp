@@ -4,12 +4,11 @@
 #include "ui/About.h"
 #include "ui/AboutWidget.h"
 #include "configuration/CConfiguration.h"
-#include "ModalAnswer.h"
 #include "support/TestEnvironment.h"
 #include "ui/TranslatedHtml.h"
 #include "ui/WaitForCDDlg.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QTimer>
@@ -141,11 +140,15 @@ TEST(WaitForCDTest, TakesTheDiscWhenItsDataAppearsAndPausesWhileTheUserLooks)
     // The disc arrives while the user looks for a collection file, who then gives up.
     QTimer::singleShot(50, &dialog, [&] {
         EXPECT_TRUE(poll->isActive());
-        AnswerNext<QFileDialog>([&](QFileDialog* files) {
-            pausedWhileLooking = !poll->isActive();
-            WriteFile(disc + "/Gallery Data Files/gallery_categories.xml", "<categories/>");
-            files->reject();
+        QTimer look;
+        QObject::connect(&look, &QTimer::timeout, [&] {
+            if (auto* files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                pausedWhileLooking = !poll->isActive();
+                WriteFile(disc + "/Gallery Data Files/gallery_categories.xml", "<categories/>");
+                files->reject();
+            }
         });
+        look.start(10);
         dialog.buttonBrowse->click();
         EXPECT_TRUE(poll->isActive());
         EXPECT_TRUE(dialog.isVisible());
