@@ -263,7 +263,7 @@ TEST_F(ServedDataSafety, ACutCategoriesDocumentNeverReplacesTheStoredOne)
         EXPECT_TRUE(LacksCategory(m_gallery, category.alias)) << category.alias;
 }
 
-TEST_F(DataSafety, ADownloadIntoAnInstalledGalleryIsRefused)
+TEST_F(DataSafety, ADownloadIntoAnInstalledGalleryOrASecondRunOnItIsRefused)
 {
     InstallSample();
     const auto before = Snapshot(m_gallery);
@@ -273,27 +273,24 @@ TEST_F(DataSafety, ADownloadIntoAnInstalledGalleryIsRefused)
                            m_gallery + "\n"}),
               OutcomeOf(r));
     EXPECT_EQ(before, Snapshot(m_gallery));
-}
 
-TEST_F(DataSafety, ASecondRunOnTheSameGalleryStopsWhileTheFirstHoldsIt)
-{
-    InstallSample();
+    // A second run on the same gallery stops while the first holds it.
     const std::string updated = m_base + "/updated";
     WriteSource(updated, {{"animals", "2.0"}});
     {
         // Another copy of the program, as far as the gallery can tell.
         FileLock other;
         ASSERT_TRUE(other.TryLock(CZoltaFilePath(QString::fromStdString(m_gallery + "/Uninstall/.curatool.lock"))));
-        const auto before = Snapshot(m_gallery);
-        const RunResult r = Install(updated);
+        const auto held = Snapshot(m_gallery);
+        const RunResult i = Install(updated);
         EXPECT_EQ(
             (Outcome{1, "",
                      "Another run is changing the gallery in " + m_gallery + "; try again when it has finished.\n"}),
-            OutcomeOf(r));
+            OutcomeOf(i));
         const RunResult u = Uninstall();
         EXPECT_EQ(1, u.exitCode);
         EXPECT_TRUE(IsRegistered());
-        EXPECT_EQ(before, Snapshot(m_gallery));
+        EXPECT_EQ(held, Snapshot(m_gallery));
     }
     EXPECT_EQ(0, Install(updated).exitCode);
     EXPECT_TRUE(HasCategory(m_gallery, "animals", "2.0"));
