@@ -113,14 +113,6 @@ TEST_F(ParserHarness, ValuesFlagsAndPositionalsLandInTheirFields)
     EXPECT_TRUE(context.errors.empty());
 }
 
-TEST_F(ParserHarness, UnknownOptionIsRecordedButTheActionStillRuns)
-{
-    EXPECT_TRUE(Parse({L"--foo", L"--installall"}));
-    EXPECT_EQ(kInstall, Bound());
-    EXPECT_FALSE(elevation);
-    EXPECT_EQ(Strings{L"Unknown: \"foo\""}, Errors());
-}
-
 TEST_F(ParserHarness, AnOptionIsNeverTakenAsAValueAndIsExaminedItself)
 {
     EXPECT_FALSE(Parse({L"-Verbose", L"-source", L"-verbose"}));
@@ -128,15 +120,6 @@ TEST_F(ParserHarness, AnOptionIsNeverTakenAsAValueAndIsExaminedItself)
     EXPECT_TRUE(context.verbose);
     EXPECT_EQ(kUsage, Bound());
     EXPECT_EQ((Strings{L"Unknown: \"Verbose\"", L"Missing value: \"source\""}), Errors()) << "names are case-sensitive";
-
-    context = CCmdLineContext();
-    Parse({L"-proxy", L"\\help"});
-    EXPECT_TRUE(context.proxy.IsEmpty());
-    EXPECT_EQ(Strings{L"Missing value: \"proxy\""}, Errors());
-
-    context = CCmdLineContext();
-    EXPECT_FALSE(Parse({L"-verbose", L"-source"}));
-    EXPECT_EQ(Strings{L"Missing value: \"source\""}, Errors()) << "at the end";
 }
 
 TEST_F(ParserHarness, ColonFormPassesValuesThatLookLikeOptions)
