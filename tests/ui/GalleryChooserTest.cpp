@@ -2,6 +2,7 @@
 // folder selection's warning loop.
 
 #include "configuration/CConfiguration.h"
+#include "ScratchCollection.h"
 #include "ui/GalleryChooser.h"
 #include "ui/Output.h"
 #include "ui/PathSelector.h"
@@ -35,22 +36,6 @@ std::shared_ptr<CConfiguration> Register(const std::string& folder)
     configuration->ComposeRepositoryEntry();
     EXPECT_TRUE(configuration->Register());
     return configuration;
-}
-
-std::string WriteCollection(const std::string& guid, const std::string& title)
-{
-    const std::string folder = MakeScratchDir("collection-" + guid);
-    WriteFile(folder + "/configuration.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title "
-              "Value=\"" +
-                  title + "\"/></Application><Organization><Name Value=\"Org\"/></Organization><Gallery GUID=\"" +
-                  guid + "\" DefaultSource=\"http://127.0.0.1:9/none\" Name=\"" + title + "\"/></CCSettings>\n");
-    WriteFile(folder + "/metadata.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<lom:lom><lom:general><lom:identifier><lom:entry>" + guid +
-                  "</lom:entry></lom:identifier><lom:title><lom:string language=\"de\">Nur Deutsch</lom:string>"
-                  "<lom:string language=\"en\">" +
-                  title + "</lom:string></lom:title></lom:general></lom:lom>\n");
-    return folder;
 }
 
 QStringList Rows(const GalleryChooser& chooser)
