@@ -13,11 +13,12 @@ inline std::string WriteCollection(const std::string& guid, const std::string& n
                                    const std::string& application = "")
 {
     const std::string folder = MakeScratchDir("collection-" + guid);
-    WriteFile(folder + "/configuration.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title Value=\"" +
-                  name + "\"/>" + application +
-                  "</Application><Organization><Name Value=\"Org\"/></Organization><Gallery GUID=\"" + guid +
-                  "\" DefaultSource=\"http://127.0.0.1:9/none\" Name=\"" + name + "\"/></CCSettings>\n");
+    WriteFile(
+        folder + "/configuration.xml",
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title Value=\"" +
+            name + "\"/>" + application +
+            "</Application><Organization><Name Value=\"Org\"/></Organization><Gallery GUID=\"" + guid +
+            "\" DefaultSource=\"http://127.0.0.1:9/none\" Name=\"" + name + "\"/></CCSettings>\n");
     WriteFile(folder + "/metadata.xml",
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<lom:lom><lom:general><lom:identifier><lom:entry>" + guid +
                   "</lom:entry></lom:identifier><lom:title><lom:string language=\"de\">Nur Deutsch</lom:string>"
