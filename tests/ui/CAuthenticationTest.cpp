@@ -1,13 +1,11 @@
 #include "ui/CAuthentication.h"
 #include "ui/CPasswordDialog.h"
+#include "support/ModalAnswerer.h"
 #include "support/TestEnvironment.h"
 #include "support/TestText.h"
 
-#include <QApplication>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -154,48 +152,37 @@ const char kFakeSudo[] = "printf '%s\\n' \"$@\" > \"$TOOL_LOG\"\n"
                          "  [ $tries -ge 3 ] && exit 1\n"
                          "done\n";
 
-// Answers each modal window the sudo conversation opens, and notes what it saw.
-class DialogDriver {
-public:
+// Answers the sudo conversation's windows: each password dialog with the next password (a cancel
+// when none is left), each box with OK; notes both in the order they came.
+struct DialogDriver : curatool::test::ModalAnswerer {
     explicit DialogDriver(std::vector<QString> passwords)
-        : m_passwords(std::move(passwords))
     {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] { Answer(); });
-        m_timer.start(20);
+        other = [this, passwords](QWidget* modal) mutable {
+            auto* dialog = qobject_cast<CPasswordDialog*>(modal);
+            if (!dialog)
+                return;
+            NoteBoxes();
+            auto* user = dialog->findChild<QLineEdit*>("editUser");
+            shownUser = user->text();
+            userReadOnly = user->isReadOnly();
+            seen.push_back(passwords.empty() ? "cancel" : "password");
+            if (passwords.empty())
+                return dialog->findChild<QPushButton*>("buttonCancel")->click();
+            dialog->findChild<QLineEdit*>("editPassword")->setText(passwords.front());
+            passwords.erase(passwords.begin());
+            dialog->findChild<QPushButton*>("buttonOK")->click();
+        };
+    }
+    void NoteBoxes()
+    {
+        for (; noted < boxes.size(); ++noted)
+            seen.push_back("warning: " + titles[noted].toStdString() + ": " + boxes[noted].toStdString());
     }
 
     std::vector<std::string> seen;
     QString shownUser;
     bool userReadOnly = false;
-
-private:
-    void Answer()
-    {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (auto* box = qobject_cast<QMessageBox*>(modal)) {
-            seen.push_back("warning: " + box->windowTitle().toStdString() + ": " + box->text().toStdString());
-            box->button(QMessageBox::Ok)->click();
-            return;
-        }
-        auto* dialog = qobject_cast<CPasswordDialog*>(modal);
-        if (!dialog)
-            return;
-        auto* user = dialog->findChild<QLineEdit*>("editUser");
-        shownUser = user->text();
-        userReadOnly = user->isReadOnly();
-        if (m_passwords.empty()) {
-            seen.push_back("cancel");
-            dialog->findChild<QPushButton*>("buttonCancel")->click();
-            return;
-        }
-        seen.push_back("password");
-        dialog->findChild<QLineEdit*>("editPassword")->setText(m_passwords.front());
-        m_passwords.erase(m_passwords.begin());
-        dialog->findChild<QPushButton*>("buttonOK")->click();
-    }
-
-    std::vector<QString> m_passwords;
-    QTimer m_timer;
+    qsizetype noted = 0;
 };
 
 // Every answer goes to sudo in UTF-8; a wrong one is told at the next prompt, and a cancel ends sudo.
@@ -230,6 +217,7 @@ TEST(CAuthenticationSudo, ThePasswordConversation)
         const int code = authentication.RunAs("/opt/my app/x", {"-authorized"}, c.user, echo);
         const std::string echoed = testing::internal::GetCapturedStdout();
 
+        driver.NoteBoxes();
         EXPECT_EQ(c.seen, driver.seen);
         EXPECT_EQ(c.shownUser, driver.shownUser);
         EXPECT_TRUE(driver.userReadOnly);
