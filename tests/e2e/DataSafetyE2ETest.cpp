@@ -27,25 +27,17 @@ namespace {
 const std::map<std::string, std::string> kUserFiles{
     {"notes.txt", "my notes"}, {"taxes.pdf", "%PDF my taxes"}, {"cat.png", "my cat"}};
 
-// Every file below `folder`, by relative path, with its size and a digest of its bytes.
+// Every file below `folder` by relative path, with its bytes; `skipped` paths are left out whole.
 std::map<std::string, std::string> Snapshot(const std::string& folder, const std::vector<std::string>& skipped = {})
 {
     std::map<std::string, std::string> files;
-    if (!fs::exists(folder))
-        return files;
-    for (auto it = fs::recursive_directory_iterator(folder); it != fs::recursive_directory_iterator(); ++it) {
-        const std::string path = it->path().string();
-        bool skip = false;
-        for (const std::string& s : skipped)
-            skip = skip || path == s;
-        if (skip) {
+    std::error_code missing;  // no folder: nothing in it
+    for (auto it = fs::recursive_directory_iterator(folder, missing); it != fs::recursive_directory_iterator(); ++it) {
+        if (std::find(skipped.begin(), skipped.end(), it->path().string()) != skipped.end())
             it.disable_recursion_pending();
-            continue;
-        }
-        const std::string bytes = it->is_regular_file() ? ReadFile(path) : std::string();
-        files[fs::relative(it->path(), folder).string()] =
-            it->is_regular_file() ? std::to_string(bytes.size()) + "/" + std::to_string(std::hash<std::string>()(bytes))
-                                  : "<folder>";
+        else
+            files[fs::relative(it->path(), folder).string()] =
+                it->is_regular_file() ? ReadFile(it->path().string()) : "<folder>";
     }
     return files;
 }

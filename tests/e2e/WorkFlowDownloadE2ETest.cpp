@@ -203,7 +203,7 @@ TEST_P(DownloadRefusals, WhenTheServerCannotBeReached)
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, DownloadRefusals, ::testing::Values("--downloadall", "--downloadsome"),
-                         [](const ::testing::TestParamInfo<const char*>& info) { return std::string(info.param + 2); });
+                         [](const ::testing::TestParamInfo<const char*>& mode) { return std::string(mode.param + 2); });
 
 TEST_F(DownloadFromHttp, DownloadSomeWithoutAliasesHasNothingToDownload)
 {

@@ -355,4 +355,4 @@ INSTANTIATE_TEST_SUITE_P(
                                   "Gallery files not found on the source path, download is not allowed."},
                       InstallMode{"--installsome", "Could not create destination directory ",
                                   "-source not specified, -allowdownload not set"}),
-    [](const ::testing::TestParamInfo<InstallMode>& info) { return std::string(info.param.action + 2); });
+    [](const ::testing::TestParamInfo<InstallMode>& mode) { return std::string(mode.param.action + 2); });
