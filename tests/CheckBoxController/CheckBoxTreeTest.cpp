@@ -96,7 +96,7 @@ TEST_F(ThreeLevels, ARootClickPushesThroughEveryLevelAndKeepsEachOwnChoice)
     EXPECT_EQ(std::vector<int>({0, 0, 0, 0, 0, 0, 0}), tree.States({1, 2, 3, 4, 5, 6, 7}));
 }
 
-TEST_F(ThreeLevels, AGrandchildClickRecomputesBothAncestors)
+TEST_F(ThreeLevels, AGrandchildClickRecomputesBothAncestorsAndAPartialRootRestoresOwnChoices)
 {
     tree.Click(4);
     EXPECT_EQ(std::vector<int>({1, 2, 2}), tree.States({4, 2, 1}));
@@ -105,13 +105,10 @@ TEST_F(ThreeLevels, AGrandchildClickRecomputesBothAncestors)
     tree.Click(6);
     tree.Click(7);
     EXPECT_EQ(std::vector<int>({1, 1}), tree.States({3, 1}));
-}
 
-TEST_F(ThreeLevels, APartialParentGivesEachChildBackItsOwnChoice)
-{
-    tree.Click(4);
-    tree.Click(6);
-    tree.Click(7);
+    // A partial parent gives each child back its own choice.
+    tree.Click(5);
+    EXPECT_EQ(std::vector<int>({2, 0, 1, 1, 1, 1, 2}), tree.States({1, 5, 3, 4, 6, 7, 2}));
     tree.Click(1);  // partial -> unchecked: everything forced clear
     EXPECT_EQ(std::vector<int>({0, 0, 0, 0, 0, 0, 0}), tree.States({1, 2, 3, 4, 5, 6, 7}));
     tree.Click(1);  // -> checked

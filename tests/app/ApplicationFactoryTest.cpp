@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <initializer_list>
 #include <iterator>
 
 namespace {
@@ -26,20 +25,18 @@ std::string UsageText()
 struct Factory : testing::Test {
     CApplicationFactory factory;
 
-    void Parse(std::initializer_list<const char*> tokens)
-    {
-        std::vector<char*> argv{const_cast<char*>("/opt/curatool/curatool")};
-        for (const char* token : tokens)
-            argv.push_back(const_cast<char*>(token));
-        factory.ParseCommandLine(int(argv.size()), argv.data());
-    }
+    void Parse(const QString& line) { ParseInto(factory, line); }
 
-    std::vector<std::wstring> Errors() const
+    // The tokens are given as one text, split at '|'.
+    static void ParseInto(CApplicationFactory& into, const QString& line)
     {
-        std::vector<std::wstring> result;
-        for (const CAtlString& e : factory.Context().errors)
-            result.emplace_back(e.GetString());
-        return result;
+        std::vector<QByteArray> tokens;
+        for (const QString& token : line.split('|'))
+            tokens.push_back(token.toUtf8());
+        std::vector<char*> argv{const_cast<char*>("/opt/curatool/curatool")};
+        for (QByteArray& token : tokens)
+            argv.push_back(token.data());
+        into.ParseCommandLine(static_cast<int>(argv.size()), argv.data());
     }
 
     // Runs the bound work flow; returns its code and what it printed.
@@ -54,34 +51,10 @@ struct Factory : testing::Test {
     }
 };
 
-using Strings = std::vector<std::wstring>;
-
 TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
 {
-    Parse({"-locale",
-           "de",
-           "-proxy",
-           "p:1",
-           "-username",
-           "u",
-           "-password",
-           "pw",
-           "-source",
-           "/media/Disc Ü",
-           "-destination",
-           "d",
-           "-c",
-           "a1",
-           "-c",
-           "a2",
-           "-c",
-           "a1",
-           "x",
-           "-remote",
-           "--allowdownload",
-           "\\verbose",
-           "-authorized",
-           "-overrideproxy"});
+    Parse(QStringLiteral("-locale|de|-proxy|p:1|-username|u|-password|pw|-source|/media/Disc Ü|-destination|d|-c|a1|"
+                         "-c|a2|-c|a1|x|-remote|--allowdownload|\\verbose|-authorized|-overrideproxy"));
     const CCmdLineContext& c = factory.Context();
     EXPECT_EQ(W(L"de"), c.locale);
     EXPECT_EQ(W(L"p:1"), c.proxy);
@@ -102,20 +75,15 @@ TEST_F(Factory, EveryOptionFillsItsFieldAndTheRawArgumentsAreKeptAsGiven)
 
 TEST_F(Factory, CommandLineActionsDropPrivilegesWindowBasedOnesKeepThem)
 {
-    for (const char* action : {"--uninstall", "--installall", "--installsome", "--register", "--downloadall",
-                               "--downloadsome", "-h", "-?", "--help"})
+    const QStringList elevating{"--uninstallall", "--waitforcd", "--justupdated"};
+    for (const QString& action : QStringLiteral("--uninstall|--installall|--installsome|--register|--downloadall|"
+                                                "--downloadsome|-h|-?|--help|--uninstallall|--waitforcd|--justupdated")
+                                     .split('|'))
     {
         CApplicationFactory f;
-        char* argv[] = {const_cast<char*>("prog"), const_cast<char*>(action)};
-        f.ParseCommandLine(2, argv);
-        EXPECT_FALSE(f.WantsElevation()) << action;
-        EXPECT_FALSE(f.NeedsElevation()) << action;
-    }
-    for (const char* action : {"--uninstallall", "--waitforcd", "--justupdated"}) {
-        CApplicationFactory f;
-        char* argv[] = {const_cast<char*>("prog"), const_cast<char*>(action)};
-        f.ParseCommandLine(2, argv);
-        EXPECT_TRUE(f.NeedsElevation()) << action;
+        ParseInto(f, action);
+        EXPECT_EQ(elevating.contains(action), f.NeedsElevation()) << action.toStdString();
+        EXPECT_TRUE(elevating.contains(action) || !f.WantsElevation()) << action.toStdString();
     }
 }
 
@@ -124,7 +92,7 @@ TEST_F(Factory, ConfigurationPathIsMadeAbsoluteAndAMissingOneFailsQuietly)
     const std::string dir = curatool::test::MakeScratchDir("factory-cwd");
     const QString previous = QDir::currentPath();
     QDir::setCurrent(QString::fromStdString(dir));
-    Parse({"-configuration", "no-such-collection"});
+    Parse("-configuration|no-such-collection");
     QDir::setCurrent(previous);
 
     EXPECT_EQ(QString::fromStdString(dir) + "/no-such-collection", factory.Context().configurationPath.ToQString());
@@ -142,7 +110,7 @@ TEST_F(Factory, LoadedCollectionAddsItsStyleSheetToTheDefault)
 
     factory.ApplyStyleSheet(nullptr);  // without an application there is nothing to style
     factory.InstallTranslator(nullptr);
-    Parse({"-configuration", dir.c_str()});
+    Parse(QString::fromStdString("-configuration|" + dir));
     ASSERT_TRUE(factory.Configuration()->IsLoaded());
     EXPECT_EQ(CApplicationFactory::DEFAULT_STYLE_SHEET + "QPushButton {color: red}", factory.StyleSheet());
     EXPECT_EQ(factory.StyleSheet(), qApp->styleSheet()) << "applied at once";
@@ -152,7 +120,7 @@ TEST_F(Factory, LoadedCollectionAddsItsStyleSheetToTheDefault)
 TEST_F(Factory, JustUpdatedParsesTheStoredArgumentsOnce)
 {
     ASSERT_TRUE(CWorkFlow::StoreArguments({"-verbose", "--help"}));
-    Parse({"--justupdated"});
+    Parse("--justupdated");
     EXPECT_TRUE(factory.NeedsElevation());
 
     std::string out, err;

@@ -12,7 +12,7 @@ std::string LockFile()
     return path;
 }
 
-TEST(InstanceSemaphore, OneHolderPerPathAtATime)
+TEST(InstanceSemaphore, OneHolderPerProgramFileAndNoneForAMissingFile)
 {
     const std::string path = LockFile();
     CInstanceSemaphore first(path.c_str(), 0x71);
@@ -25,10 +25,7 @@ TEST(InstanceSemaphore, OneHolderPerPathAtATime)
     const std::string other = LockFile();
     CInstanceSemaphore elsewhere(other.c_str(), 0x71);
     EXPECT_TRUE(elsewhere.IsLocked()) << "another program file is another lock";
-}
 
-TEST(InstanceSemaphore, MissingProgramFileGivesNoLock)
-{
     CInstanceSemaphore lock("/no/such/program/anywhere", 0x71);
     EXPECT_FALSE(lock.IsLocked());
     EXPECT_EQ(-1, lock.SemaphoreId());

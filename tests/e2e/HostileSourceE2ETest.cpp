@@ -86,9 +86,6 @@ TEST_F(HostileSource, EveryFailedFileSaysWhyAndTheRunCountsThem)
     };
     const std::string noList = "Could not read the list of categories of the source " + m_url + "\n";
     const Case cases[] = {
-        {"missing package",
-         [&] { fs::remove(m_source + "/cow.zip"); },
-         {"Failed: cow.zip: HTTP status 404 (" + m_url + "/cow.zip)\n", "1 file failed.\n"}},
         {"cut document",
          [&] {
              const std::string whole = ReadFile(m_source + "/gallery_categories.xml");
@@ -136,14 +133,6 @@ TEST_F(HostileSource, EveryFailedFileSaysWhyAndTheRunCountsThem)
         EXPECT_EQ(!Contains(r.err, noList), EndsWith(r.out, "Done.\n")) << one.name;
     }
     EXPECT_FALSE(Exists(m_base + "/copy/\x1b[2Jbell\x07.zip"));
-}
-
-TEST_F(HostileSource, AServerThatAnswersWithAStatusIsNotCalledUnreachable)
-{
-    SetDefaultSource(m_url + "/absent");
-    const RunResult r = Download();
-    EXPECT_EQ(1, r.exitCode);
-    EXPECT_EQ("Could not download the file:\n" + m_url + "/absent\nHTTP status 404\n", r.err);
 }
 
 TEST_F(HostileSource, AnInstallNamesTheDocumentItCannotParseAndTheDamagedPackage)

@@ -64,12 +64,9 @@ TEST(RelaunchE2E, CommandLineModesAndAuthorizedRunsDoNotRelaunch)
     EXPECT_NE(5, RunCuratool({"-h"}, options).exitCode);
     EXPECT_NE(5, RunCuratool({"--waitforcd", "-authorized", "-h"}, options).exitCode);
     EXPECT_FALSE(Exists(log)) << ReadFile(log);
-}
 
-TEST(RelaunchE2E, WithoutAnyToolTheRunEndsWithZeroAndDoesNothing)
-{
-    const RunResult r = RunCuratool({"-zz"}, NoPrivilegeTools());
-    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
+    // A window-based run without any tool ends with zero and does nothing.
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(RunCuratool({"-zz"}, NoPrivilegeTools())));
 }
 
 TEST(RelaunchE2E, TheRelaunchingParentDoesNotHoldTheInstanceLock)

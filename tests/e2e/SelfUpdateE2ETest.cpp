@@ -51,13 +51,9 @@ protected:
         ASSERT_TRUE(WriteFile(m_published + "/setup.sh", m_installer));
         m_local = MakeScratchDir("share") + "/CuratoolId.xml";
         // The program was started for a console install; the restart is to carry that out.
-        m_context.rawArguments = QStringList{"--installall",
-                                             "-configuration",
-                                             QString::fromStdString(m_collection),
-                                             "-source",
-                                             QString::fromStdString(m_source),
-                                             "-destination",
-                                             QString::fromStdString(m_gallery)};
+        for (const std::string& argument : std::vector<std::string>{"--installall", "-configuration", m_collection,
+                                                                    "-source", m_source, "-destination", m_gallery})
+            m_context.rawArguments << QString::fromStdString(argument);
         m_environment = CWorkFlow::MakeEnvironment(m_context, std::make_shared<CConfiguration>());
     }
 

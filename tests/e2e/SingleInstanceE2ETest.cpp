@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <memory>
 #include <thread>
 
 #include <fcntl.h>
@@ -48,6 +49,15 @@ struct FullPipe {
         CloseWriteEnd();
         if (readEnd >= 0)
             close(readEnd);
+    }
+    // A run writing into the pipe: it takes the lock, then blocks until the pipe is drained.
+    std::unique_ptr<BinaryProcess> Start(const std::vector<std::string>& arguments)
+    {
+        RunOptions options = NoPrivilegeTools();
+        options.standardOutputFd = writeEnd;
+        auto run = std::make_unique<BinaryProcess>(CURATOOL_BINARY, arguments, options);
+        CloseWriteEnd();
+        return run;
     }
     void CloseWriteEnd()
     {
@@ -91,11 +101,8 @@ TEST(SingleInstanceE2E, SecondRunIsRefusedWhileTheFirstWorksAndAdmittedAfterward
     ASSERT_FALSE(LockHeld()) << "a run of this binary is already going on";
     FullPipe pipe;
     ASSERT_GE(pipe.writeEnd, 0);
-    RunOptions firstOptions = NoPrivilegeTools();
-    firstOptions.standardOutputFd = pipe.writeEnd;
-    BinaryProcess first(CURATOOL_BINARY, {"--help"}, firstOptions);
-    pipe.CloseWriteEnd();
-    ASSERT_TRUE(WaitForLock(first));
+    const auto first = pipe.Start({"--help"});
+    ASSERT_TRUE(WaitForLock(*first));
 
     // Both ask for the usage text: only the first prints it, the second hears of the first.
     const RunResult second = RunCuratool({"--help"}, NoPrivilegeTools());
@@ -104,7 +111,7 @@ TEST(SingleInstanceE2E, SecondRunIsRefusedWhileTheFirstWorksAndAdmittedAfterward
     EXPECT_EQ("", second.out);
 
     const std::string printed = pipe.Drain();
-    const RunResult firstResult = first.Wait();
+    const RunResult firstResult = first->Wait();
     EXPECT_EQ(kUsageExit, firstResult.exitCode);
     ASSERT_GE(printed.size(), UsageText().size());
     EXPECT_EQ(UsageText(), printed.substr(printed.size() - UsageText().size()));
@@ -119,16 +126,13 @@ TEST(SingleInstanceE2E, SecondRunIsRefusedWhileTheFirstWorksAndAdmittedAfterward
 TEST(SingleInstanceE2E, AKilledFirstRunLeavesNoStaleLock)
 {
     FullPipe pipe;
-    RunOptions firstOptions = NoPrivilegeTools();
-    firstOptions.standardOutputFd = pipe.writeEnd;
-    BinaryProcess first(CURATOOL_BINARY, {"--installall", "--uninstall"}, firstOptions);
-    pipe.CloseWriteEnd();
-    ASSERT_TRUE(WaitForLock(first));
+    const auto first = pipe.Start({"--installall", "--uninstall"});
+    ASSERT_TRUE(WaitForLock(*first));
 
     EXPECT_EQ(kInstanceMessage, RunCuratool({"--register"}, NoPrivilegeTools()).err);
 
-    first.Kill(SIGKILL);
-    EXPECT_EQ(SIGKILL, first.Wait().signal);
+    first->Kill(SIGKILL);
+    EXPECT_EQ(SIGKILL, first->Wait().signal);
 
     const RunResult after = RunCuratool({"-h"}, NoPrivilegeTools());
     EXPECT_EQ((Outcome{kUsageExit, UsageText(), ""}), OutcomeOf(after));

@@ -48,23 +48,6 @@ protected:
 
 TEST_F(InstallOverHttp, AllowDownloadChecksTheDefaultSourceThenInstallsFromIt)
 {
-    const RunResult r = InstallWithDownload();
-    EXPECT_EQ((Outcome{0, CheckedThenDone(), ""}), OutcomeOf(r));
-    ExpectEverythingInstalled();
-    // A check that worked keeps the proxy settings it used: none, on the default port.
-    EXPECT_EQ("", StoredProxyValue("HttpProxyHost"));
-    EXPECT_EQ("8080", StoredProxyValue("HttpProxyPort"));
-
-    m_gallery = m_base + "/some";
-    const RunResult some = Curatool({"--installsome", "-allowdownload", "-configuration", m_collection, "-destination",
-                                     m_gallery, "-c", "maps", "-c", "nope"});
-    EXPECT_EQ((Outcome{0, CheckedThenDone(), "Alias not found: nope\n"}), OutcomeOf(some));
-    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
-    EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
-}
-
-TEST_F(InstallOverHttp, VerboseShowsEachFileFetchedThenInstalled)
-{
     const RunResult r = InstallWithDownload({"-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
@@ -83,9 +66,18 @@ TEST_F(InstallOverHttp, VerboseShowsEachFileFetchedThenInstalled)
     EXPECT_TRUE(HasInOrder(Lines(r.out), wanted)) << r.out;
     EXPECT_TRUE(EndsWith(r.out, "\nDone.\n")) << r.out;
     ExpectEverythingInstalled();
-
     // Every fetched file went once it was used, and so did the check's copy.
     EXPECT_EQ(std::vector<std::string>{}, FilesBelow(m_base + "/tmp"));
+    // A check that worked keeps the proxy settings it used: none, on the default port.
+    EXPECT_EQ("", StoredProxyValue("HttpProxyHost"));
+    EXPECT_EQ("8080", StoredProxyValue("HttpProxyPort"));
+
+    m_gallery = m_base + "/some";
+    const RunResult some = Curatool({"--installsome", "-allowdownload", "-configuration", m_collection, "-destination",
+                                     m_gallery, "-c", "maps", "-c", "nope"});
+    EXPECT_EQ((Outcome{0, CheckedThenDone(), "Alias not found: nope\n"}), OutcomeOf(some));
+    EXPECT_TRUE(HasCategory(m_gallery, "maps"));
+    EXPECT_TRUE(LacksCategory(m_gallery, "animals"));
 }
 
 TEST_F(InstallOverHttp, AnUnreachableServerOrOneWithoutTheGalleryEndsTheRunWithItsUrl)
@@ -148,21 +140,17 @@ ServerProcess* InstallThroughProxy::s_proxy = nullptr;
 
 }  // namespace
 
-TEST_F(InstallThroughProxy, StoredProxyWithTheRightCredentialsPasses)
+TEST_F(InstallThroughProxy, StoredProxyPassesOnlyWithTheRightCredentials)
 {
     StoreProxy("127.0.0.1", ProxyPort());
+    ExpectCheckFailed(InstallWithDownload({"-username", kProxyUser, "-password", "wrong"}), m_url);
+    ExpectCheckFailed(InstallWithDownload(), m_url);
+
     const RunResult r = InstallWithDownload({"-username", kProxyUser, "-password", kProxyPassword});
     EXPECT_EQ((Outcome{0, CheckedThenDone(), ""}), OutcomeOf(r));
     ExpectEverythingInstalled();
     EXPECT_EQ("127.0.0.1", StoredProxyValue("HttpProxyHost"));
     EXPECT_EQ(std::to_string(ProxyPort()), StoredProxyValue("HttpProxyPort"));
-}
-
-TEST_F(InstallThroughProxy, StoredProxyRefusesWrongOrMissingCredentials)
-{
-    StoreProxy("127.0.0.1", ProxyPort());
-    ExpectCheckFailed(InstallWithDownload({"-username", kProxyUser, "-password", "wrong"}), m_url);
-    ExpectCheckFailed(InstallWithDownload(), m_url);
 }
 
 TEST_F(InstallThroughProxy, OverrideTakesTheWholeProxyTextAsHostWithoutPort)

@@ -74,11 +74,12 @@ protected:
 
 }  // namespace
 
+// Without -destination the gallery goes below the shared galleries folder.
 TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
 {
-    const RunResult r = InstallAll();
+    const RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source});
     EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
-
+    m_gallery = DefaultInstallDirectory();
     for (const SampleCategory& category : SampleCategories()) {
         EXPECT_TRUE(HasCategory(m_gallery, category.alias)) << category.alias;
         EXPECT_NE(std::string::npos, UpdateInfo().find(Recorded(category.alias, "1.0"))) << UpdateInfo();
@@ -89,32 +90,27 @@ TEST_F(InstallFromFolder, InstallAllInstallsStoresAndRegistersQuietly)
 
     // The collection is kept in the configurations folder, and the entry points at it.
     const std::string stored = StoredConfigurationDirectory();
-    EXPECT_EQ(ReadFile(m_collection + "/configuration.xml"), ReadFile(stored + "/configuration.xml"));
-    EXPECT_EQ(ReadFile(m_collection + "/metadata.xml"), ReadFile(stored + "/metadata.xml"));
-    EXPECT_EQ(ReadFile(m_collection + "/logo.png"), ReadFile(stored + "/logo.png"));
+    for (const char* file : {"configuration.xml", "metadata.xml", "logo.png"})
+        EXPECT_EQ(ReadFile(m_collection + "/" + file), ReadFile(stored + "/" + file)) << file;
     EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
     EXPECT_EQ(stored + "/metadata.xml", RegistryValue("MetadataXml"));
     EXPECT_EQ(0u, RegistryValue("Args").rfind("-configuration \"" + stored, 0)) << RegistryValue("Args");
     EXPECT_EQ(CuratoolProgram(), RegistryValue("AppPath"));
 }
 
-TEST_F(InstallFromFolder, VerboseTellsEachFinishedItemOnStandardOutput)
+// -verbose tells each finished item on standard output.
+TEST_F(InstallFromFolder, ARerunChangesNothingUntilACategoryVersionIsRaisedThenOnlyThatOne)
 {
-    const RunResult r = InstallAll({"-verbose"});
+    RunResult r = InstallAll({"-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
     std::vector<std::string> expected = LocalPackageLines({"animals", "maps", "sounds"});
     expected.push_back("Done.");
     EXPECT_EQ(expected, AfterReading(r)) << r.out;
-}
-
-TEST_F(InstallFromFolder, ARerunChangesNothingUntilACategoryVersionIsRaisedThenOnlyThatOne)
-{
-    ASSERT_EQ(0, InstallAll().exitCode);
     const auto before = fs::last_write_time(m_gallery + "/dog.png");
     const std::string manifest = ReadFile(m_gallery + "/imsmanifest.xml");
 
-    RunResult r = InstallAll({"-verbose"});
+    r = InstallAll({"-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
     EXPECT_EQ(std::vector<std::string>{"Done."}, AfterReading(r)) << r.out;
@@ -125,7 +121,7 @@ TEST_F(InstallFromFolder, ARerunChangesNothingUntilACategoryVersionIsRaisedThenO
     r = InstallAll({"-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
-    std::vector<std::string> expected = LocalPackageLines({"maps"});
+    expected = LocalPackageLines({"maps"});
     expected.push_back("Done.");
     EXPECT_EQ(expected, AfterReading(r)) << r.out;
 
@@ -186,16 +182,6 @@ TEST_F(InstallFromFolder, InstallSomeWithoutAliasesRegistersButInstallsNothing)
         EXPECT_TRUE(LacksCategory(m_gallery, category.alias));
     // Registration comes before the aliases are looked at.
     EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
-}
-
-TEST_F(InstallFromFolder, WithoutDestinationTheGalleryGoesBelowTheSharedGalleries)
-{
-    const RunResult r = Curatool({"--installall", "-configuration", m_collection, "-source", m_source});
-    EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
-    const std::string gallery = DefaultInstallDirectory();
-    for (const SampleCategory& category : SampleCategories())
-        EXPECT_TRUE(HasCategory(gallery, category.alias)) << category.alias;
-    EXPECT_EQ(gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
 }
 
 TEST_F(InstallFromFolder, RemoteRegistersWithoutTheApplicationPathAndAnUnknownOptionIsOnlyReported)
@@ -369,4 +355,4 @@ INSTANTIATE_TEST_SUITE_P(
                                   "Gallery files not found on the source path, download is not allowed."},
                       InstallMode{"--installsome", "Could not create destination directory ",
                                   "-source not specified, -allowdownload not set"}),
-    [](const ::testing::TestParamInfo<InstallMode>& info) { return std::string(info.param.action + 2); });
+    [](const ::testing::TestParamInfo<InstallMode>& mode) { return std::string(mode.param.action + 2); });

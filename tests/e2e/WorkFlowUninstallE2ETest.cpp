@@ -39,36 +39,20 @@ protected:
 
 }  // namespace
 
-TEST_F(InstalledGallery, UninstallByCollectionRemovesTheGalleryAndItsEntry)
+// Named by its collection the stored copy stays, since it was not what the run was given; named by
+// its GUID the stored files go too (the folders stay). -verbose tells each removed package.
+TEST_F(InstalledGallery, UninstallRemovesTheGalleryAndItsEntry)
 {
     Install();
-    const RunResult r = Curatool({"--uninstall", "-configuration", m_collection});
+    RunResult r = Curatool({"--uninstall", "-configuration", m_collection});
     EXPECT_EQ((Outcome{0, "Uninstall complete.\n", ""}), OutcomeOf(r));
     ExpectGalleryGone();
-    // The stored copy was not what this run was given, so it stays.
     EXPECT_TRUE(Exists(StoredConfigurationDirectory() + "/configuration.xml"));
-
     // Gone means gone: a second removal finds nothing.
     ExpectNotLoaded(Curatool({"--uninstall", "-configuration", m_collection}));
-}
 
-TEST_F(InstalledGallery, UninstallByGuidAlsoDeletesTheStoredFiles)
-{
     Install();
-    const RunResult r = Curatool({"--uninstall", "-guid", kGalleryGuid});
-    EXPECT_EQ((Outcome{0, "Uninstall complete.\n", ""}), OutcomeOf(r));
-    ExpectGalleryGone();
-    EXPECT_FALSE(Exists(StoredConfigurationDirectory() + "/configuration.xml"));
-    EXPECT_FALSE(Exists(StoredConfigurationDirectory() + "/metadata.xml"));
-    EXPECT_TRUE(fs::is_directory(StoredConfigurationDirectory())) << "folders stay";
-
-    ExpectNotLoaded(Curatool({"--uninstall", "-guid", kGalleryGuid}));
-}
-
-TEST_F(InstalledGallery, VerboseUninstallTellsEachRemovedPackage)
-{
-    Install();
-    const RunResult r = Curatool({"--uninstall", "-guid", kGalleryGuid, "-verbose"});
+    r = Curatool({"--uninstall", "-guid", kGalleryGuid, "-verbose"});
     EXPECT_EQ(0, r.exitCode);
     EXPECT_EQ("", r.err);
     std::vector<std::string> removals;
@@ -84,6 +68,11 @@ TEST_F(InstalledGallery, VerboseUninstallTellsEachRemovedPackage)
             << removals[i];
     EXPECT_TRUE(EndsWith(r.out, "\nUninstall complete.\n")) << r.out;
     EXPECT_EQ(std::string::npos, r.out.find("Failed")) << r.out;
+    ExpectGalleryGone();
+    EXPECT_FALSE(Exists(StoredConfigurationDirectory() + "/configuration.xml"));
+    EXPECT_FALSE(Exists(StoredConfigurationDirectory() + "/metadata.xml"));
+    EXPECT_TRUE(fs::is_directory(StoredConfigurationDirectory()));
+    ExpectNotLoaded(Curatool({"--uninstall", "-guid", kGalleryGuid}));
 }
 
 TEST_F(InstalledGallery, UninstallRefusesWhatIsNotInstalledOrCannotBeWritten)
@@ -117,20 +106,6 @@ TEST_F(InstalledGallery, RegisterStoresTheCollectionAndWritesTheEntry)
     EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
     EXPECT_EQ(m_base + "/elsewhere/imsmanifest.xml", RegistryValue("ImsManifestXml"));
     EXPECT_EQ(CuratoolProgram(), RegistryValue("AppPath"));
-}
-
-TEST_F(InstalledGallery, RegisterKeepsTheInstalledPlaceAndWorksByGuid)
-{
-    Install();
-    RunResult r = Curatool({"--register", "-configuration", m_collection});
-    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
-    EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
-
-    // The stored copy is the collection itself now.
-    r = Curatool({"--register", "-guid", kGalleryGuid, "-destination", m_base + "/moved"});
-    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
-    EXPECT_EQ(m_base + "/moved/imsmanifest.xml", RegistryValue("ImsManifestXml"));
-    EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
 }
 
 TEST_F(InstalledGallery, RegisterRefusals)
@@ -168,13 +143,23 @@ TEST_F(InstalledGallery, RegisterRefusals)
     EXPECT_TRUE(HasCategory(m_gallery, "animals"));
 }
 
-TEST_F(InstalledGallery, AnInstalledGalleryIsReachedByItsGuid)
+TEST_F(InstalledGallery, AnInstalledGalleryKeepsItsPlaceAndIsReachedByItsGuid)
 {
     Install();
+    RunResult r = Curatool({"--register", "-configuration", m_collection});
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
+    EXPECT_EQ(m_gallery + "/imsmanifest.xml", RegistryValue("ImsManifestXml"));
+
     WriteSource(m_source, {{"sounds", "1.1"}});
-    const RunResult r = Curatool(
+    r = Curatool(
         {"--installsome", "-guid", kGalleryGuid, "-source", m_source, "-destination", m_gallery, "-c", "sounds"});
     EXPECT_EQ((Outcome{0, "Done.\n", ""}), OutcomeOf(r));
     EXPECT_TRUE(HasCategory(m_gallery, "sounds", "1.1"));
     EXPECT_TRUE(HasCategory(m_gallery, "animals", "1.0"));
+
+    // The stored copy is the collection itself now.
+    r = Curatool({"--register", "-guid", kGalleryGuid, "-destination", m_base + "/moved"});
+    EXPECT_EQ((Outcome{0, "", ""}), OutcomeOf(r));
+    EXPECT_EQ(m_base + "/moved/imsmanifest.xml", RegistryValue("ImsManifestXml"));
+    EXPECT_EQ(StoredConfigurationDirectory() + "/metadata.xml", RegistryValue("MetadataXml"));
 }

@@ -1,12 +1,11 @@
 #include "ui/CAuthentication.h"
 #include "ui/CPasswordDialog.h"
+#include "support/ModalAnswerer.h"
 #include "support/TestEnvironment.h"
+#include "support/TestText.h"
 
-#include <QApplication>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -16,7 +15,7 @@
 
 namespace {
 
-using curatool::test::Exists;
+using curatool::test::Contains;
 using curatool::test::MakeScratchDir;
 using curatool::test::ReadFile;
 using curatool::test::WriteFile;
@@ -74,15 +73,11 @@ TEST(CAuthenticationEscape, EveryShellCharacterGetsABackslash)
     EXPECT_EQ(QString(), CAuthentication::ShellEscape(QString()));
 }
 
-// The forms without a user are checked through the fake tools below.
-TEST(CAuthenticationArguments, AGivenUserIsNamedToEveryTool)
+// The other forms are checked through the fake tools below.
+TEST(CAuthenticationArguments, AGivenUserIsNamedToKdesuAndGksudo)
 {
     EXPECT_EQ((QStringList{"-u", "bob", "--", "'/bin/x'"}), CAuthentication::KdesuArguments("/bin/x", {}, "bob"));
     EXPECT_EQ((QStringList{"-u", "bob", "/bin/x "}), CAuthentication::GksudoArguments("/bin/x", {""}, "bob"));
-    EXPECT_EQ((QStringList{"-p", "PASSWORD:", "-S", "/opt/my app/x", "-a", "b c"}),
-              CAuthentication::SudoArguments("/opt/my app/x", {"-a", "b c"}, QString()));
-    EXPECT_EQ((QStringList{"-p", "PASSWORD:", "-S", "-u", "bob", "/bin/x"}),
-              CAuthentication::SudoArguments("/bin/x", {}, "bob"));
 }
 
 TEST(CAuthenticationPath, FindsToolsInAnyPathFolderSkippingEmptyParts)
@@ -101,54 +96,47 @@ TEST(CAuthenticationPath, FindsToolsInAnyPathFolderSkippingEmptyParts)
     EXPECT_FALSE(CAuthentication::FindInPath("gksudo"));
 }
 
-TEST(CAuthenticationRun, NoToolMeansNothingStartedAndZero)
+// kdesu wins, then gksudo, then sudo; the tool's code is returned, -1 when it can't start, and its
+// output is forwarded only when asked.
+TEST(CAuthenticationRun, TheFirstToolFoundRunsTheProgram)
 {
-    ScratchPath path;
-    CAuthentication authentication;
-    EXPECT_EQ(0, authentication.RunAs("/bin/false", {"x"}, QString(), false));
-    EXPECT_FALSE(Exists(path.Log()));
-}
-
-TEST(CAuthenticationRun, KdesuWinsThenGksudoThenSudoAndTheToolsCodeIsReturned)
-{
-    {
+    struct Tool {
+        const char* name;
+        int code;
+        bool executable;
+    };
+    struct Case {
+        std::vector<Tool> tools;
+        QString user;
+        bool echo;
+        int code;
+        std::string log;
+    };
+    const Case cases[] = {
+        {{}, QString(), true, 0, ""},
+        {{{"kdesu", 7, true}, {"gksudo", 8, true}, {"sudo", 9, true}},
+         QString(),
+         true,
+         7,
+         "kdesu\n--\n'/opt/my\\ app/x'\n-source\na b;c\n"},
+        {{{"gksudo", 4, true}, {"sudo", 9, true}},
+         "alice",
+         false,
+         4,
+         "gksudo\n-u\nalice\n/opt/my\\ app/x -source a\\ b\\;c\n"},
+        {{{"kdesu", 0, false}}, QString(), false, -1, ""},
+    };
+    for (const Case& c : cases) {
         ScratchPath path;
-        path.AddTool("kdesu", Recorder("kdesu", 7));
-        path.AddTool("gksudo", Recorder("gksudo", 8));
-        path.AddTool("sudo", Recorder("sudo", 9));
+        for (const Tool& tool : c.tools)
+            path.AddTool(tool.name, Recorder(tool.name, tool.code), tool.executable);
         CAuthentication authentication;
-        EXPECT_EQ(7, authentication.RunAs("/opt/my app/curatool", {"-source", "a b", "-authorized"}, QString(), false));
-        EXPECT_EQ("kdesu\n--\n'/opt/my\\ app/curatool'\n-source\na b\n-authorized\n", path.LogText());
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(c.code, authentication.RunAs("/opt/my app/x", {"-source", "a b;c"}, c.user, c.echo)) << c.log;
+        const bool ran = !c.log.empty();
+        EXPECT_EQ(ran && c.echo ? "tool output\n" : "", testing::internal::GetCapturedStdout()) << c.log;
+        EXPECT_EQ(c.log, path.LogText());
     }
-    ScratchPath path;
-    path.AddTool("gksudo", Recorder("gksudo", 4));
-    path.AddTool("sudo", Recorder("sudo", 9));
-    CAuthentication authentication;
-    EXPECT_EQ(4, authentication.RunAs("/opt/my app/x", {"-a b;c"}, "alice", false));
-    EXPECT_EQ("gksudo\n-u\nalice\n/opt/my\\ app/x -a\\ b\\;c\n", path.LogText());
-}
-
-TEST(CAuthenticationRun, EchoForwardsTheToolsOutput)
-{
-    ScratchPath path;
-    path.AddTool("kdesu", Recorder("kdesu", 0));
-    CAuthentication authentication;
-
-    testing::internal::CaptureStdout();
-    authentication.RunAs("/bin/x", {}, QString(), true);
-    EXPECT_EQ("tool output\n", testing::internal::GetCapturedStdout());
-
-    testing::internal::CaptureStdout();
-    authentication.RunAs("/bin/x", {}, QString(), false);
-    EXPECT_EQ("", testing::internal::GetCapturedStdout());
-}
-
-TEST(CAuthenticationRun, ToolThatCannotStartGivesMinusOne)
-{
-    ScratchPath path;
-    path.AddTool("kdesu", "exit 0\n", false);
-    CAuthentication authentication;
-    EXPECT_EQ(-1, authentication.RunAs("/bin/x", {}, QString(), false));
 }
 
 // A fake sudo: asks for the password up to three times; "right" runs the program (exit 3).
@@ -164,99 +152,81 @@ const char kFakeSudo[] = "printf '%s\\n' \"$@\" > \"$TOOL_LOG\"\n"
                          "  [ $tries -ge 3 ] && exit 1\n"
                          "done\n";
 
-// Answers each modal window the sudo conversation opens, and notes what it saw.
-class DialogDriver {
-public:
+// Answers the sudo conversation's windows: each password dialog with the next password (a cancel
+// when none is left), each box with OK; notes both in the order they came.
+struct DialogDriver : curatool::test::ModalAnswerer {
     explicit DialogDriver(std::vector<QString> passwords)
-        : m_passwords(std::move(passwords))
     {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] { Answer(); });
-        m_timer.start(20);
+        other = [this, passwords](QWidget* modal) mutable {
+            auto* dialog = qobject_cast<CPasswordDialog*>(modal);
+            if (!dialog)
+                return;
+            NoteBoxes();
+            auto* user = dialog->findChild<QLineEdit*>("editUser");
+            shownUser = user->text();
+            userReadOnly = user->isReadOnly();
+            seen.push_back(passwords.empty() ? "cancel" : "password");
+            if (passwords.empty())
+                return dialog->findChild<QPushButton*>("buttonCancel")->click();
+            dialog->findChild<QLineEdit*>("editPassword")->setText(passwords.front());
+            passwords.erase(passwords.begin());
+            dialog->findChild<QPushButton*>("buttonOK")->click();
+        };
+    }
+    void NoteBoxes()
+    {
+        for (; noted < boxes.size(); ++noted)
+            seen.push_back("warning: " + titles[noted].toStdString() + ": " + boxes[noted].toStdString());
     }
 
     std::vector<std::string> seen;
     QString shownUser;
     bool userReadOnly = false;
-
-private:
-    void Answer()
-    {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (auto* box = qobject_cast<QMessageBox*>(modal)) {
-            seen.push_back("warning: " + box->windowTitle().toStdString() + ": " + box->text().toStdString());
-            box->button(QMessageBox::Ok)->click();
-            return;
-        }
-        auto* dialog = qobject_cast<CPasswordDialog*>(modal);
-        if (!dialog)
-            return;
-        auto* user = dialog->findChild<QLineEdit*>("editUser");
-        shownUser = user->text();
-        userReadOnly = user->isReadOnly();
-        if (m_passwords.empty()) {
-            seen.push_back("cancel");
-            dialog->findChild<QPushButton*>("buttonCancel")->click();
-            return;
-        }
-        seen.push_back("password");
-        dialog->findChild<QLineEdit*>("editPassword")->setText(m_passwords.front());
-        m_passwords.erase(m_passwords.begin());
-        dialog->findChild<QPushButton*>("buttonOK")->click();
-    }
-
-    std::vector<QString> m_passwords;
-    QTimer m_timer;
+    qsizetype noted = 0;
 };
 
-TEST(CAuthenticationSudo, WrongPasswordIsToldAtTheSecondPromptNotTheFirst)
+// Every answer goes to sudo in UTF-8; a wrong one is told at the next prompt, and a cancel ends sudo.
+TEST(CAuthenticationSudo, ThePasswordConversation)
 {
-    ScratchPath path;
-    path.AddTool("sudo", kFakeSudo);
-    // Neither answer is "right"; the third prompt is cancelled.
-    DialogDriver driver({"wrong", QStringLiteral("right ü")});
-    CAuthentication authentication;
-    testing::internal::CaptureStdout();
-    const int code = authentication.RunAs("/opt/my app/x", {"-authorized"}, QString(), true);
-    const std::string echoed = testing::internal::GetCapturedStdout();
+    const std::string again = "warning: Authentication: Incorrect password. Please try again.";
+    struct Case {
+        std::vector<QString> passwords;
+        QString user;
+        std::vector<std::string> seen;
+        QString shownUser;  // an empty user is shown as root
+        std::string sudoGot;
+        std::string typed;
+    };
+    const Case cases[] = {
+        {{"wrong", QStringLiteral("right ü")},
+         QString(),
+         {"password", again, "password", again, "cancel"},
+         "root",
+         "-p\nPASSWORD:\n-S\n/opt/my app/x\n-authorized\n",
+         "wrong\nright \xC3\xBC\n"},
+        {{"right"}, "bob", {"password"}, "bob", "-p\nPASSWORD:\n-S\n-u\nbob\n/opt/my app/x\n-authorized\n", "right\n"},
+        {{}, QString(), {"cancel"}, "root", "-p\nPASSWORD:\n-S\n/opt/my app/x\n-authorized\n", ""},
+    };
+    for (const Case& c : cases) {
+        ScratchPath path;
+        path.AddTool("sudo", kFakeSudo);
+        DialogDriver driver(c.passwords);
+        CAuthentication authentication;
+        const bool echo = c.seen.size() > 1;
+        testing::internal::CaptureStdout();
+        const int code = authentication.RunAs("/opt/my app/x", {"-authorized"}, c.user, echo);
+        const std::string echoed = testing::internal::GetCapturedStdout();
 
-    EXPECT_EQ((std::vector<std::string>{"password", "warning: Authentication: Incorrect password. Please try again.",
-                                        "password", "warning: Authentication: Incorrect password. Please try again.",
-                                        "cancel"}),
-              driver.seen);
-    EXPECT_EQ(QStringLiteral("root"), driver.shownUser) << "an empty user is shown as root";
-    EXPECT_TRUE(driver.userReadOnly);
-    EXPECT_EQ("-p\nPASSWORD:\n-S\n/opt/my app/x\n-authorized\n", path.LogText()) << "no -u for an empty user";
-    EXPECT_EQ("wrong\nright \xC3\xBC\n", ReadFile(path.Log() + ".pw")) << "the password goes in UTF-8";
-    EXPECT_NE(std::string::npos, echoed.find("Sorry, try again.")) << echoed;
-    EXPECT_NE(3, code);
-}
-
-TEST(CAuthenticationSudo, RightPasswordRunsTheProgramAndGivesItsCode)
-{
-    ScratchPath path;
-    path.AddTool("sudo", kFakeSudo);
-    DialogDriver driver({"right"});
-    CAuthentication authentication;
-    testing::internal::CaptureStdout();
-    const int code = authentication.RunAs("/bin/x", {}, "bob", false);
-    EXPECT_EQ("", testing::internal::GetCapturedStdout()) << "without echo nothing of the child is printed";
-
-    EXPECT_EQ(3, code);
-    EXPECT_EQ(std::vector<std::string>{"password"}, driver.seen);
-    EXPECT_EQ(QStringLiteral("bob"), driver.shownUser);
-    EXPECT_EQ("-p\nPASSWORD:\n-S\n-u\nbob\n/bin/x\n", path.LogText());
-}
-
-TEST(CAuthenticationSudo, CancelEndsSudoWithoutWritingAPassword)
-{
-    ScratchPath path;
-    path.AddTool("sudo", kFakeSudo);
-    DialogDriver driver({});
-    CAuthentication authentication;
-    const int code = authentication.RunAs("/bin/x", {}, QString(), false);
-    EXPECT_EQ(std::vector<std::string>{"cancel"}, driver.seen);
-    EXPECT_FALSE(Exists(path.Log() + ".pw"));
-    EXPECT_NE(3, code);
+        driver.NoteBoxes();
+        EXPECT_EQ(c.seen, driver.seen);
+        EXPECT_EQ(c.shownUser, driver.shownUser);
+        EXPECT_TRUE(driver.userReadOnly);
+        EXPECT_EQ(c.sudoGot, path.LogText());
+        EXPECT_EQ(c.typed, ReadFile(path.Log() + ".pw"));
+        EXPECT_EQ(c.typed == "right\n", code == 3) << "the program ran";
+        EXPECT_EQ(echo, Contains(echoed, "Sorry, try again.")) << echoed;
+        EXPECT_TRUE(echo || echoed.empty()) << "without echo nothing of the child is printed: " << echoed;
+    }
 }
 
 }  // namespace

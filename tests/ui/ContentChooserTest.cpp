@@ -129,7 +129,7 @@ TEST_F(ContentChooser, RowsShowTitlesSizesAndWhatIsInstalled)
     for (int id : {kAnimals, kMaps, kSounds}) {
         const QTreeWidgetItem* row = Row(categories, id);
         EXPECT_EQ(Category(id)->GetTitle().ToQString(), row->text(0));
-        EXPECT_EQ(FormatByteSize(Category(id)->GetDiskSize()).ToQString(), row->text(1));
+        EXPECT_EQ(FormatByteSize(static_cast<unsigned>(Category(id)->GetDiskSize())).ToQString(), row->text(1));
         EXPECT_FALSE(row->flags().testFlag(Qt::ItemIsUserCheckable)) << "only the controller changes a mark";
         EXPECT_EQ(Category(id)->GetTitle().ToQString(), Row(updates, id)->text(0));
     }

@@ -2,16 +2,14 @@
 // folder selection's warning loop.
 
 #include "configuration/CConfiguration.h"
+#include "ScratchCollection.h"
 #include "ui/GalleryChooser.h"
-#include "ModalAnswer.h"
 #include "ui/Output.h"
 #include "ui/PathSelector.h"
+#include "support/ModalAnswerer.h"
 #include "support/TestEnvironment.h"
 #include "ziparchive/ZipHelpers.h"
 
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 
 #include <gtest/gtest.h>
@@ -40,22 +38,6 @@ std::shared_ptr<CConfiguration> Register(const std::string& folder)
     return configuration;
 }
 
-std::string WriteCollection(const std::string& guid, const std::string& title)
-{
-    const std::string folder = MakeScratchDir("collection-" + guid);
-    WriteFile(folder + "/configuration.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title "
-              "Value=\"" +
-                  title + "\"/></Application><Organization><Name Value=\"Org\"/></Organization><Gallery GUID=\"" +
-                  guid + "\" DefaultSource=\"http://127.0.0.1:9/none\" Name=\"" + title + "\"/></CCSettings>\n");
-    WriteFile(folder + "/metadata.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<lom:lom><lom:general><lom:identifier><lom:entry>" + guid +
-                  "</lom:entry></lom:identifier><lom:title><lom:string language=\"de\">Nur Deutsch</lom:string>"
-                  "<lom:string language=\"en\">" +
-                  title + "</lom:string></lom:title></lom:general></lom:lom>\n");
-    return folder;
-}
-
 QStringList Rows(const GalleryChooser& chooser)
 {
     QStringList rows;
@@ -71,22 +53,6 @@ QListWidgetItem* Row(const GalleryChooser& chooser, const QString& start)
         if (chooser.listWidget->item(i)->text().startsWith(start))
             return chooser.listWidget->item(i);
     return nullptr;
-}
-
-void Answer(QMessageBox::StandardButton button)
-{
-    AnswerNext<QMessageBox>([button](QMessageBox* box) { box->button(button)->click(); });
-}
-
-// Types `path` into the next file dialog and opens it, as a user does.
-void ChooseFile(const std::string& path)
-{
-    AnswerNext<QFileDialog>([path](QFileDialog* dialog) {
-        auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
-        ASSERT_NE(nullptr, name);
-        name->setText(QString::fromStdString(path));
-        static_cast<QDialog*>(dialog)->accept();  // as the Open button does
-    });
 }
 
 struct GalleryChooserTest : ::testing::Test {
@@ -128,12 +94,12 @@ TEST_F(GalleryChooserTest, ListsRemovesAndOpensRegisteredGalleries)
     chooser.listWidget->setCurrentItem(Row(chooser, "Beta"));
     EXPECT_TRUE(ok->isEnabled());
     EXPECT_TRUE(chooser.uninstallButton->isEnabled());
-    Answer(QMessageBox::No);
+    ModalAnswerer answers(QMessageBox::No);
     chooser.uninstallButton->click();
     EXPECT_TRUE(calls.empty());
     EXPECT_EQ(2, chooser.listWidget->count());
 
-    Answer(QMessageBox::Yes);
+    answers.box = QMessageBox::Yes;
     chooser.uninstallButton->click();
     ASSERT_EQ(1u, calls.size());
     EXPECT_EQ("guid-beta", calls[0].guid);
@@ -161,17 +127,13 @@ TEST_F(GalleryChooserTest, OtherGalleryTakesACollectionFileAndStaysOpenOnABadOne
     auto chosen = std::make_shared<CConfiguration>();
     GalleryChooser chooser(chosen, {});
     chooser.setResult(-1);
-    bool told = false;
-    ChooseFile(folder + "/Broken.gallerycollection");
-    AnswerNext<QMessageBox>([&told](QMessageBox* box) {
-        told = box->text() == "Could not load the configuration.";
-        box->button(QMessageBox::Ok)->click();
-    });
+    ModalAnswerer answers;
+    answers.folder = QString::fromStdString(folder + "/Broken.gallerycollection");
     chooser.openButton->click();
-    EXPECT_TRUE(told);
+    EXPECT_EQ(QStringList{"Could not load the configuration."}, answers.boxes);
     EXPECT_EQ(-1, chooser.result());
 
-    ChooseFile(archive);
+    answers.folder = QString::fromStdString(archive);
     chooser.openButton->click();
     EXPECT_EQ(GalleryChooser::eCollectionFile, chooser.result());
     EXPECT_EQ("ZOLTA Sample Collection", chosen->GetGallery()->GetName().ToQString());
@@ -186,18 +148,19 @@ TEST(PathSelectorExecTest, WarnsAndAsksAgainUntilAWritableFolderOrACancel)
     const std::string bad = geteuid() == 0 ? "/proc/self/fdinfo" : locked;
 
     PathSelector selector;
-    QString warning;
-    ChooseFile(bad);
-    AnswerNext<QMessageBox>([&](QMessageBox* box) {
-        warning = box->windowTitle() + ": " + box->text();
-        ChooseFile(good);
-        box->button(QMessageBox::Ok)->click();
+    ModalAnswerer answers;
+    answers.folder = QString::fromStdString(bad);
+    // Once warned, the user picks a folder that can be written.
+    QObject::connect(&answers.timer, &QTimer::timeout, [&, warned = false]() mutable {
+        if (!warned && !answers.boxes.isEmpty())
+            warned = true, answers.folder = QString::fromStdString(good);
     });
     EXPECT_TRUE(selector.Exec(nullptr, CAtlString(L"Select a folder")));
-    EXPECT_EQ("Curatool: You must have write permissions for this directory.", warning);
+    EXPECT_EQ(QStringList{"You must have write permissions for this directory."}, answers.boxes);
+    EXPECT_EQ(QStringList{"Curatool"}, answers.titles);
     EXPECT_EQ(good, selector.GetPath().ToQString().toStdString());
 
-    AnswerNext<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
+    answers.folder.clear();
     EXPECT_FALSE(selector.Exec(nullptr, CAtlString(L"Select a folder")));
     EXPECT_TRUE(selector.GetPath().IsEmpty());
     chmod(locked.c_str(), 0755);

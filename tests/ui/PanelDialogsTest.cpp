@@ -1,15 +1,15 @@
 // The collection's panel in the About box and the wait for the disc, and the translation of the
 // marked pieces of a collection's HTML.
 
+#include "ScratchCollection.h"
 #include "ui/About.h"
 #include "ui/AboutWidget.h"
 #include "configuration/CConfiguration.h"
-#include "ModalAnswer.h"
 #include "support/TestEnvironment.h"
 #include "ui/TranslatedHtml.h"
 #include "ui/WaitForCDDlg.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QTimer>
@@ -68,21 +68,10 @@ TEST(TranslatedHtmlTest, TranslatesInnermostFirstAndAlwaysDropsTheMarkers)
     }
 }
 
-std::shared_ptr<CConfiguration> Collection(const std::string& splashScreen, const std::string& extra = "")
+std::shared_ptr<CConfiguration> Collection(const std::string& application)
 {
-    const std::string folder = MakeScratchDir("panel");
-    WriteFile(folder + "/configuration.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CCSettings Version=\"1.0.0.0\"><Application><Title "
-              "Value=\"T\"/>" +
-                  splashScreen + extra +
-                  "</Application><Organization><Name Value=\"Org\"/>"
-                  "</Organization><Gallery GUID=\"guid-panel\" DefaultSource=\"http://127.0.0.1:9/none\" "
-                  "Name=\"Panel Gallery\"/></CCSettings>\n");
-    WriteFile(folder + "/metadata.xml",
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<lom:lom><lom:general><lom:identifier><lom:entry>"
-              "guid-panel</lom:entry></lom:identifier><lom:title><lom:string language=\"en\">Panel</lom:string>"
-              "</lom:title></lom:general></lom:lom>\n");
     auto configuration = std::make_shared<CConfiguration>();
+    const std::string folder = WriteCollection("guid-panel", "Panel Gallery", application);
     EXPECT_TRUE(configuration->OpenCollectionDirectory(CAtlString(QString::fromStdString(folder))));
     return configuration;
 }
@@ -100,7 +89,7 @@ TEST(AboutTest, ShowsThePanelAsTheCollectionAsks)
     auto sample = std::make_shared<CConfiguration>();
     ASSERT_TRUE(sample->OpenCollectionDirectory(CAtlString(QString::fromStdString(kSample))));
     const QSize builtIn(420, 250);
-    const auto missing = Collection("<SplashScreen ShowText=\"true\"/>", "<About Value=\"gone.html\"/>");
+    const auto missing = Collection("<SplashScreen ShowText=\"true\"/><About Value=\"gone.html\"/>");
     const Case cases[] = {
         {sample, true, "ZOLTA Sample Collection", "A small collection of pictures", QSize(32, 32), ""},
         {Collection("<SplashScreen ShowText=\"false\"/>"), false, "", "", builtIn, ""},
@@ -141,11 +130,15 @@ TEST(WaitForCDTest, TakesTheDiscWhenItsDataAppearsAndPausesWhileTheUserLooks)
     // The disc arrives while the user looks for a collection file, who then gives up.
     QTimer::singleShot(50, &dialog, [&] {
         EXPECT_TRUE(poll->isActive());
-        AnswerNext<QFileDialog>([&](QFileDialog* files) {
-            pausedWhileLooking = !poll->isActive();
-            WriteFile(disc + "/Gallery Data Files/gallery_categories.xml", "<categories/>");
-            files->reject();
+        QTimer look;
+        QObject::connect(&look, &QTimer::timeout, [&] {
+            if (auto* files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                pausedWhileLooking = !poll->isActive();
+                WriteFile(disc + "/Gallery Data Files/gallery_categories.xml", "<categories/>");
+                files->reject();
+            }
         });
+        look.start(10);
         dialog.buttonBrowse->click();
         EXPECT_TRUE(poll->isActive());
         EXPECT_TRUE(dialog.isVisible());
