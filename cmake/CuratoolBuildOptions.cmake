@@ -6,6 +6,7 @@ option(CURATOOL_SANITIZE "Build everything with AddressSanitizer and UndefinedBe
 add_library(curatool_build_options INTERFACE)
 target_compile_options(curatool_build_options INTERFACE
     -Wall -Wextra -Wno-unused-parameter
+    -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wsuggest-override
     $<$<BOOL:${CURATOOL_WERROR}>:-Werror>)
 
 if(CURATOOL_SANITIZE)
