@@ -7,6 +7,7 @@
 #include "gallery/CGalleryMetadata.h"
 #include "gallery/cache/ManifestCache.h"
 #include "Pairs.h"
+#include "Require.h"
 
 #include <benchmark/benchmark.h>
 #include <zlib.h>
@@ -42,11 +43,11 @@ CAtlString Wide(const std::string& text)
 
 void Fill(CGalleryMetadata& metadata, const std::wstring& identifier, const std::wstring& title)
 {
-    metadata.SetIdentifier(identifier.c_str());
-    metadata.SetVersion(L"1.0");
-    metadata.m_titles->Add(L"en", title.c_str());
-    metadata.m_titles->Add(L"fr", (title + L" (fr)").c_str());
-    metadata.m_keywords->Add(L"en", L"science;nature;picture");
+    bench::Require(metadata.SetIdentifier(identifier.c_str()), "SetIdentifier");
+    bench::Require(metadata.SetVersion(L"1.0"), "SetVersion");
+    bench::Require(metadata.m_titles->Add(L"en", title.c_str()), "adding a title");
+    bench::Require(metadata.m_titles->Add(L"fr", (title + L" (fr)").c_str()), "adding a title");
+    bench::Require(metadata.m_keywords->Add(L"en", L"science;nature;picture"), "adding keywords");
 }
 
 void WriteLargeManifest()
@@ -54,22 +55,22 @@ void WriteLargeManifest()
     CGalleryManifest manifest;
     Fill(*manifest.m_metadata, L"urn:bench:manifest", L"Bench");
     CGalleryOrganization* organization = nullptr;
-    CGalleryOrganization::Create(&organization);
+    bench::Require(CGalleryOrganization::Create(&organization), "creating the organization");
     Fill(*organization->m_metadata, L"urn:bench:organization", L"Organization");
-    manifest.AddOrganization(organization);
+    bench::Require(manifest.AddOrganization(organization), "adding the organization");
     for (int f = 0; f < kFolders; ++f) {
         CGalleryFolder* folder = nullptr;
-        CGalleryFolder::Create(&folder);
+        bench::Require(CGalleryFolder::Create(&folder), "creating a category");
         Fill(*folder->m_metadata, L"urn:bench:folder" + std::to_wstring(f), L"Category " + std::to_wstring(f));
-        organization->AddItem(folder);
+        bench::Require(organization->AddItem(folder), "adding a category");
         for (int a = 0; a < kActivitiesPerFolder; ++a) {
             CGalleryActivity* activity = nullptr;
-            CGalleryActivity::Create(&activity);
+            bench::Require(CGalleryActivity::Create(&activity), "creating an activity");
             const std::wstring number = std::to_wstring(f) + L"_" + std::to_wstring(a);
             Fill(*activity->m_metadata, L"urn:bench:activity" + number, L"Picture " + number);
-            activity->m_metadata->SetFormat(L"image/png");
-            activity->SetHref((L"Content/pictures/picture" + number + L".png").c_str());
-            folder->AddActivity(activity);
+            bench::Require(activity->m_metadata->SetFormat(L"image/png"), "SetFormat");
+            bench::Require(activity->SetHref((L"Content/pictures/picture" + number + L".png").c_str()), "SetHref");
+            bench::Require(folder->AddActivity(activity), "adding an activity");
         }
     }
     if (FAILED(CGalleryManifestIO::Save(manifest, Wide(g_xml).GetString(), false))) {
@@ -154,10 +155,13 @@ double NaiveReadAndCrcSeconds()
     const double seconds = Seconds([&] {
         std::FILE* file = std::fopen(g_cache.c_str(), "rb");
         std::fseek(file, 0, SEEK_END);
-        const long size = std::ftell(file);
+        const long told = std::ftell(file);
+        if (told < 68)  // not even a header: nothing to check
+            std::exit(1);
+        const auto size = static_cast<std::size_t>(told);
         std::fseek(file, 0, SEEK_SET);
         auto* buffer = static_cast<unsigned char*>(std::malloc(size));
-        if (std::fread(buffer, 1, size, file) != static_cast<std::size_t>(size))
+        if (std::fread(buffer, 1, size, file) != size)
             std::exit(1);
         std::fclose(file);
         crc = static_cast<std::uint32_t>(crc32(crc32(0, Z_NULL, 0), buffer + 68, static_cast<uInt>(size - 68)));
@@ -193,7 +197,8 @@ int main(int argc, char** argv)
     }
     g_cache = Narrow(GetManifestCachePath(Wide(g_xml)).GetPath().GetString());
     std::printf("activities: %d, XML: %.1f MB, cache: %.1f MB\n", kFolders * kActivitiesPerFolder,
-                std::filesystem::file_size(g_xml) / 1048576.0, std::filesystem::file_size(g_cache) / 1048576.0);
+                static_cast<double>(std::filesystem::file_size(g_xml)) / 1048576.0,
+                static_cast<double>(std::filesystem::file_size(g_cache)) / 1048576.0);
 
     const int pairs = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
     // Each comparison in interleaved pairs, so that both sides see the same machine.

@@ -80,7 +80,8 @@ int main(int argc, char** argv)
     fs::create_directories(source);
     bench::MakeSource(source, root / "staging", kCategories, kPackagesPerCategory, kContentSize);
     fs::remove_all(root / "staging");
-    std::printf("source: %d packages, %.1f MB\n", kCategories * kPackagesPerCategory, FolderBytes(source) / 1e6);
+    std::printf("source: %d packages, %.1f MB\n", kCategories * kPackagesPerCategory,
+                static_cast<double>(FolderBytes(source)) / 1e6);
 
     const int pairs = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
     const bench::PairResult result = bench::RunPairs(

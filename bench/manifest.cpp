@@ -15,6 +15,7 @@
 #include "gallery/CGalleryMetadata.h"
 #include "gallery/CGalleryOrganization.h"
 #include "Pairs.h"
+#include "Require.h"
 
 #include <QString>
 
@@ -49,29 +50,29 @@ std::wstring Wide(const std::string& text)
 CGalleryFolder* NewCategory(const std::string& id)
 {
     CGalleryFolder* folder = nullptr;
-    CGalleryFolder::Create(&folder);
-    folder->m_metadata->SetIdentifier(Wide(id).c_str());
-    folder->m_metadata->m_titles->Add(L"en", Wide("Category " + id).c_str());
+    bench::Require(CGalleryFolder::Create(&folder), "creating a category");
+    bench::Require(folder->m_metadata->SetIdentifier(Wide(id).c_str()), "SetIdentifier");
+    bench::Require(folder->m_metadata->m_titles->Add(L"en", Wide("Category " + id).c_str()), "adding a title");
     return folder;
 }
 
 void AddActivity(CGalleryFolder* folder, const std::string& id, const std::string& href)
 {
     CGalleryActivity* activity = nullptr;
-    CGalleryActivity::Create(&activity);
-    activity->m_metadata->SetIdentifier(Wide(id).c_str());
-    activity->m_metadata->m_titles->Add(L"en", Wide("Activity " + id).c_str());
-    activity->SetHref(Wide(href).c_str());
-    folder->AddActivity(activity);
+    bench::Require(CGalleryActivity::Create(&activity), "creating an activity");
+    bench::Require(activity->m_metadata->SetIdentifier(Wide(id).c_str()), "SetIdentifier");
+    bench::Require(activity->m_metadata->m_titles->Add(L"en", Wide("Activity " + id).c_str()), "adding a title");
+    bench::Require(activity->SetHref(Wide(href).c_str()), "SetHref");
+    bench::Require(folder->AddActivity(activity), "adding an activity");
 }
 
 CGalleryOrganization* AddOrganization(CGalleryManifest& manifest)
 {
     CGalleryOrganization* organization = nullptr;
-    CGalleryOrganization::Create(&organization);
-    organization->m_metadata->SetIdentifier(L"urn:bench:organization");
-    organization->m_metadata->m_titles->Add(L"en", L"Bench organization");
-    manifest.AddOrganization(organization);
+    bench::Require(CGalleryOrganization::Create(&organization), "creating the organization");
+    bench::Require(organization->m_metadata->SetIdentifier(L"urn:bench:organization"), "SetIdentifier");
+    bench::Require(organization->m_metadata->m_titles->Add(L"en", L"Bench organization"), "adding a title");
+    bench::Require(manifest.AddOrganization(organization), "adding the organization");
     return organization;
 }
 
@@ -86,17 +87,18 @@ void WritePackage(const fs::path& folder, const std::string& packageId, const st
 {
     fs::create_directories(folder);
     CGalleryManifest manifest;
-    manifest.m_metadata->SetIdentifier(Wide(packageId).c_str());
-    manifest.m_metadata->SetVersion(L"1.0");
+    bench::Require(manifest.m_metadata->SetIdentifier(Wide(packageId).c_str()), "SetIdentifier");
+    bench::Require(manifest.m_metadata->SetVersion(L"1.0"), "SetVersion");
     CGalleryFolder* root = NewCategory(category);
-    AddOrganization(manifest)->AddItem(root);
+    bench::Require(AddOrganization(manifest)->AddItem(root), "adding a category");
     for (int i = 0; i < activities; ++i) {
         const std::string href = category + "-" + std::to_string(i) + ".png";
         AddActivity(root, category + "/activity/" + std::to_string(i), href);
         if (withFiles)
             Touch(folder / href);
     }
-    CGalleryManifestIO::Save(manifest, W((folder / "imsmanifest.xml").string()).GetString(), false);
+    bench::Require(CGalleryManifestIO::Save(manifest, W((folder / "imsmanifest.xml").string()).GetString(), false),
+                   "saving a package manifest");
 }
 
 double Seconds(Clock::time_point start)
@@ -131,12 +133,15 @@ Measure TimeMergeKnown(const fs::path& root, int activities)
         fs::remove_all(gallery);
         fs::create_directories(gallery);
         CGalleryManifest installed;
-        CGalleryManifestIO::Open(installed, W(gallery.string()).GetString(), nullptr, false);
+        bench::Require(CGalleryManifestIO::Open(installed, W(gallery.string()).GetString(), nullptr, false),
+                       "opening the gallery");
         CGalleryManifest first;
-        CGalleryManifestIO::Open(first, W(package.string()).GetString(), nullptr, false);
-        CGalleryManifestIO::MergeFrom(installed, &first, nullptr);
+        bench::Require(CGalleryManifestIO::Open(first, W(package.string()).GetString(), nullptr, false),
+                       "opening the package");
+        bench::Require(CGalleryManifestIO::MergeFrom(installed, &first, nullptr), "the first merge");
         CGalleryManifest second;
-        CGalleryManifestIO::Open(second, W(package.string()).GetString(), nullptr, false);
+        bench::Require(CGalleryManifestIO::Open(second, W(package.string()).GetString(), nullptr, false),
+                       "opening the package");
         const auto start = Clock::now();
         const HRESULT result = CGalleryManifestIO::MergeFrom(installed, &second, nullptr);
         const double elapsed = Seconds(start);
@@ -154,7 +159,8 @@ Measure TimeFind(int count)
     std::vector<std::wstring> identifiers;
     for (int i = 0; i < count; ++i) {
         identifiers.push_back(Wide("urn:bench:category:" + std::to_string(i)));
-        organization->AddItem(NewCategory("urn:bench:category:" + std::to_string(i)));
+        bench::Require(organization->AddItem(NewCategory("urn:bench:category:" + std::to_string(i))),
+                       "adding a category");
     }
     return [manifest, organization, identifiers] {
         CGalleryMergeIndex index;
@@ -182,11 +188,13 @@ Measure TimeMergeMany(const fs::path& root, int packages)
         fs::remove_all(gallery);
         fs::create_directories(gallery);
         CGalleryManifest installed;
-        CGalleryManifestIO::Open(installed, W(gallery.string()).GetString(), nullptr, false);
+        bench::Require(CGalleryManifestIO::Open(installed, W(gallery.string()).GetString(), nullptr, false),
+                       "opening the gallery");
         double merging = 0;
         for (const fs::path& folder : folders) {
             CGalleryManifest package;
-            CGalleryManifestIO::Open(package, W(folder.string()).GetString(), nullptr, false);
+            bench::Require(CGalleryManifestIO::Open(package, W(folder.string()).GetString(), nullptr, false),
+                           "opening a package");
             const auto start = Clock::now();
             const HRESULT result = CGalleryManifestIO::MergeFrom(installed, &package, nullptr);
             merging += Seconds(start);

@@ -184,14 +184,14 @@ int main(int argc, char** argv)
 {
     const int pairs = argc > 1 ? std::max(5, std::atoi(argv[1])) : 5;
     const std::size_t size = Manifest().size();
-    std::printf("manifest: %.1f MB\n", size / (1024.0 * 1024.0));
+    std::printf("manifest: %.1f MB\n", static_cast<double>(size) / (1024.0 * 1024.0));
 #ifdef CURATOOL_HAVE_PUGIXML
     // Each comparison in interleaved pairs, so that both sides see the same machine.
     const bench::PairResult dom = bench::RunPairs(pairs, DomSeconds, SaxSeconds);
     const bench::PairResult inPlace = bench::RunPairs(pairs, DomInPlaceSeconds, SaxSeconds);
     bench::PrintPairs("pugixml DOM against SAX", "pugixml DOM", "SAX", dom, pairs);
     bench::PrintPairs("pugixml DOM in place against SAX", "pugixml in place", "SAX", inPlace, pairs);
-    std::printf("SAX: %.0f MB/s (median)\n", size / dom.second.median / 1048576.0);
+    std::printf("SAX: %.0f MB/s (median)\n", static_cast<double>(size) / dom.second.median / 1048576.0);
     return dom.ratio.median >= 1.0 ? 0 : 1;
 #else
     std::vector<double> times;

@@ -1,9 +1,10 @@
 # One library target per source folder: every .cpp/.h/.ui/.qrc in the folder belongs to it,
 # so adding a file never means editing a list. SUBDIRS names sub-folders that belong to the same
 # library; a sub-folder with a CMakeLists.txt of its own is a library of its own. Only src/ is an
-# include root, so every include names its folder ("gallery/CGalleryManifest.h").
+# include root, so every include names its folder ("gallery/CGalleryManifest.h"). DEPS are what
+# the library's headers need as well; PRIVATE_DEPS are used by its .cpp files only.
 function(curatool_library name)
-  cmake_parse_arguments(ARG "" "" "DEPS;EXCLUDE;SUBDIRS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "DEPS;PRIVATE_DEPS;EXCLUDE;SUBDIRS" ${ARGN})
   set(patterns)
   foreach(dir IN ITEMS . ${ARG_SUBDIRS})
     foreach(ext IN ITEMS cpp h ui qrc)
@@ -22,7 +23,7 @@ function(curatool_library name)
   endif()
   add_library(${name} STATIC ${sources})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
-  target_link_libraries(${name} PUBLIC ${ARG_DEPS} PRIVATE curatool_build_options)
+  target_link_libraries(${name} PUBLIC ${ARG_DEPS} PRIVATE ${ARG_PRIVATE_DEPS} curatool_build_options curatool_qt_strings)
 endfunction()
 
 # One GoogleTest executable per test folder, each test run as its own CTest case. WIDGETS gives

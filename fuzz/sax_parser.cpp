@@ -24,10 +24,10 @@ public:
             std::abort();
         for (std::uint32_t i = 0; i < attributes.count; ++i) {
             Touch(attributes.names[i]);
-            m_sum += DecodeText(attributes.values[i]).GetLength();
+            m_sum += static_cast<std::size_t>(DecodeText(attributes.values[i]).GetLength());
         }
         m_sum += attributes.GetValue("identifier").length;
-        m_sum += DecodeText(text).GetLength();
+        m_sum += static_cast<std::size_t>(DecodeText(text).GetLength());
         // Stop now and then, as a cancelled reader does.
         return (m_sum % 997) == 996 ? S_FALSE : S_OK;
     }

@@ -100,7 +100,7 @@ bool CConfiguration::ReadConfigurationXml(const CAtlString& file)
     const QByteArray bytes = input.readAll();
 
     tinyxml2::XMLDocument document(true, tinyxml2::COLLAPSE_WHITESPACE);
-    if (document.Parse(bytes.constData(), bytes.size()) != tinyxml2::XML_SUCCESS)
+    if (document.Parse(bytes.constData(), static_cast<std::size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
         return false;
     const tinyxml2::XMLElement* root = document.RootElement();
     if (!root)

@@ -13,7 +13,7 @@ const int MinimumPackedLength = 7;
 std::wstring ToWide(const CAtlString& text)
 {
     std::wstring wide;
-    wide.reserve(text.GetLength());
+    wide.reserve(static_cast<std::size_t>(text.GetLength()));
     for (int i = 0; i < text.GetLength(); ++i)
         wide.push_back(text.GetAt(i));
     return wide;

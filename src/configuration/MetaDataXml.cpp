@@ -22,7 +22,7 @@ bool MetaDataXml::Read(const CAtlString& file)
         return false;
     const QByteArray bytes = input.readAll();
     tinyxml2::XMLDocument document;
-    if (document.Parse(bytes.constData(), bytes.size()) != tinyxml2::XML_SUCCESS)
+    if (document.Parse(bytes.constData(), static_cast<std::size_t>(bytes.size())) != tinyxml2::XML_SUCCESS)
         return false;
     const tinyxml2::XMLElement* root = document.RootElement();
     if (!root)

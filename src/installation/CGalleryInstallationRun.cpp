@@ -427,7 +427,7 @@ long long FreeBytes(const CZoltaDirectoryPath& folder, unsigned long long& devic
     QString path = folder.ToQString();
     struct stat status {};
     while (!path.isEmpty() && ::stat(path.toUtf8().constData(), &status) != 0) {
-        const int slash = path.lastIndexOf(QLatin1Char('/'));
+        const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
         path = slash > 0 ? path.left(slash)
                          : (slash == 0 && path != QStringLiteral("/") ? QStringLiteral("/") : QString());
     }

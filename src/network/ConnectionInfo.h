@@ -56,11 +56,12 @@ public:
             (m_observer->*m_cancelled)();
     }
 
-    bool Authenticate(const CAtlString& host, int port, CAtlString& user, CAtlString& password) override
+    bool Authenticate(const CAtlString& askingHost, int askingPort, CAtlString& userName,
+                      CAtlString& userPassword) override
     {
         if (!m_observer || !m_authenticate)
             return false;
-        return (m_observer->*m_authenticate)(host, port, user, password);
+        return (m_observer->*m_authenticate)(askingHost, askingPort, userName, userPassword);
     }
 
     void ReadProgress(int done, int total) override

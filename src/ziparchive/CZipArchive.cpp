@@ -23,8 +23,8 @@ constexpr size_t kMinBuffer = 1024;
 
 bool IsAscii(const std::string& text)
 {
-    for (unsigned char c : text)
-        if (c >= 0x80)
+    for (char c : text)
+        if (static_cast<unsigned char>(c) >= 0x80)
             return false;
     return true;
 }

@@ -53,14 +53,14 @@ void CZipMemFile::Write(const void* buffer, size_t count)
         return;
     if (count > SIZE_MAX - m_position)
         CZipException::ThrowErrno(EFBIG);
-    const size_t end = m_position + count;
-    Reserve(end);
+    const size_t writtenEnd = m_position + count;
+    Reserve(writtenEnd);
     if (m_position > m_length)
         std::memset(m_data + m_length, 0, m_position - m_length);
     std::memcpy(m_data + m_position, buffer, count);
-    m_position = end;
-    if (end > m_length)
-        m_length = end;
+    m_position = writtenEnd;
+    if (writtenEnd > m_length)
+        m_length = writtenEnd;
 }
 
 uint64_t CZipMemFile::Seek(int64_t offset, SeekOrigin origin)

@@ -60,7 +60,7 @@ void AppendUtf8(std::string& out, uint32_t c)
 uint32_t NextUtf8(const std::string& s, size_t& i)
 {
     const auto lead = static_cast<unsigned char>(s[i]);
-    int trail;
+    size_t trail;
     uint32_t c;
     uint32_t minimum;
     if (lead < 0x80) {
@@ -76,11 +76,11 @@ uint32_t NextUtf8(const std::string& s, size_t& i)
         ++i;
         return 0xFFFD;
     }
-    if (s.size() - i <= size_t(trail)) {
+    if (s.size() - i <= trail) {
         ++i;
         return 0xFFFD;
     }
-    for (int k = 1; k <= trail; ++k) {
+    for (size_t k = 1; k <= trail; ++k) {
         const auto next = static_cast<unsigned char>(s[i + k]);
         if ((next & 0xC0) != 0x80) {
             ++i;
@@ -92,7 +92,7 @@ uint32_t NextUtf8(const std::string& s, size_t& i)
         ++i;
         return 0xFFFD;
     }
-    i += size_t(trail) + 1;
+    i += trail + 1;
     return c;
 }
 

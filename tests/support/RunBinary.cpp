@@ -114,7 +114,7 @@ bool BinaryProcess::IsRunning() const
         return false;
     siginfo_t info{};
     info.si_pid = 0;
-    return waitid(P_PID, m_pid, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0;
+    return waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0;
 }
 
 RunResult BinaryProcess::Wait()
@@ -130,7 +130,7 @@ RunResult BinaryProcess::Wait()
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(m_options.timeoutMs);
     while (m_outFd >= 0 || m_errFd >= 0) {
         pollfd fds[2];
-        int count = 0;
+        nfds_t count = 0;
         for (int fd : {m_outFd, m_errFd})
             if (fd >= 0)
                 fds[count++] = {fd, POLLIN, 0};
@@ -145,7 +145,7 @@ RunResult BinaryProcess::Wait()
         if (poll(fds, count, int(std::min<long long>(left, 200))) < 0 && errno != EINTR)
             break;
 
-        for (int i = 0; i < count; ++i) {
+        for (nfds_t i = 0; i < count; ++i) {
             if (!fds[i].revents)
                 continue;
             char buffer[4096];

@@ -30,7 +30,7 @@ bool HasPrefix(const unsigned char* bytes, std::size_t length, std::size_t posit
 std::size_t NextSemicolon(const unsigned char* bytes, std::size_t length, std::size_t position)
 {
     const void* hit = std::memchr(bytes + position, ';', length - position);
-    return hit ? static_cast<const unsigned char*>(hit) - bytes : length;
+    return hit ? static_cast<std::size_t>(static_cast<const unsigned char*>(hit) - bytes) : length;
 }
 
 // "&#x" followed by what "%x" accepts; the value keeps only its low byte.

@@ -77,7 +77,7 @@ private:
             const void* hit = std::memchr(m_data + from, '?', m_length - from);
             if (!hit)
                 break;
-            const std::size_t question = static_cast<const char*>(hit) - m_data;
+            const auto question = static_cast<std::size_t>(static_cast<const char*>(hit) - m_data);
             if (question + 1 < m_length && m_data[question + 1] == '>')
                 return question;
             from = question + 1;

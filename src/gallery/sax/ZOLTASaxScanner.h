@@ -122,7 +122,7 @@ private:
     static constexpr ByteClasses Make(const char* members, bool stopOnMember)
     {
         ByteClasses classes{};
-        for (int value = 0; value < 256; ++value) {
+        for (unsigned value = 0; value < 256; ++value) {
             bool member = false;
             for (const char* m = members; *m; ++m)
                 member = member || static_cast<unsigned char>(*m) == value;
