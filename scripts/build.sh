@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Configures and builds into ./build (or $CURATOOL_BUILD_DIR).
+# Configures and builds into ./build (or $CURATOOL_BUILD_DIR), warnings as errors.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 build=${CURATOOL_BUILD_DIR:-$here/build}
@@ -9,5 +9,5 @@ if command -v ccache >/dev/null; then
   export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$(dirname "$here")} CCACHE_NOHASHDIR=1
   launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 fi
-cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" "$@" >/dev/null
+cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCURATOOL_WERROR=ON "${launcher[@]}" "$@" >/dev/null
 cmake --build "$build" -j"$(nproc)"

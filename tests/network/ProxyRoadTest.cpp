@@ -101,11 +101,11 @@ namespace {
 class SocksConnection : public ConnectionInfoBase {
 public:
     void Cancelled() override {}
-    bool Authenticate(const CAtlString&, int, CAtlString& user, CAtlString& password) override
+    bool Authenticate(const CAtlString&, int, CAtlString& userOut, CAtlString& passwordOut) override
     {
         ++calls;
-        user = CAtlString(L"user");
-        password = CAtlString(L"pass");
+        userOut = CAtlString(L"user");
+        passwordOut = CAtlString(L"pass");
         return calls == 1;
     }
     void ReadProgress(int, int) override {}
