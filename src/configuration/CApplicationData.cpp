@@ -1,14 +1,11 @@
 #include "configuration/CApplicationData.h"
 
-#include "configuration/ConfigurationText.h"
 #include "configuration/ConfigurationXml.h"
 
 #include <tinyxml2.h>
 
 #include <cstring>
 
-using configuration_text::FromUtf8;
-using configuration_text::ToUtf8;
 using namespace configuration_xml;
 using tinyxml2::XMLElement;
 
@@ -36,7 +33,7 @@ void CApplicationData::Read(const XMLElement& application)
 
 void CApplicationData::ReadSplashScreen(const XMLElement& splashScreen)
 {
-    m_splashText = FromUtf8(splashScreen.Attribute("Text"));
+    m_splashText = CAtlString::FromUtf8(splashScreen.Attribute("Text"));
     m_files->AddRelativeFile(m_splashText);
     m_textOffsetX = splashScreen.IntAttribute("TextOffset_X", m_textOffsetX);
     m_textOffsetY = splashScreen.IntAttribute("TextOffset_Y", m_textOffsetY);
@@ -49,10 +46,10 @@ void CApplicationData::ReadAdditionalFiles(const XMLElement& additionalFiles)
     // All directories first, then all files, whatever their order in the document.
     for (const XMLElement* directory = additionalFiles.FirstChildElement("Directory"); directory;
          directory = directory->NextSiblingElement("Directory"))
-        m_files->AddRelativeDirectory(FromUtf8(directory->Attribute("Path")));
+        m_files->AddRelativeDirectory(CAtlString::FromUtf8(directory->Attribute("Path")));
     for (const XMLElement* file = additionalFiles.FirstChildElement("File"); file;
          file = file->NextSiblingElement("File"))
-        m_files->AddRelativeFile(FromUtf8(file->Attribute("Path")));
+        m_files->AddRelativeFile(CAtlString::FromUtf8(file->Attribute("Path")));
 }
 
 void CApplicationData::Write(XMLElement& application) const
@@ -61,7 +58,7 @@ void CApplicationData::Write(XMLElement& application) const
     if (!m_pathOverride.IsEmpty())
         AppendValueChild(application, "PathOverride", m_pathOverride);
     XMLElement* splashScreen = AppendChild(application, "SplashScreen");
-    splashScreen->SetAttribute("Text", ToUtf8(BareFileName(m_splashText)).c_str());
+    splashScreen->SetAttribute("Text", BareFileName(m_splashText).ToUtf8().GetString());
     splashScreen->SetAttribute("TextOffset_X", m_textOffsetX);
     splashScreen->SetAttribute("TextOffset_Y", m_textOffsetY);
     if (m_showText)

@@ -1,7 +1,5 @@
 #include "configuration/CAutoDirectoryDestructor.h"
 
-#include "configuration/ConfigurationText.h"
-
 #include <filesystem>
 #include <system_error>
 
@@ -11,7 +9,7 @@ CAutoDirectoryDestructor::CAutoDirectoryDestructor(const CZoltaDirectoryPath& di
 
 CAutoDirectoryDestructor::~CAutoDirectoryDestructor()
 {
-    const std::filesystem::path path = configuration_text::ToFileSystemPath(m_directory.GetPath());
+    const std::filesystem::path path(m_directory.GetPath().ToUtf8().GetString());
     if (path.empty())
         return;
     // remove_all never follows symbolic links, so whatever an unpacked archive left behind can

@@ -3,7 +3,6 @@
 #include "foundation/SafeReplace.h"
 
 #include "configuration/CollectionFolders.h"
-#include "configuration/ConfigurationText.h"
 #include "foundation/SystemLocation.h"
 #include "ziparchive/ZipHelpers.h"
 #include "libZoltaAtl/ZoltaAssert.h"
@@ -16,9 +15,6 @@
 #include <system_error>
 
 namespace fs = std::filesystem;
-using configuration_text::FromUtf8;
-using configuration_text::ToFileSystemPath;
-using configuration_text::ToUtf8;
 
 const wchar_t* const CConfiguration::SupportedVersion = L"1.0.0.0";
 
@@ -106,7 +102,7 @@ bool CConfiguration::ReadConfigurationXml(const CAtlString& file)
     if (!root)
         return false;
 
-    m_documentVersion = FromUtf8(root->Attribute("Version"));
+    m_documentVersion = CAtlString::FromUtf8(root->Attribute("Version"));
     if (CVersionString(CAtlString(SupportedVersion)) < m_documentVersion)
         return false;
 
@@ -136,7 +132,7 @@ bool CConfiguration::WriteConfigurationXml(const CAtlString& file) const
     document.InsertEndChild(document.NewDeclaration("xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\""));
     tinyxml2::XMLElement* root = document.NewElement("CCSettings");
     document.InsertEndChild(root);
-    root->SetAttribute("Version", ToUtf8(m_documentVersion.GetText()).c_str());
+    root->SetAttribute("Version", m_documentVersion.GetText().ToUtf8().GetString());
 
     tinyxml2::XMLElement* application = document.NewElement("Application");
     root->InsertEndChild(application);
@@ -183,7 +179,7 @@ bool CConfiguration::UnpackCollection(const CZoltaFilePath& archive, CZoltaDirec
     if (ZipExtractAll(archive, unpacked))
         return true;
     std::error_code ignored;
-    fs::remove_all(ToFileSystemPath(unpacked.GetPath()), ignored);
+    fs::remove_all(fs::path(unpacked.GetPath().ToUtf8().GetString()), ignored);
     return false;
 }
 
@@ -317,17 +313,17 @@ bool CConfiguration::CopyListedFiles() const
 
 bool CConfiguration::CopyListedDirectories() const
 {
-    const fs::path destination = ToFileSystemPath(m_configurationDirectory.GetPath());
+    const fs::path destination(m_configurationDirectory.GetPath().ToUtf8().GetString());
     bool copied = true;
     for (const CZoltaDirectoryPath& directory : m_files->GetDirectories()) {
         const CAtlString name = directory.GetName();
-        const fs::path source = ToFileSystemPath(directory.GetPath());
+        const fs::path source(directory.GetPath().ToUtf8().GetString());
         // A folder that holds the configurations folder would be copied into itself for ever.
         if (!IsPlainName(name) || !directory.Exists() || collection_folders::IsInside(destination / "x", source)) {
             copied = false;
             continue;
         }
-        copied &= collection_folders::CopyTree(source, destination / ToFileSystemPath(name));
+        copied &= collection_folders::CopyTree(source, destination / fs::path(name.ToUtf8().GetString()));
     }
     return copied;
 }
@@ -336,11 +332,11 @@ bool CConfiguration::RemoveStoredFiles()
 {
     if (!m_stored)
         return false;
-    const fs::path base = ToFileSystemPath(m_files->GetBaseDirectory().GetPath());
+    const fs::path base(m_files->GetBaseDirectory().GetPath().ToUtf8().GetString());
     for (const CZoltaFilePath& file : m_files->GetFiles()) {
         // Only what lies in the collection's own folder is ours to delete.
         if (!m_files->GetBaseDirectory().IsEmpty() &&
-            collection_folders::IsInside(ToFileSystemPath(file.GetPath()), base))
+            collection_folders::IsInside(fs::path(file.GetPath().ToUtf8().GetString()), base))
             file.Remove();
     }
     // Directories stay, by design: they may hold more than the collection brought.

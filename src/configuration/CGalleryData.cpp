@@ -1,25 +1,22 @@
 #include "configuration/CGalleryData.h"
 
-#include "configuration/ConfigurationText.h"
 #include "configuration/ConfigurationXml.h"
 
 #include <tinyxml2.h>
 
-using configuration_text::FromUtf8;
-using configuration_text::ToUtf8;
 using namespace configuration_xml;
 using tinyxml2::XMLElement;
 
 void CGalleryData::Read(const XMLElement& gallery)
 {
-    m_guid = FromUtf8(gallery.Attribute("GUID"));
-    m_defaultSource = FromUtf8(gallery.Attribute("DefaultSource"));
-    m_name = FromUtf8(gallery.Attribute("Name"));
+    m_guid = CAtlString::FromUtf8(gallery.Attribute("GUID"));
+    m_defaultSource = CAtlString::FromUtf8(gallery.Attribute("DefaultSource"));
+    m_name = CAtlString::FromUtf8(gallery.Attribute("Name"));
     for (const XMLElement* category = gallery.FirstChildElement("Category"); category;
          category = category->NextSiblingElement("Category"))
     {
-        const CAtlString shortId = FromUtf8(category->Attribute("ShortID"));
-        const CAtlString guid = FromUtf8(category->Attribute("GUID"));
+        const CAtlString shortId = CAtlString::FromUtf8(category->Attribute("ShortID"));
+        const CAtlString guid = CAtlString::FromUtf8(category->Attribute("GUID"));
         if (shortId.IsEmpty() || guid.IsEmpty())
             continue;
         m_categories[shortId] = guid;
@@ -28,12 +25,12 @@ void CGalleryData::Read(const XMLElement& gallery)
 
 void CGalleryData::Write(XMLElement& gallery) const
 {
-    gallery.SetAttribute("GUID", ToUtf8(m_guid).c_str());
-    gallery.SetAttribute("DefaultSource", ToUtf8(m_defaultSource).c_str());
-    gallery.SetAttribute("Name", ToUtf8(m_name).c_str());
+    gallery.SetAttribute("GUID", m_guid.ToUtf8().GetString());
+    gallery.SetAttribute("DefaultSource", m_defaultSource.ToUtf8().GetString());
+    gallery.SetAttribute("Name", m_name.ToUtf8().GetString());
     for (const auto& [shortId, guid] : m_categories) {
         XMLElement* category = AppendChild(gallery, "Category");
-        category->SetAttribute("ShortID", ToUtf8(shortId).c_str());
-        category->SetAttribute("GUID", ToUtf8(guid).c_str());
+        category->SetAttribute("ShortID", shortId.ToUtf8().GetString());
+        category->SetAttribute("GUID", guid.ToUtf8().GetString());
     }
 }

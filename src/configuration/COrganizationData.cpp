@@ -1,11 +1,9 @@
 #include "configuration/COrganizationData.h"
 
-#include "configuration/ConfigurationText.h"
 #include "configuration/ConfigurationXml.h"
 
 #include <tinyxml2.h>
 
-using configuration_text::FromUtf8;
 using namespace configuration_xml;
 using tinyxml2::XMLElement;
 

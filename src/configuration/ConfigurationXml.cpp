@@ -1,11 +1,7 @@
 #include "configuration/ConfigurationXml.h"
 
-#include "configuration/ConfigurationText.h"
-
 #include <tinyxml2.h>
 
-using configuration_text::FromUtf8;
-using configuration_text::ToUtf8;
 using tinyxml2::XMLElement;
 
 namespace configuration_xml {
@@ -13,7 +9,7 @@ namespace configuration_xml {
 void ReadChildValue(const XMLElement& parent, const char* child, const char* attribute, CAtlString& field)
 {
     if (const XMLElement* element = parent.FirstChildElement(child))
-        field = FromUtf8(element->Attribute(attribute));
+        field = CAtlString::FromUtf8(element->Attribute(attribute));
 }
 
 CAtlString BareFileName(const CAtlString& reference)
@@ -31,7 +27,7 @@ XMLElement* AppendChild(XMLElement& parent, const char* name)
 
 void AppendValueChild(XMLElement& parent, const char* name, const CAtlString& value)
 {
-    AppendChild(parent, name)->SetAttribute("Value", ToUtf8(value).c_str());
+    AppendChild(parent, name)->SetAttribute("Value", value.ToUtf8().GetString());
 }
 
 }  // namespace configuration_xml

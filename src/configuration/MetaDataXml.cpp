@@ -1,12 +1,8 @@
 #include "configuration/MetaDataXml.h"
 
-#include "configuration/ConfigurationText.h"
-
 #include <tinyxml2.h>
 
 #include <QFile>
-
-using configuration_text::FromUtf8;
 
 MetaDataXml::MetaDataXml(std::shared_ptr<FileList> files)
     : m_files(std::move(files))
@@ -17,7 +13,7 @@ bool MetaDataXml::Read(const CAtlString& file)
     if (m_files)
         m_files->AddFile(CZoltaFilePath(file));
 
-    QFile input(configuration_text::ToQString(file));
+    QFile input(file.ToQString());
     if (!input.open(QIODevice::ReadOnly))
         return false;
     const QByteArray bytes = input.readAll();
@@ -37,7 +33,7 @@ bool MetaDataXml::Read(const CAtlString& file)
     const tinyxml2::XMLElement* entry = identifier->FirstChildElement("lom:entry");
     if (!entry)
         return false;
-    m_identifier = FromUtf8(entry->GetText());
+    m_identifier = CAtlString::FromUtf8(entry->GetText());
 
     const tinyxml2::XMLElement* title = general->FirstChildElement("lom:title");
     if (!title)
@@ -45,10 +41,10 @@ bool MetaDataXml::Read(const CAtlString& file)
     for (const tinyxml2::XMLElement* string = title->FirstChildElement("lom:string"); string;
          string = string->NextSiblingElement("lom:string"))
     {
-        const CAtlString language = FromUtf8(string->Attribute("language"));
+        const CAtlString language = CAtlString::FromUtf8(string->Attribute("language"));
         if (language.IsEmpty())
             continue;
-        m_titles[language] = FromUtf8(string->GetText());
+        m_titles[language] = CAtlString::FromUtf8(string->GetText());
     }
     return true;
 }

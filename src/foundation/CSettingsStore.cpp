@@ -15,11 +15,6 @@
 
 namespace {
 
-QString ToQString(const CAtlString& text)
-{
-    return text.ToQString();
-}
-
 // The machine-wide folder moves with CURATOOL_ROOT, which can change while the process runs
 // (tests do), so it is set again before every store is made.
 void PointSystemScopeAtSystemFolder()
@@ -57,7 +52,7 @@ int WriteValue(bool userScope, const CAtlString& section, const CAtlString& key,
     if (!settings->isWritable())
         return CSettingsStore::eStatusNotFound;
     RemoveUnclaimedLock(settings->fileName());
-    settings->setValue(CSettingsStore::MapKey(ToQString(section), ToQString(key)), value);
+    settings->setValue(CSettingsStore::MapKey(section.ToQString(), key.ToQString()), value);
     settings->sync();
     return settings->status() == QSettings::NoError ? CSettingsStore::eStatusOk : CSettingsStore::eStatusNotFound;
 }
@@ -124,7 +119,7 @@ CAtlString CSettingsStore::ReadString(bool userScope, const CAtlString& section,
                                       const CAtlString& defaultValue, int* status, const CAtlString&)
 {
     auto settings = OpenStore(userScope);
-    const QString path = MapKey(ToQString(section), ToQString(key));
+    const QString path = MapKey(section.ToQString(), key.ToQString());
     if (!settings->contains(path)) {
         SetStatus(status, eStatusNotFound);
         return defaultValue;
@@ -137,7 +132,7 @@ int CSettingsStore::ReadInt(bool userScope, const CAtlString& section, const CAt
                             int* status, const CAtlString&)
 {
     auto settings = OpenStore(userScope);
-    const QString path = MapKey(ToQString(section), ToQString(key));
+    const QString path = MapKey(section.ToQString(), key.ToQString());
     bool isNumber = false;
     const int value = settings->contains(path) ? settings->value(path).toInt(&isNumber) : 0;
     SetStatus(status, isNumber ? eStatusOk : eStatusNotFound);
@@ -147,7 +142,7 @@ int CSettingsStore::ReadInt(bool userScope, const CAtlString& section, const CAt
 int CSettingsStore::WriteString(bool userScope, const CAtlString& section, const CAtlString& key,
                                 const CAtlString& value, const CAtlString&)
 {
-    return WriteValue(userScope, section, key, ToQString(value));
+    return WriteValue(userScope, section, key, value.ToQString());
 }
 
 int CSettingsStore::WriteInt(bool userScope, const CAtlString& section, const CAtlString& key, int value,
@@ -161,7 +156,7 @@ int CSettingsStore::DeleteSection(bool userScope, const CAtlString& section, con
     auto settings = OpenStore(userScope);
     if (!settings->isWritable())
         return eStatusNotFound;
-    settings->remove(MapSection(ToQString(section)));
+    settings->remove(MapSection(section.ToQString()));
     settings->sync();
     return settings->status() == QSettings::NoError ? eStatusOk : eStatusNotFound;
 }
@@ -169,7 +164,7 @@ int CSettingsStore::DeleteSection(bool userScope, const CAtlString& section, con
 int CSettingsStore::ListSection(bool userScope, const CAtlString& section, std::vector<CAtlString>& names)
 {
     auto settings = OpenStore(userScope);
-    settings->beginGroup(MapSection(ToQString(section)));
+    settings->beginGroup(MapSection(section.ToQString()));
     const QStringList children = settings->childGroups() + settings->childKeys();
     settings->endGroup();
     for (const QString& child : children)
@@ -204,7 +199,7 @@ int CSettingsStore::ReadStringArray(bool userScope, const CAtlString& section, Q
         if (status != eStatusOk)
             result = eStatusNotFound;
         else
-            values.append(ToQString(value));
+            values.append(value.ToQString());
     }
     return result;
 }

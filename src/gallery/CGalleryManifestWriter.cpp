@@ -4,8 +4,8 @@
 #include "gallery/CGalleryFolder.h"
 #include "gallery/CGalleryManifest.h"
 #include "gallery/CGalleryMetadata.h"
+#include "gallery/CGalleryObject.h"
 #include "gallery/CGalleryOrganization.h"
-#include "gallery/GalleryUtf8.h"
 #include "foundation/IZOLTAXMLWriter.h"
 #include "gallery/LanguageStringBlock.h"
 #include "gallery/lom/LomMetadata.h"
@@ -47,10 +47,10 @@ void CGalleryManifestWriter::Attribute(const char* name, const char* value)
     }
 }
 
-void CGalleryManifestWriter::Text(const std::string& text)
+void CGalleryManifestWriter::Text(const char* text)
 {
     if (SUCCEEDED(m_result)) {
-        m_result = m_writer->AddText(text.c_str());
+        m_result = m_writer->AddText(text);
     }
 }
 
@@ -106,8 +106,8 @@ void CGalleryManifestWriter::WriteStringVersions(const LanguageStringBlock& vers
     Start("zoltagallery:stringversions");
     for (int i = 0; i < versions.GetCount(); ++i) {
         Start("lom:string");
-        Attribute("language", ToUtf8(versions.GetKey(i)).c_str());
-        Text(ToUtf8OrBlank(versions.GetValue(i)));
+        Attribute("language", CAtlStringA(versions.GetKey(i)).GetString());
+        Text(CGalleryObject::FileText(versions.GetValue(i)));
         End("lom:string");
     }
     End("zoltagallery:stringversions");
@@ -127,7 +127,7 @@ void CGalleryManifestWriter::WriteMetadataElement(const CGalleryObject& object)
 void CGalleryManifestWriter::WriteTitle(const LanguageStringBlock* titles)
 {
     Start("title");
-    Text(ToUtf8OrBlank(titles ? titles->Lookup(nullptr) : nullptr));
+    Text(CGalleryObject::FileText(titles ? titles->Lookup(nullptr) : nullptr));
     End("title");
 }
 
@@ -180,14 +180,14 @@ void CGalleryManifestWriter::WriteResources(const CGalleryFolder& category)
         const CGalleryActivity* activity = category.m_activities->GetAt(i);
         const auto found = m_resourceIds.find(activity);
         const std::string identifier = IdText(found == m_resourceIds.end() ? 0 : found->second);
-        const std::string href = ToUtf8OrBlank(activity->m_href);
+        const CAtlStringA href = CGalleryObject::FileText(activity->m_href);
         Start("resource");
         Attribute("identifier", identifier.c_str());
         Attribute("type", "webcontent");
         Attribute("adlcp:scormType", "asset");
-        Attribute("href", href.c_str());
+        Attribute("href", href.GetString());
         Start("file");
-        Attribute("href", href.c_str());
+        Attribute("href", href.GetString());
         End("file");
         End("resource");
     }

@@ -37,7 +37,7 @@ private:
     void Start(const char* name);
     void End(const char* name);
     void Attribute(const char* name, const char* value);
-    void Text(const std::string& text);
+    void Text(const char* text);
     std::string NextId();
 
     const CGalleryManifest& m_manifest;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libZoltaAtl/CAtlStringA.h"
+
 #include <cstdint>
 
 struct CGalleryMetadata;
@@ -25,4 +27,8 @@ struct CGalleryObject {
 
     // The metadata identifier, or "" without metadata.
     const wchar_t* GetIdentifier() const;
+
+    // A text of the tree as the gallery files hold it: UTF-8, and U+FFFE for a blank text,
+    // because an empty element would vanish on reading.
+    static CAtlStringA FileText(const wchar_t* text);
 };

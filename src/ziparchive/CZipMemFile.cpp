@@ -37,7 +37,8 @@ void CZipMemFile::Reserve(size_t capacity)
 
 size_t CZipMemFile::Read(void* buffer, size_t count)
 {
-    if (m_position >= m_length)
+    // An empty read may come with no buffer at all (an empty central directory has none).
+    if (count == 0 || m_position >= m_length)
         return 0;
     const size_t available = m_length - m_position;
     if (count > available)

@@ -35,6 +35,10 @@ std::function<void(const std::string&)>& Sink()
     return sink;
 }
 
+// Entry names are the keys of an archive, so their UTF-8 codec is the layer's own rather than the
+// string classes' (which go through Qt): every byte of a stored name must come back as a character
+// (Qt's decoder drops a leading U+FEFF), a malformed byte as one U+FFFD so that a name is never
+// cut, and a wide character without a UTF-8 form is written as U+FFFD, never as "?".
 void AppendUtf8(std::string& out, uint32_t c)
 {
     if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))

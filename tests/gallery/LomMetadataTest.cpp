@@ -2,7 +2,6 @@
 #include "gallery/CGalleryMetadata.h"
 #include "foundation/CZoltaDirectoryPath.h"
 #include "gallery/GalleryLanguage.h"
-#include "gallery/GalleryUtf8.h"
 #include "foundation/IZOLTAXMLWriter.h"
 #include "gallery/lom/LomMetadata.h"
 #include "ManifestTestTree.h"

@@ -14,8 +14,31 @@ using TestApplication = QCoreApplication;
 
 #include <gtest/gtest.h>
 
+#ifdef CURATOOL_ASAN_OPTIONS
+// Built with the sanitizers: the runtimes read these before main.
+extern "C" const char* __asan_default_options()
+{
+    return CURATOOL_ASAN_OPTIONS;
+}
+extern "C" const char* __ubsan_default_options()
+{
+    return CURATOOL_UBSAN_OPTIONS;
+}
+extern "C" const char* __lsan_default_options()
+{
+    return CURATOOL_LSAN_OPTIONS;
+}
+#endif
+
 int main(int argc, char** argv)
 {
+#ifdef CURATOOL_ASAN_OPTIONS
+    // The same for every program a test starts (the real binary above all), unless the caller
+    // chose options of their own.
+    setenv("ASAN_OPTIONS", CURATOOL_ASAN_OPTIONS, 0);
+    setenv("UBSAN_OPTIONS", CURATOOL_UBSAN_OPTIONS, 0);
+    setenv("LSAN_OPTIONS", CURATOOL_LSAN_OPTIONS, 0);
+#endif
     // The scratch tree and its environment exist before anything else reads HOME or TMPDIR.
     const std::string root = curatool::test::ScratchRoot();
     setenv("QT_QPA_PLATFORM", "offscreen", 1);

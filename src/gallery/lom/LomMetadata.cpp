@@ -2,9 +2,9 @@
 
 #include "foundation/CZoltaDirectoryPath.h"
 #include "foundation/CZoltaFilePath.h"
+#include "gallery/CGalleryObject.h"
 #include "gallery/GalleryLanguage.h"
 #include "gallery/GalleryText.h"
-#include "gallery/GalleryUtf8.h"
 #include "foundation/IZOLTAXMLWriter.h"
 #include "ziparchive/ZipHelpers.h"
 
@@ -15,14 +15,14 @@
 #include <cstring>
 #include <cwchar>
 #include <initializer_list>
-#include <string>
 #include <vector>
 
 namespace {
 
 constexpr const char* kMetaMetadataEntry = "http://www.adlnet.org/metadata/MDO_01";
 constexpr const char* kLomSource = "LOMv1.0";
-constexpr const char* kBlankUtf8 = "\xEF\xBF\xBE";
+
+// Record texts are bare wide pointers; CAtlStringA made from one holds its UTF-8 form.
 
 // Keeps the first failure and turns every later call into a no-op, so that the template reads
 // as a straight list while the first failing write still ends the tree.
@@ -46,16 +46,16 @@ public:
     {
         Do([&] { return m_writer->AddAttribute(name, value); });
     }
-    void Text(const std::string& text)
+    void Text(const char* text)
     {
-        Do([&] { return m_writer->AddText(text.c_str()); });
+        Do([&] { return m_writer->AddText(text); });
     }
-    void RawText(const std::string& text)
+    void RawText(const char* text)
     {
-        Do([&] { return m_writer->AddRawText(text.c_str()); });
+        Do([&] { return m_writer->AddRawText(text); });
     }
 
-    void Simple(const char* name, const std::string& text)
+    void Simple(const char* name, const char* text)
     {
         Start(name);
         Text(text);
@@ -63,7 +63,7 @@ public:
     }
 
     // <name><lom:source>LOMv1.0</lom:source><lom:value>value</lom:value></name>
-    void SourceValue(const char* name, const std::string& value)
+    void SourceValue(const char* name, const char* value)
     {
         Start(name);
         Simple("lom:source", kLomSource);
@@ -74,8 +74,8 @@ public:
     void LanguageString(const wchar_t* language, const wchar_t* text)
     {
         Start("lom:string");
-        Attribute("language", ToUtf8(language).c_str());
-        Text(ToUtf8OrBlank(text));
+        Attribute("language", CAtlStringA(language).GetString());
+        Text(CGalleryObject::FileText(text));
         End("lom:string");
     }
 
@@ -129,7 +129,7 @@ void WriteGeneral(LomOut& out, const CGalleryMetadata& metadata)
     out.Start("lom:identifier");
     // "lom:category" here and "lom:catalog" under lom:metaMetadata: both are what readers expect.
     out.Simple("lom:category", "URI");
-    out.Simple("lom:entry", ToUtf8OrBlank(metadata.m_identifier));
+    out.Simple("lom:entry", CGalleryObject::FileText(metadata.m_identifier));
     out.End("lom:identifier");
 
     const LanguageStringBlock* titles = metadata.m_titles;
@@ -168,13 +168,13 @@ void WriteGeneral(LomOut& out, const CGalleryMetadata& metadata)
         out.End("zoltagallery:sortoverride");
     }
     if (!IsBlankText(metadata.m_originalId)) {
-        out.Simple("zoltagallery:originalid", ToUtf8(metadata.m_originalId));
+        out.Simple("zoltagallery:originalid", CAtlStringA(metadata.m_originalId));
     }
     if (!IsBlankText(metadata.m_showInLanguages)) {
-        out.Simple("zoltagallery:showinlanguages", ToUtf8(metadata.m_showInLanguages));
+        out.Simple("zoltagallery:showinlanguages", CAtlStringA(metadata.m_showInLanguages));
     }
     if (!IsBlankText(metadata.m_hideInLanguages)) {
-        out.Simple("zoltagallery:hideinlanguages", ToUtf8(metadata.m_hideInLanguages));
+        out.Simple("zoltagallery:hideinlanguages", CAtlStringA(metadata.m_hideInLanguages));
     }
     out.End("lom:general");
 }
@@ -201,17 +201,17 @@ std::vector<const wchar_t*> BrowserNames(const CGalleryMetadata& metadata)
 void WriteTechnical(LomOut& out, const CGalleryMetadata& metadata)
 {
     out.Start("lom:technical");
-    out.Simple("lom:format", ToUtf8OrBlank(metadata.m_format));
+    out.Simple("lom:format", CGalleryObject::FileText(metadata.m_format));
     for (const wchar_t* name : BrowserNames(metadata)) {
         out.Start("lom:requirement");
         out.Start("lom:orComposite");
         out.SourceValue("lom:type", "browser");
-        out.SourceValue("lom:name", ToUtf8(name));
+        out.SourceValue("lom:name", CAtlStringA(name));
         if (const wchar_t* minimum = ExactValue(metadata.m_minimumVersions, name)) {
-            out.Simple("lom:minimumVersion", ToUtf8OrBlank(minimum));
+            out.Simple("lom:minimumVersion", CGalleryObject::FileText(minimum));
         }
         if (const wchar_t* maximum = ExactValue(metadata.m_maximumVersions, name)) {
-            out.Simple("lom:maximumVersion", ToUtf8OrBlank(maximum));
+            out.Simple("lom:maximumVersion", CGalleryObject::FileText(maximum));
         }
         out.End("lom:orComposite");
         out.End("lom:requirement");
@@ -235,12 +235,12 @@ void WriteLifeCycle(LomOut& out, const CGalleryMetadata& metadata)
     out.Start("lom:lifeCycle");
     if (metadata.m_creationTime != 0) {
         const CAtlString date = FormatDate(static_cast<std::int32_t>(metadata.m_creationTime), true);
-        out.Simple("zoltagallery:creationdate", ToUtf8(date.GetString()));
+        out.Simple("zoltagallery:creationdate", date.ToUtf8());
     }
     out.Start("lom:version");
     out.Start("lom:string");
     out.Attribute("language", "en");
-    out.RawText(ToUtf8OrBlank(metadata.m_version));
+    out.RawText(CGalleryObject::FileText(metadata.m_version));
     out.End("lom:string");
     out.End("lom:version");
     out.SourceValue("lom:status", "final");
@@ -262,7 +262,7 @@ const tinyxml2::XMLElement* Walk(const tinyxml2::XMLElement* from, std::initiali
 
 CAtlString TextOf(const tinyxml2::XMLElement* element)
 {
-    return element ? FromUtf8(element->GetText()) : CAtlString();
+    return element ? CAtlString::FromUtf8(element->GetText()) : CAtlString();
 }
 
 // Adds every lom:string child of `parent` under its language; one without a language can't be
@@ -272,7 +272,7 @@ CAtlString TextOf(const tinyxml2::XMLElement* element)
     for (const tinyxml2::XMLElement* string = parent->FirstChildElement("lom:string"); string;
          string = string->NextSiblingElement("lom:string"))
     {
-        const CAtlString language = FromUtf8(string->Attribute("language"));
+        const CAtlString language = CAtlString::FromUtf8(string->Attribute("language"));
         const CAtlString text = TextOf(string);
         // Add refuses one without a language (E_INVALIDARG), and that is the passing over.
         const HRESULT result = block.Add(language.GetString(), text.GetString());
@@ -342,8 +342,8 @@ void RemoveChildren(tinyxml2::XMLElement* parent, const char* name)
 void AppendLanguageString(tinyxml2::XMLElement* parent, const wchar_t* language, const wchar_t* text)
 {
     tinyxml2::XMLElement* string = parent->InsertNewChildElement("lom:string");
-    string->SetAttribute("language", ToUtf8(language).c_str());
-    string->SetText(ToUtf8OrBlank(text).c_str());
+    string->SetAttribute("language", CAtlStringA(language).GetString());
+    string->SetText(CGalleryObject::FileText(text).GetString());
 }
 
 // Sets a plain optional field, or removes its element when the record has nothing for it.
@@ -352,14 +352,15 @@ void SetOrRemove(tinyxml2::XMLElement* general, const char* name, const wchar_t*
     if (IsBlankText(value)) {
         RemoveChildren(general, name);
     } else {
-        Ensure(general, {name})->SetText(ToUtf8(value).c_str());
+        Ensure(general, {name})->SetText(CAtlStringA(value).GetString());
     }
 }
 
 void UpdateDocument(const CGalleryMetadata& metadata, tinyxml2::XMLElement* lom)
 {
     tinyxml2::XMLElement* general = Ensure(lom, {"lom:general"});
-    Ensure(general, {"lom:identifier", "lom:entry"})->SetText(ToUtf8OrBlank(metadata.m_identifier).c_str());
+    Ensure(general, {"lom:identifier", "lom:entry"})
+        ->SetText(CGalleryObject::FileText(metadata.m_identifier).GetString());
 
     tinyxml2::XMLElement* title = Ensure(general, {"lom:title"});
     title->DeleteChildren();
@@ -375,7 +376,7 @@ void UpdateDocument(const CGalleryMetadata& metadata, tinyxml2::XMLElement* lom)
     if (!version->Attribute("language")) {
         version->SetAttribute("language", "en");
     }
-    version->SetText(ToUtf8OrBlank(metadata.m_version).c_str());
+    version->SetText(CGalleryObject::FileText(metadata.m_version).GetString());
 
     RemoveChildren(general, "lom:keyword");
     const LanguageStringBlock* keywords = metadata.m_keywords;
