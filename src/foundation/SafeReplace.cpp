@@ -5,8 +5,11 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <thread>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,15 +18,39 @@ namespace {
 
 const wchar_t kSuffix[] = L".curatool-new";
 
+thread_local ReplacementBatch* t_openBatch = nullptr;
+
+constexpr std::size_t kSyncsInFlight = 16;
+
 // The rename is only durable once the folder's entry is on the disk too.
-void SyncFolder(const CZoltaDirectoryPath& folder)
+void SyncFolder(const QByteArray& folder)
 {
-    const int descriptor =
-        ::open(ToFileSystemEncoding(folder.GetPath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor >= 0) {
         ::fsync(descriptor);
         ::close(descriptor);
     }
+}
+
+void SyncFolder(const CZoltaDirectoryPath& folder)
+{
+    SyncFolder(ToFileSystemEncoding(folder.GetPath()));
+}
+
+QByteArray FolderOf(const QByteArray& path)
+{
+    const qsizetype slash = path.lastIndexOf('/');
+    return slash > 0 ? path.left(slash) : QByteArray(slash == 0 ? "/" : ".");
+}
+
+// Only the bytes and the size have to be on the disk before the rename: the times may be lost.
+bool SyncData(const QByteArray& path)
+{
+    const int descriptor = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool synced = ::fdatasync(descriptor) == 0;
+    return ::close(descriptor) == 0 && synced;
 }
 
 bool CopyInto(const CZoltaFilePath& source, std::FILE* target)
@@ -87,6 +114,26 @@ bool CopyIntoNewFile(const QByteArray& source, const QByteArray& target)
     return copied;
 }
 
+// Syncs the files waiting beside their targets, several at once: the disk's cache is flushed
+// once for all the syncs in flight, where one after the other each waits for a flush of its own.
+std::vector<char> SyncAll(const std::vector<std::pair<QByteArray, QByteArray>>& waiting)
+{
+    std::vector<char> synced(waiting.size(), 0);
+    std::atomic<std::size_t> next{0};
+    const auto work = [&] {
+        for (std::size_t i; (i = next++) < waiting.size();)
+            synced[i] = SyncData(waiting[i].first) ? 1 : 0;
+    };
+    std::vector<std::thread> helpers;
+    const std::size_t count = std::min<std::size_t>(kSyncsInFlight, waiting.size()) - 1;
+    for (std::size_t t = 0; t < count; ++t)
+        helpers.emplace_back(work);
+    work();
+    for (std::thread& helper : helpers)
+        helper.join();
+    return synced;
+}
+
 }  // namespace
 
 CZoltaFilePath ReplacementFileFor(const CZoltaFilePath& target)
@@ -132,6 +179,10 @@ bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& sourc
 {
     if (target.IsEmpty() || source.IsEmpty())
         return false;
+    ReplacementBatch* batch = ReplacementBatch::Open();
+    // A second replacement of a waiting target would take the place of the first beside it.
+    if (batch && batch->Holds(target) && !batch->Commit())
+        return false;
     const QByteArray from = ToFileSystemEncoding(source.GetPath());
     const CZoltaFilePath temporary = ReplacementFileFor(target);
     const QByteArray beside = ToFileSystemEncoding(temporary.GetPath());
@@ -140,11 +191,10 @@ bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& sourc
         std::rename(from.constData(), beside.constData()) != 0)
         return ReplaceFileFrom(target, source);
     ::utimensat(AT_FDCWD, beside.constData(), nullptr, 0);
-    const int descriptor = ::open(beside.constData(), O_RDONLY | O_CLOEXEC);
-    bool synced = descriptor >= 0 && ::fsync(descriptor) == 0;
-    if (descriptor >= 0)
-        synced = ::close(descriptor) == 0 && synced;
-    if (!synced || std::rename(beside.constData(), ToFileSystemEncoding(target.GetPath()).constData()) != 0) {
+    const QByteArray to = ToFileSystemEncoding(target.GetPath());
+    if (ReplacementBatch* batch = ReplacementBatch::Open())
+        return batch->Add(beside, to);
+    if (!SyncData(beside) || std::rename(beside.constData(), to.constData()) != 0) {
         const int error = errno;
         temporary.Remove();
         errno = error;
@@ -180,4 +230,64 @@ void RemoveStaleReplacements(const CZoltaDirectoryPath& folder)
                                                   QDir::Files | QDir::Hidden | QDir::System);
     for (const QString& name : names)
         QFile::remove(directory.filePath(name));
+}
+
+ReplacementBatch::ReplacementBatch()
+    : m_outer(t_openBatch)
+{
+    t_openBatch = this;
+}
+
+ReplacementBatch::~ReplacementBatch()
+{
+    static_cast<void>(Commit());
+    t_openBatch = m_outer;
+}
+
+ReplacementBatch* ReplacementBatch::Open()
+{
+    return t_openBatch;
+}
+
+bool ReplacementBatch::Holds(const CZoltaFilePath& target) const
+{
+    const QByteArray path = ToFileSystemEncoding(target.GetPath());
+    return std::any_of(m_waiting.begin(), m_waiting.end(), [&](const auto& entry) { return entry.second == path; });
+}
+
+bool ReplacementBatch::Add(const QByteArray& beside, const QByteArray& target)
+{
+    // The writing starts now, in the background: by the commit little is left to wait for.
+    const int descriptor = ::open(beside.constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        ::unlink(beside.constData());
+        return false;
+    }
+    ::sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
+    ::close(descriptor);
+    m_waiting.emplace_back(beside, target);
+    return true;
+}
+
+bool ReplacementBatch::Commit()
+{
+    if (m_waiting.empty())
+        return true;
+    const std::vector<char> synced = SyncAll(m_waiting);
+    bool settled = true;
+    std::vector<QByteArray> folders;
+    for (std::size_t i = 0; i < m_waiting.size(); ++i) {
+        const auto& [beside, target] = m_waiting[i];
+        if (!synced[i] || std::rename(beside.constData(), target.constData()) != 0) {
+            settled = false;
+            continue;
+        }
+        const QByteArray folder = FolderOf(target);
+        if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+            folders.push_back(folder);
+    }
+    m_waiting.clear();
+    for (const QByteArray& folder : folders)
+        SyncFolder(folder);
+    return settled;
 }

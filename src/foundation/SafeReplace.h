@@ -2,8 +2,12 @@
 
 #include "foundation/CZoltaFilePath.h"
 
+#include <QByteArray>
+
 #include <cstdio>
 #include <functional>
+#include <utility>
+#include <vector>
 
 // The program's own files (records, categories document, merged manifest, stored configuration,
 // state files) are never rewritten in place: the new bytes go to a hidden file beside the target,
@@ -21,8 +25,36 @@ bool ReplaceFileFrom(const CZoltaFilePath& target, const CZoltaFilePath& source)
 
 // Replaces `target` with the file `source` itself when it is a plain file on the same file
 // system: renamed beside the target, given the times of now, synced and renamed onto it, and
-// gone from where it was. Otherwise like ReplaceFileFrom, and `source` stays.
+// gone from where it was. Otherwise like ReplaceFileFrom, and `source` stays. While a
+// ReplacementBatch is open on this thread the file waits beside the target for its Commit().
 bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& source);
+
+// Many small replacements by move settled together: one sync each costs a journal commit of the
+// file system, so while a batch is open on this thread each file only goes beside its target
+// (under ReplacementFileFor) with its writing to the disk started, and Commit() syncs them all,
+// renames each onto its target and syncs each folder once. Until then a target holds its old
+// file; whoever uses a batch must know what a killed process leaves beside the targets.
+class ReplacementBatch {
+public:
+    ReplacementBatch();
+    ~ReplacementBatch();  // commits what is still waiting
+    ReplacementBatch(const ReplacementBatch&) = delete;
+    ReplacementBatch& operator=(const ReplacementBatch&) = delete;
+
+    // Whether a replacement of `target` waits in this batch.
+    [[nodiscard]] bool Holds(const CZoltaFilePath& target) const;
+    // False when a file could not be synced or renamed: it stays beside its target.
+    [[nodiscard]] bool Commit();
+
+    // The batch open on this thread, or null.
+    static ReplacementBatch* Open();
+    // Takes the file already beside `target`; false when it can't start its writing out.
+    bool Add(const QByteArray& beside, const QByteArray& target);
+
+private:
+    std::vector<std::pair<QByteArray, QByteArray>> m_waiting;  // beside, target
+    ReplacementBatch* m_outer = nullptr;
+};
 
 // Puts the file `source` at `target`, replacing what stands there (a link is replaced, never
 // written through). With `move` the file is renamed there when both lie on one file system and

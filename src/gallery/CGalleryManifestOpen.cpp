@@ -1,5 +1,6 @@
 #include "gallery/CGalleryManifestIO.h"
 
+#include "foundation/RunTempFolder.h"
 #include "gallery/CGalleryManifest.h"
 #include "gallery/CGalleryMergeIndex.h"
 #include "gallery/CGalleryOrganization.h"
@@ -153,7 +154,7 @@ void CGalleryManifestIO::Close(CGalleryManifest& manifest)
     // Only a folder of the temporary area is ever taken along: the flag may come from a file.
     const CZoltaDirectoryPath temporary = GetTempFolder();
     if (extracted && !folder.IsEmpty() && folder != temporary && IsPathInside(folder.GetPath(), temporary.GetPath())) {
-        folder.Remove();
+        RunTempFolder::RemoveLater(folder);
     }
 }
 

@@ -232,7 +232,7 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
                     L"; try again when it has finished.";
         return E_GALLERY_BUSY;
     }
-    RemoveLeftovers();
+    RemoveTemporaryManifests();
     HRESULT hr = CGalleryManifest::Create(&m_manifest);
     if (FAILED(hr))
         return hr;
@@ -244,6 +244,9 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
     }
     // A run killed half-way is completed first, so that what counts as installed is true.
     RunJournal::Recover(UninstallFolder(), *m_manifest);
+    // Only after the journal has read what a killed run left beside its records.
+    for (const CZoltaDirectoryPath& folder : {m_installDirectory, UninstallFolder()})
+        RemoveStaleReplacements(folder);
     m_source = source;
     m_categoriesDocument = UninstallFolder().GetFile(GalleryCategoriesXml);
     if (refresh || !m_categoriesDocument.Exists()) {
@@ -282,12 +285,11 @@ HRESULT CGalleryInstallation::Open(const CZoltaDirectoryPath& installDirectory, 
     return hr;
 }
 
-void CGalleryInstallation::RemoveLeftovers() const
+void CGalleryInstallation::RemoveTemporaryManifests() const
 {
-    // Replacements cut short by a killed run, and temporary manifests of older runs: both are
-    // only ever the program's own, and nothing else runs on this gallery now.
+    // Temporary manifests of older runs are only ever the program's own, and nothing else runs
+    // on this gallery now.
     for (const CZoltaDirectoryPath& folder : {m_installDirectory, UninstallFolder()}) {
-        RemoveStaleReplacements(folder);
         std::vector<CZoltaFilePath> files;
         folder.ListFiles(L"imsmanifest_temp*.xml", files);
         for (const CZoltaFilePath& file : files)

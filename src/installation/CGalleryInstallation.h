@@ -20,6 +20,7 @@ class CGalleryI18N;
 class IGalleryInstallationObserver;
 class IProxyObserver;
 class PackagePrefetcher;
+class ReplacementBatch;
 struct CGalleryManifest;
 
 // The engine: binds an install directory to a data source, reads what the source offers into
@@ -99,7 +100,7 @@ private:
     CGalleryInstallation() = default;
 
     [[nodiscard]] HRESULT ReadCategoriesDocument();
-    void RemoveLeftovers() const;
+    void RemoveTemporaryManifests() const;
     // Whether a fetched or copied document can stand for the source: E_INVALIDARG when it does not
     // parse (a cut transfer), E_FAIL without "categories".
     [[nodiscard]] HRESULT CheckCategoriesDocument(const CZoltaFilePath& path);
@@ -118,6 +119,7 @@ private:
     void UninstallCategory(CGalleryCategory& category, int total, int& done, bool& anySucceeded);
     void InstallCategory(CGalleryCategory& category, bool isUrl, int total, int& done, bool usePrefetch,
                          const std::map<CAtlString, CZoltaFilePath>& fetched, bool& anyFailed, bool& anySucceeded);
+    void SettleRecords(ReplacementBatch& records);
     [[nodiscard]] HRESULT InstallFile(const CZoltaFilePath& path, CGalleryCategory& category, const CAtlString& name,
                                       int overall);
     void ApplyStringPackages(bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched);
@@ -140,6 +142,7 @@ private:
     // The packages of this run coming ahead over several connections, for the length of Run's loop.
     PackagePrefetcher* m_ahead = nullptr;
     bool m_manifestsChanged = false;
+    bool m_recordsUnsettled = false;
     CZoltaDirectoryPath m_installDirectory;
     RunJournal m_journal;
     CAtlString m_failureReason;

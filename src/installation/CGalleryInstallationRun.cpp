@@ -4,16 +4,21 @@
 #include "gallery/CGalleryI18N.h"
 #include "gallery/CGalleryManifest.h"
 #include "gallery/CGalleryManifestIO.h"
+#include "foundation/SafeReplace.h"
 #include "installation/PackagePrefetcher.h"
 #include "ziparchive/ZipHelpers.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 namespace {
+
+// Records settled together: each one's sync is a journal commit of the file system otherwise.
+constexpr int kRecordsPerBatch = 100;
 
 int Percent(int done, int total)
 {
@@ -226,7 +231,13 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
     }
     if (m_cancel)
         return E_ABORT;
-    m_journal.Note(CGalleryManifestIO::GetInstallRecordPath(UninstallFolder(), package.Get()->GetIdentifier()));
+    const CZoltaFilePath record =
+        CGalleryManifestIO::GetInstallRecordPath(UninstallFolder(), package.Get()->GetIdentifier());
+    // The merge reads the package's record as it stands: one still waiting in the batch is settled first.
+    ReplacementBatch* batch = ReplacementBatch::Open();
+    if (batch && batch->Holds(record))
+        SettleRecords(*batch);
+    m_journal.Note(record);
     CAtlString reason;
     hr = CGalleryManifestIO::MergeFrom(*m_manifest, package.Get(), nullptr, &reason);
     if (FAILED(hr) && !reason.IsEmpty())
@@ -242,9 +253,20 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
                                            bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched,
                                            bool& anyFailed, bool& anySucceeded)
 {
+    // A record waits beside its place until the batch is settled; a run killed before then
+    // leaves it there, and the journal, which noted it, has the next open release its files.
+    // Without a journal each record is settled on its own.
+    std::optional<ReplacementBatch> records;
+    if (m_journal.IsOpen())
+        records.emplace();
+    int waiting = 0;
     for (const CAtlString& name : FilesToInstall(category)) {
         if (m_cancel)
             break;
+        if (records && ++waiting > kRecordsPerBatch) {
+            SettleRecords(*records);
+            waiting = 1;
+        }
         ++done;
         int overall = total > 0 ? Percent(done, total) : 0;
         Report(eGalleryInstallationProgressDownloading, &category, name, 0, overall);
@@ -298,6 +320,15 @@ void CGalleryInstallation::InstallCategory(CGalleryCategory& category, bool isUr
             Report(eGalleryInstallationProgressInstalling, &category, name, 100, overall);
         }
     }
+    if (records)
+        SettleRecords(*records);
+}
+
+void CGalleryInstallation::SettleRecords(ReplacementBatch& records)
+{
+    // A record that could not be put in place keeps the journal, so that the next open releases its files.
+    if (!records.Commit())
+        m_recordsUnsettled = true;
 }
 
 void CGalleryInstallation::ApplyStringPackages(bool usePrefetch, const std::map<CAtlString, CZoltaFilePath>& fetched)
@@ -553,7 +584,7 @@ HRESULT CGalleryInstallation::Run()
         ApplyStringPackages(usePrefetch, fetched);
 
     if (m_cancel) {
-        if (SUCCEEDED(WriteManifest()))
+        if (SUCCEEDED(WriteManifest()) && !m_recordsUnsettled)
             m_journal.End();
         for (const auto& category : m_categories) {
             if (!category->IsFinished() && category->GetAction() != eGalleryCategoryActionNone && !m_cancel) {
@@ -566,14 +597,15 @@ HRESULT CGalleryInstallation::Run()
 
     if (m_manifestsChanged && !m_downloadOnly) {
         // A rebuild that fails keeps the journal: the next open tries again.
-        if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(*m_manifest, m_released)))
+        if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(*m_manifest, m_released)) && !m_recordsUnsettled)
             m_journal.End();
         m_manifest->SetModified(false);
     } else if (!m_downloadOnly) {
         const HRESULT written = WriteManifest();
         if (FAILED(written))
             return written;
-        m_journal.End();
+        if (!m_recordsUnsettled)
+            m_journal.End();
     }
 
     if (anyFailed)

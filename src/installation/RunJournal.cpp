@@ -1,11 +1,15 @@
 #include "installation/RunJournal.h"
 
 #include "gallery/CGalleryManifest.h"
+#include "foundation/SafeReplace.h"
 #include "gallery/CGalleryManifestIO.h"
 
 #include <QByteArray>
 #include <QFile>
 #include <QList>
+
+#include <cstdio>
+#include <vector>
 
 #include <fnmatch.h>
 
@@ -17,6 +21,24 @@ namespace {
 bool IsRecordName(const QByteArray& name)
 {
     return !name.contains('/') && name != "." && name != ".." && fnmatch("imsmanifest*.xml", name.constData(), 0) == 0;
+}
+
+// Takes `file` (a record, or one waiting beside its place) out of the records to `parked`, a
+// hidden name that a later recovery still finds, and adds the files it lists to `released`. The
+// parked records go only once the manifest is rebuilt and the files released: a recovery cut
+// short finds them again. One that can't be read releases nothing.
+void Park(const CZoltaFilePath& file, const CZoltaFilePath& parked, const CGalleryManifest& manifest,
+          std::vector<CAtlString>& released, std::vector<CZoltaFilePath>& parkedFiles)
+{
+    if (parked.Exists())  // left by a recovery cut short
+        static_cast<void>(CGalleryManifestIO::CollectRecordFiles(manifest, parked, released));
+    if (file.Exists() && std::rename(ToFileSystemEncoding(file.GetPath()).constData(),
+                                     ToFileSystemEncoding(parked.GetPath()).constData()) != 0)
+        file.Remove();
+    if (parked.Exists()) {
+        static_cast<void>(CGalleryManifestIO::CollectRecordFiles(manifest, parked, released));
+        parkedFiles.push_back(parked);
+    }
 }
 
 }  // namespace
@@ -66,16 +88,21 @@ bool RunJournal::Recover(const CZoltaDirectoryPath& uninstallFolder, CGalleryMan
     // The files those records list may have arrived in part: they go with the records, since
     // nothing else would ever know them as the program's own.
     std::vector<CAtlString> released;
+    std::vector<CZoltaFilePath> parked;
     for (const QByteArray& name : names) {
         if (!IsRecordName(name))
             continue;
-        const CZoltaFilePath record = uninstallFolder.GetFile(FromFileSystemEncoding(name.constData()));
-        if (record.Exists())  // one that can't be read releases nothing, and goes all the same
-            static_cast<void>(CGalleryManifestIO::CollectRecordFiles(manifest, record, released));
-        record.Remove();
+        const CAtlString recordName = FromFileSystemEncoding(name.constData());
+        const CZoltaFilePath record = uninstallFolder.GetFile(recordName);
+        Park(record, uninstallFolder.GetFile(L"." + recordName), manifest, released, parked);
+        // A record still waiting beside its place when the run was killed has its files in the gallery too.
+        Park(ReplacementFileFor(record), uninstallFolder.GetFile(L".new-" + recordName), manifest, released, parked);
     }
     // A rebuild that does not get through leaves the journal for the next open to try again.
-    if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(manifest, released)))
+    if (SUCCEEDED(CGalleryManifestIO::RebuildFromInstalled(manifest, released))) {
+        for (const CZoltaFilePath& record : parked)
+            record.Remove();
         journal.Remove();
+    }
     return true;
 }

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] bool Begin(const CZoltaDirectoryPath& uninstallFolder);
     // Notes a record before it is written. Flushed at once, so a killed process leaves it behind.
     void Note(const CZoltaFilePath& record);
+    // Whether the run has a journal that a killed process would leave behind.
+    [[nodiscard]] bool IsOpen() const { return m_file != nullptr; }
     // Everything of the run is in the merged manifest: the journal goes.
     void End();
 
