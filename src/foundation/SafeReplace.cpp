@@ -192,7 +192,7 @@ bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& sourc
         return ReplaceFileFrom(target, source);
     ::utimensat(AT_FDCWD, beside.constData(), nullptr, 0);
     const QByteArray to = ToFileSystemEncoding(target.GetPath());
-    if (ReplacementBatch* batch = ReplacementBatch::Open())
+    if (batch)
         return batch->Add(beside, to);
     if (!SyncData(beside) || std::rename(beside.constData(), to.constData()) != 0) {
         const int error = errno;
