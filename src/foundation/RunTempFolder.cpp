@@ -2,7 +2,14 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <unistd.h>
 
@@ -13,6 +20,29 @@ const wchar_t kLockName[] = L".lock";
 
 // The run folder of this process, while it exists.
 std::atomic<RunTempFolder*> g_current{nullptr};
+
+// A plain folder (not a link to one) with no entry at all.
+bool IsEmptyFolder(const CZoltaDirectoryPath& folder)
+{
+    const int descriptor =
+        ::open(ToFileSystemEncoding(folder.GetPath()).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    DIR* const listing = ::fdopendir(descriptor);
+    if (!listing) {
+        ::close(descriptor);
+        return false;
+    }
+    bool empty = true;
+    while (const dirent* entry = ::readdir(listing)) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            empty = false;
+            break;
+        }
+    }
+    ::closedir(listing);
+    return empty;
+}
 
 }  // namespace
 
@@ -65,7 +95,33 @@ void RunTempFolder::RemoveAbandoned(const CZoltaDirectoryPath& base)
     }
 }
 
-void RunTempFolder::RemoveLater(const CZoltaDirectoryPath& folder)
+CZoltaDirectoryPath RunTempFolder::TakeFolder(const CAtlString& base)
+{
+    if (RunTempFolder* const run = g_current) {
+        const std::lock_guard<std::mutex> lock(run->m_mutex);
+        if (!run->m_emptyFolders.empty()) {
+            CZoltaDirectoryPath folder = run->m_emptyFolders.back();
+            run->m_emptyFolders.pop_back();
+            return folder;
+        }
+    }
+    // Made here and now, never one that exists: two threads never unpack into one folder.
+    static std::atomic<unsigned> made{0};
+    const CZoltaDirectoryPath parent = GetTempFolder();
+    if (!parent.Create())
+        return CZoltaDirectoryPath();
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        CZoltaDirectoryPath folder = parent;
+        folder.Append(CAtlString(base.ToQString() + QString::number(++made)));
+        if (::mkdir(ToFileSystemEncoding(folder.GetPath()).constData(), 0700) == 0)
+            return folder;
+        if (errno != EEXIST)
+            break;
+    }
+    return CZoltaDirectoryPath();
+}
+
+void RunTempFolder::GiveBack(const CZoltaDirectoryPath& folder)
 {
     RunTempFolder* const run = g_current;
     QString inside = run ? run->m_folder.ToQString() : QString();
@@ -75,8 +131,15 @@ void RunTempFolder::RemoveLater(const CZoltaDirectoryPath& folder)
         folder.Remove();
         return;
     }
+    const bool empty = IsEmptyFolder(folder);
     {
         const std::lock_guard<std::mutex> lock(run->m_mutex);
+        if (empty) {
+            // Given back twice, it would be handed to two unpackings.
+            if (std::find(run->m_emptyFolders.begin(), run->m_emptyFolders.end(), folder) == run->m_emptyFolders.end())
+                run->m_emptyFolders.push_back(folder);
+            return;
+        }
         run->m_toRemove.push_back(folder);
     }
     run->m_wake.notify_one();

@@ -7,6 +7,7 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 // The temporary folder of one run: "curatool-run-<pid>" below the system's temporary folder,
 // held by a lock file inside it. While it exists every temporary file of the process goes there
@@ -24,12 +25,17 @@ public:
     // Removes the folders of runs below `base` that are no longer alive.
     static void RemoveAbandoned(const CZoltaDirectoryPath& base);
 
-    // Removes `folder`, a folder of the run's own temporary folder, in the background when a run
-    // folder exists, and at once otherwise. Removing a folder can wait on the disk (a discard of
-    // its blocks) for longer than it took to fill it: a run that unpacks a package into a folder
-    // of its own each time need not wait for each. What the background has not removed yet goes
-    // with the run folder at the end of the run.
-    static void RemoveLater(const CZoltaDirectoryPath& folder);
+    // An empty folder below the temporary folder for one unpacking ("<base>" and a number),
+    // made, or reused when an earlier one was given back empty; an empty path when none could be
+    // made. Making and removing a folder for each of thousands of packages costs more than
+    // filling it: a removal can wait on the disk (a discard of its blocks), and on some file
+    // systems new files then skip over the inodes freed in the last minute one by one.
+    static CZoltaDirectoryPath TakeFolder(const CAtlString& base);
+
+    // Done with `folder`, a folder of the run's own temporary folder: an empty one is kept for
+    // the next TakeFolder, any other removed in the background. Outside a run it is removed at
+    // once. What the background has not removed yet goes with the run folder at the end.
+    static void GiveBack(const CZoltaDirectoryPath& folder);
 
 private:
     void RemoveInBackground();
@@ -41,6 +47,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::deque<CZoltaDirectoryPath> m_toRemove;
+    std::vector<CZoltaDirectoryPath> m_emptyFolders;
     bool m_stopping = false;
     std::thread m_remover;
 };

@@ -190,7 +190,6 @@ bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& sourc
     if (::lstat(from.constData(), &status) != 0 || !S_ISREG(status.st_mode) ||
         std::rename(from.constData(), beside.constData()) != 0)
         return ReplaceFileFrom(target, source);
-    ::utimensat(AT_FDCWD, beside.constData(), nullptr, 0);
     const QByteArray to = ToFileSystemEncoding(target.GetPath());
     if (batch)
         return batch->Add(beside, to);
@@ -210,13 +209,9 @@ bool MoveOrCopyFile(const CZoltaFilePath& source, const CZoltaFilePath& target, 
         return false;
     const QByteArray from = ToFileSystemEncoding(source.GetPath());
     const QByteArray to = ToFileSystemEncoding(target.GetPath());
-    struct stat status {};
-    // Only a plain file moves: a link would carry its target's place along with it.
-    if (move && ::lstat(from.constData(), &status) == 0 && S_ISREG(status.st_mode)) {
-        if (std::rename(from.constData(), to.constData()) == 0) {
-            ::utimensat(AT_FDCWD, to.constData(), nullptr, 0);  // a copy's times: those of now
+    if (move) {
+        if (std::rename(from.constData(), to.constData()) == 0)
             return true;
-        }
         if (errno != EXDEV)
             return false;
     }

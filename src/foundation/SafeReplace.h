@@ -24,8 +24,8 @@ bool ReplaceFileWith(const CZoltaFilePath& target, const std::function<bool(std:
 bool ReplaceFileFrom(const CZoltaFilePath& target, const CZoltaFilePath& source);
 
 // Replaces `target` with the file `source` itself when it is a plain file on the same file
-// system: renamed beside the target, given the times of now, synced and renamed onto it, and
-// gone from where it was. Otherwise like ReplaceFileFrom, and `source` stays. While a
+// system: renamed beside the target, synced and renamed onto it with the times it has (a file
+// just written), and gone from where it was. Otherwise like ReplaceFileFrom, and `source` stays. While a
 // ReplacementBatch is open on this thread the file waits beside the target for its Commit().
 bool ReplaceFileByMove(const CZoltaFilePath& target, const CZoltaFilePath& source);
 
@@ -57,9 +57,10 @@ private:
 };
 
 // Puts the file `source` at `target`, replacing what stands there (a link is replaced, never
-// written through). With `move` the file is renamed there when both lie on one file system and
-// `source` is gone afterwards; otherwise, or across file systems, its bytes are copied into a new
-// file. Either way `target` ends up with the times of a file just written.
+// written through). With `move`, for a plain file (not a link) just written, the file is renamed
+// there when both lie on one file system, times and all, and `source` is gone afterwards;
+// otherwise, or across file systems, its bytes are copied into a new file. Either way `target`
+// ends up with the times of a file just written.
 bool MoveOrCopyFile(const CZoltaFilePath& source, const CZoltaFilePath& target, bool move);
 
 // Deletes what replacements cut short by a killed process left in `folder`.

@@ -188,6 +188,7 @@ struct StagedFile {
     CZoltaFilePath source;
     CZoltaFilePath target;
     CZoltaFilePath staged;  // the copy beside the target, renamed onto it once all are there
+    bool plain = false;     // the source is a plain file, not a link: it may move
 };
 
 // The gallery files that records list: those of the package's own earlier record first, the
@@ -255,6 +256,16 @@ bool StandsThere(const CZoltaFilePath& path)
            (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
 }
 
+// Whether the file `path` is there (a link counts by what it leads to), and whether it is a plain
+// file itself, in one call for the plain file that a package's file mostly is.
+bool FileIsThere(const CZoltaFilePath& path, bool& plain)
+{
+    const QByteArray name = ToFileSystemEncoding(path.GetPath());
+    struct stat status {};
+    plain = ::lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode);
+    return plain || (::stat(name.constData(), &status) == 0 && S_ISREG(status.st_mode));
+}
+
 // Checks every content file of the package and puts each beside its target, touching nothing
 // of the gallery: a package goes in whole or not at all. Only a file that a record lists is
 // ever replaced; a file of the user's that stands in the way stops the package. The files of a
@@ -286,7 +297,7 @@ HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectory
             result = E_FAIL;
             return false;
         }
-        if (!file.source.Exists()) {
+        if (!FileIsThere(file.source, file.plain)) {
             Tell(reason, CAtlString(L"the package lacks its file ") + CAtlString(href));
             result = E_FAIL;
             return false;
@@ -313,7 +324,7 @@ HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectory
         if (made) {
             madeFolders.insert(folder.GetPath().GetString());
         }
-        if (!made || !MoveOrCopyFile(file.source, file.staged, move)) {
+        if (!made || !MoveOrCopyFile(file.source, file.staged, move && file.plain)) {
             Tell(reason, CAtlString(L"could not write ") + file.target.GetPath() + L" (" +
                              CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
             result = E_FAIL;

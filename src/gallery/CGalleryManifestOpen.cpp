@@ -57,8 +57,8 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
                                   IGalleryManifestOpenObserver* observer, bool useCache)
 {
     manifest.m_extracted = true;
-    const CZoltaDirectoryPath folder = GetTempFolder().GetUniqueChild(L"gallery");
-    if (!folder.Create()) {
+    const CZoltaDirectoryPath folder = RunTempFolder::TakeFolder(L"gallery");
+    if (folder.IsEmpty()) {
         return E_FAIL;
     }
     // The path points into the extraction at once, so that Close finds the folder to delete
@@ -69,7 +69,9 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
     }
     // A package that can't be extracted whole is no package: installing part of it would leave
     // files its record does not describe, or a record without its files.
-    if (!ZipExtractAll(CZoltaFilePath(path), folder)) {
+    // The files may be moved into a gallery as they are: like copies, they carry the time of
+    // their writing, not the archive's.
+    if (!ZipExtractAll(CZoltaFilePath(path), folder, false)) {
         return E_FAIL;
     }
     return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
@@ -154,7 +156,7 @@ void CGalleryManifestIO::Close(CGalleryManifest& manifest)
     // Only a folder of the temporary area is ever taken along: the flag may come from a file.
     const CZoltaDirectoryPath temporary = GetTempFolder();
     if (extracted && !folder.IsEmpty() && folder != temporary && IsPathInside(folder.GetPath(), temporary.GetPath())) {
-        RunTempFolder::RemoveLater(folder);
+        RunTempFolder::GiveBack(folder);
     }
 }
 

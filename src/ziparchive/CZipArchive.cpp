@@ -593,11 +593,6 @@ bool CZipArchive::ExtractFile(int index, const std::string& directory, bool full
         ZipPlatform::ForceDirectory(folder);
         m_madeFolder = folder;
     }
-    struct stat existing;
-    // A link already standing there is replaced, never written through.
-    if (::lstat(target.c_str(), &existing) == 0 && S_ISLNK(existing.st_mode))
-        ::unlink(target.c_str());
-
     if (!OpenFile(index))
         return false;
     CZipFile output;
@@ -623,6 +618,7 @@ bool CZipArchive::ExtractFile(int index, const std::string& directory, bool full
     }
     CloseFile();
     output.Close();
-    ZipPlatform::SetFileModTime(target, header.GetTime());
+    if (m_restoreTimes)
+        ZipPlatform::SetFileModTime(target, header.GetTime());
     return true;
 }

@@ -85,6 +85,9 @@ public:
     // (absolute, "..") and links are refused with 115.
     bool ExtractFile(int index, const std::string& directory, bool fullPath = true, const char* newName = nullptr,
                      const CZipActionCallback& callback = {}, size_t bufferSize = kDefaultBufferSize);
+    // Whether the files ExtractFile writes get the entry's time (the default) or keep the time of
+    // their writing.
+    void SetRestoreTimes(bool restore) { m_restoreTimes = restore; }
     // Extracts the data of the entry into a stream.
     bool ExtractFile(int index, CZipAbstractFile& target, size_t bufferSize = kDefaultBufferSize);
     // Reads the entry through, checking its CRC; a folder with data is 111.
@@ -120,6 +123,7 @@ private:
     std::string m_rootPath;
     // The folder that the last extracted file went into, made already.
     std::string m_madeFolder;
+    bool m_restoreTimes = true;
 
     // The entry open for reading.
     int m_openIndex = -1;

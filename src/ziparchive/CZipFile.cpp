@@ -31,10 +31,13 @@ void CZipFile::Open(const std::string& path, OpenMode mode)
         flags |= O_RDWR;
         break;
     case modeCreate:
-        flags |= O_RDWR | O_CREAT | O_TRUNC;
+        // A link standing at the name is replaced, never written through.
+        flags |= O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW;
         break;
     }
     m_fd = ::open(path.c_str(), flags, 0666);
+    if (m_fd < 0 && errno == ELOOP && mode == modeCreate && ::unlink(path.c_str()) == 0)
+        m_fd = ::open(path.c_str(), flags, 0666);
     if (m_fd < 0)
         ThrowLastError();
     // Only a read-only open can succeed on a folder; any other is refused with EISDIR already.

@@ -211,7 +211,7 @@ bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name, u
     });
 }
 
-bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination)
+bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination, bool archiveTimes)
 {
     const std::string target = FolderText(destination);
     return WithArchive(archive, CZipArchive::zipOpenReadOnly, [&](CZipArchive& zip) {
@@ -226,6 +226,7 @@ bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& des
         const int64_t available = ZipPlatform::FreeSpace(target);
         if (available >= 0 && declared > uint64_t(available))
             CZipException::ThrowErrno(ENOSPC, target);
+        zip.SetRestoreTimes(archiveTimes);
         for (int index = 0; index < zip.GetCount(); ++index)
             if (!zip.ExtractFile(index, target, true))
                 return false;

@@ -32,8 +32,10 @@
 [[nodiscard]] bool ZipExtractToMemory(const CZoltaFilePath& archive, const CAtlString& name, unsigned char*& buffer,
                                       size_t& size);
 // Extracts every entry in index order into `destination`, keeping sub-folders. Refused (28, "No
-// space left on device") when the entries' declared sizes do not fit in the free space.
-[[nodiscard]] bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination);
+// space left on device") when the entries' declared sizes do not fit in the free space. Without
+// `archiveTimes` the files keep the time of their writing.
+[[nodiscard]] bool ZipExtractAll(const CZoltaFilePath& archive, const CZoltaDirectoryPath& destination,
+                                 bool archiveTimes = true);
 
 // Why the last helper called on this thread returned false for a damaged or unfit archive, as the
 // archive layer words it; empty when it did not fail that way. Taking it clears it.
