@@ -48,7 +48,32 @@ bool SameInode(const CZoltaFilePath& first, const CZoltaFilePath& second)
 
 QByteArray ToFileSystemEncoding(const CAtlString& path)
 {
-    return path.ToQString().toUtf8();
+    // Straight to UTF-8 for every valid code point: every file operation comes through here.
+    const wchar_t* text = path.GetString();
+    const int length = path.GetLength();
+    QByteArray bytes;
+    bytes.reserve(length);
+    for (int i = 0; i < length; ++i) {
+        const auto code = static_cast<char32_t>(text[i]);
+        if (code < 0x80) {
+            bytes.append(static_cast<char>(code));
+        } else if (code < 0x800) {
+            bytes.append(static_cast<char>(0xC0 | (code >> 6)));
+            bytes.append(static_cast<char>(0x80 | (code & 0x3F)));
+        } else if (code < 0x10000 && (code < 0xD800 || code > 0xDFFF)) {
+            bytes.append(static_cast<char>(0xE0 | (code >> 12)));
+            bytes.append(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+            bytes.append(static_cast<char>(0x80 | (code & 0x3F)));
+        } else if (code >= 0x10000 && code <= 0x10FFFF) {
+            bytes.append(static_cast<char>(0xF0 | (code >> 18)));
+            bytes.append(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
+            bytes.append(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+            bytes.append(static_cast<char>(0x80 | (code & 0x3F)));
+        } else {
+            return path.ToQString().toUtf8();  // a surrogate or no code point: Qt's replacement
+        }
+    }
+    return bytes;
 }
 
 CAtlString FromFileSystemEncoding(const char* bytes)

@@ -100,9 +100,9 @@ CZoltaDirectoryPath RunTempFolder::TakeFolder(const CAtlString& base)
     if (RunTempFolder* const run = g_current) {
         const std::lock_guard<std::mutex> lock(run->m_mutex);
         if (!run->m_emptyFolders.empty()) {
-            CZoltaDirectoryPath folder = run->m_emptyFolders.back();
+            const QString folder = run->m_emptyFolders.back();
             run->m_emptyFolders.pop_back();
-            return folder;
+            return CZoltaDirectoryPath(folder);
         }
     }
     // Made here and now, never one that exists: two threads never unpack into one folder.
@@ -132,15 +132,16 @@ void RunTempFolder::GiveBack(const CZoltaDirectoryPath& folder)
         return;
     }
     const bool empty = IsEmptyFolder(folder);
+    const QString path = folder.ToQString();
     {
         const std::lock_guard<std::mutex> lock(run->m_mutex);
         if (empty) {
             // Given back twice, it would be handed to two unpackings.
-            if (std::find(run->m_emptyFolders.begin(), run->m_emptyFolders.end(), folder) == run->m_emptyFolders.end())
-                run->m_emptyFolders.push_back(folder);
+            if (std::find(run->m_emptyFolders.begin(), run->m_emptyFolders.end(), path) == run->m_emptyFolders.end())
+                run->m_emptyFolders.push_back(path);
             return;
         }
-        run->m_toRemove.push_back(folder);
+        run->m_toRemove.push_back(path);
     }
     run->m_wake.notify_one();
 }
@@ -153,7 +154,7 @@ void RunTempFolder::RemoveInBackground()
         // At the end the rest goes with the run folder itself.
         if (m_stopping)
             return;
-        const CZoltaDirectoryPath folder = m_toRemove.front();
+        const CZoltaDirectoryPath folder(m_toRemove.front());
         m_toRemove.pop_front();
         lock.unlock();
         folder.Remove();

@@ -25,6 +25,7 @@ public:
     // Removes the folders of runs below `base` that are no longer alive.
     static void RemoveAbandoned(const CZoltaDirectoryPath& base);
 
+    // Both may be called from any thread.
     // An empty folder below the temporary folder for one unpacking ("<base>" and a number),
     // made, or reused when an earlier one was given back empty; an empty path when none could be
     // made. Making and removing a folder for each of thousands of packages costs more than
@@ -46,8 +47,9 @@ private:
     bool m_hadTmpdir = false;
     std::mutex m_mutex;
     std::condition_variable m_wake;
-    std::deque<CZoltaDirectoryPath> m_toRemove;
-    std::vector<CZoltaDirectoryPath> m_emptyFolders;
+    // Paths as QString, whose sharing is safe across threads, unlike the path classes'.
+    std::deque<QString> m_toRemove;
+    std::vector<QString> m_emptyFolders;
     bool m_stopping = false;
     std::thread m_remover;
 };

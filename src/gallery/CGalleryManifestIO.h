@@ -30,6 +30,18 @@ public:
     [[nodiscard]] static HRESULT Open(CGalleryManifest& manifest, const wchar_t* path,
                                       IGalleryManifestOpenObserver* observer, bool useCache);
 
+    // Whether Open takes `path` for an archive by its name: ".zip" or ".gallery", in any case.
+    static bool IsArchiveName(const CAtlString& path);
+
+    // Opening an archive in two halves, the first of which may run on another thread, ahead:
+    // UnpackArchive extracts `archive` into a new folder of the temporary folder (set even when
+    // the extraction fails, and empty when none could be made) and tells whether it came out
+    // whole. It touches no manifest, so it needs nothing of the caller's but the path.
+    // OpenUnpacked then opens that folder's manifest as Open opens the archive itself.
+    [[nodiscard]] static bool UnpackArchive(const CZoltaFilePath& archive, CZoltaDirectoryPath& folder);
+    [[nodiscard]] static HRESULT OpenUnpacked(CGalleryManifest& manifest, const CZoltaDirectoryPath& folder, bool whole,
+                                              IGalleryManifestOpenObserver* observer, bool useCache);
+
     // A folder (existing, or a new path without extension): created, "imsmanifest.xml" saved
     // into it and the content files copied there. ".gallery": packed from a temporary folder.
     // ".xbc": saved as a temporary ".gallery" and converted. ".xml": written under the manifest

@@ -53,30 +53,6 @@ void ProbeWriteAccess(CGalleryManifest& manifest, const CAtlString& path)
     }
 }
 
-[[nodiscard]] HRESULT OpenArchive(CGalleryManifest& manifest, const CAtlString& path,
-                                  IGalleryManifestOpenObserver* observer, bool useCache)
-{
-    manifest.m_extracted = true;
-    const CZoltaDirectoryPath folder = RunTempFolder::TakeFolder(L"gallery");
-    if (folder.IsEmpty()) {
-        return E_FAIL;
-    }
-    // The path points into the extraction at once, so that Close finds the folder to delete
-    // even when nothing could be extracted.
-    HRESULT result = manifest.SetPath(folder.GetFile(L"imsmanifest.xml").GetPath().GetString());
-    if (FAILED(result)) {
-        return result;
-    }
-    // A package that can't be extracted whole is no package: installing part of it would leave
-    // files its record does not describe, or a record without its files.
-    // The files may be moved into a gallery as they are: like copies, they carry the time of
-    // their writing, not the archive's.
-    if (!ZipExtractAll(CZoltaFilePath(path), folder, false)) {
-        return E_FAIL;
-    }
-    return CGalleryManifestIO::Open(manifest, folder.GetPath().GetString(), observer, useCache);
-}
-
 [[nodiscard]] HRESULT OpenXml(CGalleryManifest& manifest, const CAtlString& path,
                               IGalleryManifestOpenObserver* observer, bool useCache)
 {
@@ -129,10 +105,12 @@ HRESULT CGalleryManifestIO::Open(CGalleryManifest& manifest, const wchar_t* path
         }
         return Open(manifest, child.GetPath().GetString(), observer, useCache);
     }
-    const CAtlString extension = LowerExtension(text);
-    if (extension == L".zip" || extension == L".gallery") {
-        return OpenArchive(manifest, text, observer, useCache);
+    if (IsArchiveName(text)) {
+        CZoltaDirectoryPath folder;
+        const bool whole = UnpackArchive(CZoltaFilePath(text), folder);
+        return OpenUnpacked(manifest, folder, whole, observer, useCache);
     }
+    const CAtlString extension = LowerExtension(text);
     if (extension == L".xbc") {
         const CZoltaFilePath converted = MakeTempFile(L".gallery", L"SCVTemp");
         const HRESULT result = ConvertXbc(text, converted.GetPath());
@@ -145,6 +123,44 @@ HRESULT CGalleryManifestIO::Open(CGalleryManifest& manifest, const wchar_t* path
         return ReadManifestImage(manifest, CZoltaFilePath(text));
     }
     return OpenXml(manifest, text, observer, useCache);
+}
+
+bool CGalleryManifestIO::IsArchiveName(const CAtlString& path)
+{
+    const CAtlString extension = LowerExtension(path);
+    return extension == L".zip" || extension == L".gallery";
+}
+
+bool CGalleryManifestIO::UnpackArchive(const CZoltaFilePath& archive, CZoltaDirectoryPath& folder)
+{
+    folder = RunTempFolder::TakeFolder(L"gallery");
+    // The files may be moved into a gallery as they are: like copies, they carry the time of
+    // their writing, not the archive's.
+    return !folder.IsEmpty() && ZipExtractAll(archive, folder, false);
+}
+
+HRESULT CGalleryManifestIO::OpenUnpacked(CGalleryManifest& manifest, const CZoltaDirectoryPath& folder, bool whole,
+                                         IGalleryManifestOpenObserver* observer, bool useCache)
+{
+    if (!manifest.IsInitialized() && FAILED(manifest.Initialize())) {
+        return E_OUTOFMEMORY;
+    }
+    manifest.m_extracted = true;
+    if (folder.IsEmpty()) {
+        return E_FAIL;
+    }
+    // The path points into the extraction at once, so that Close finds the folder to delete
+    // even when nothing could be extracted.
+    HRESULT result = manifest.SetPath(folder.GetFile(L"imsmanifest.xml").GetPath().GetString());
+    if (FAILED(result)) {
+        return result;
+    }
+    // A package that can't be extracted whole is no package: installing part of it would leave
+    // files its record does not describe, or a record without its files.
+    if (!whole) {
+        return E_FAIL;
+    }
+    return Open(manifest, folder.GetPath().GetString(), observer, useCache);
 }
 
 void CGalleryManifestIO::Close(CGalleryManifest& manifest)

@@ -20,6 +20,7 @@ class CGalleryI18N;
 class IGalleryInstallationObserver;
 class IProxyObserver;
 class PackagePrefetcher;
+class PackageUnpacker;
 class ReplacementBatch;
 struct CGalleryManifest;
 
@@ -115,6 +116,9 @@ private:
     // Run steps.
     int CountSteps(bool isUrl) const;
     void ApplyMandatoryRemovals();
+    // The archives the run's installs will open from a local source, in their order; none when
+    // unpacking them ahead could see a file that the run itself changes first.
+    std::vector<CZoltaFilePath> ArchivesToUnpack() const;
     void Prefetch(int total, int& done, std::map<CAtlString, CZoltaFilePath>& fetched);
     void UninstallCategory(CGalleryCategory& category, int total, int& done, bool& anySucceeded);
     void InstallCategory(CGalleryCategory& category, bool isUrl, int total, int& done, bool usePrefetch,
@@ -141,6 +145,8 @@ private:
     int m_prefetch = 0;
     // The packages of this run coming ahead over several connections, for the length of Run's loop.
     PackagePrefetcher* m_ahead = nullptr;
+    // The archives of this run from a local source, unpacked ahead, for the length of Run's loop.
+    PackageUnpacker* m_unpacker = nullptr;
     bool m_manifestsChanged = false;
     bool m_recordsUnsettled = false;
     CZoltaDirectoryPath m_installDirectory;

@@ -6,6 +6,8 @@
 #include "gallery/CGalleryManifestIO.h"
 #include "foundation/SafeReplace.h"
 #include "installation/PackagePrefetcher.h"
+#include "installation/PackageUnpacker.h"
+#include "gallery/GalleryContentFiles.h"
 #include "ziparchive/ZipHelpers.h"
 
 #include <algorithm>
@@ -79,25 +81,27 @@ PackagePrefetcher::Package ToFetch(const CAtlString& name, const CAtlString& sou
     return {name, source + L"/" + CGalleryInstallation::EncodeUrlName(name), folder.GetFile(name)};
 }
 
-// Lends the prefetcher to the installation's pointer while the install loop runs.
-class ScopedAhead {
+// Lends a helper of the install loop (the prefetcher, the unpacker) to the installation's
+// pointer while the loop runs.
+template <class Helper>
+class ScopedLend {
 public:
-    ScopedAhead(std::unique_ptr<PackagePrefetcher> ahead, PackagePrefetcher*& lent)
-        : m_ahead(std::move(ahead)),
+    ScopedLend(std::unique_ptr<Helper> helper, Helper*& lent)
+        : m_helper(std::move(helper)),
           m_lent(lent)
     {
-        m_lent = m_ahead.get();
+        m_lent = m_helper.get();
     }
-    ~ScopedAhead() { Reset(); }
+    ~ScopedLend() { Reset(); }
     void Reset()
     {
         m_lent = nullptr;
-        m_ahead.reset();
+        m_helper.reset();
     }
 
 private:
-    std::unique_ptr<PackagePrefetcher> m_ahead;
-    PackagePrefetcher*& m_lent;
+    std::unique_ptr<Helper> m_helper;
+    Helper*& m_lent;
 };
 
 }  // namespace
@@ -113,6 +117,25 @@ int CGalleryInstallation::CountSteps(bool isUrl) const
             total += isUrl ? 2 * files : files;
     }
     return total;
+}
+
+std::vector<CZoltaFilePath> CGalleryInstallation::ArchivesToUnpack() const
+{
+    std::vector<CZoltaFilePath> archives;
+    if (m_downloadOnly || m_source.IsEmpty() || IsUrl(m_source))
+        return archives;
+    // A source inside the gallery, or a gallery inside the source, could have an archive
+    // replaced by an earlier package's file.
+    const CAtlString destination = m_installDirectory.GetPath();
+    if (IsPathInside(m_source, destination) || IsPathInside(destination, m_source))
+        return archives;
+    const CZoltaDirectoryPath source(m_source);
+    for (const auto& category : m_categories)
+        if (IsInstallAction(category->GetAction()))
+            for (const CAtlString& name : FilesToInstall(*category))
+                if (!IsHostileName(name) && CGalleryManifestIO::IsArchiveName(name))
+                    archives.push_back(source.GetFile(name));
+    return archives;
 }
 
 void CGalleryInstallation::ApplyMandatoryRemovals()
@@ -211,9 +234,14 @@ HRESULT CGalleryInstallation::InstallFile(const CZoltaFilePath& path, CGalleryCa
         return E_FAIL;
     }
     ZipTakeLastError();  // an earlier archive's failure is not this package's
-    HRESULT hr = CGalleryManifestIO::Open(*package.Get(), path.GetPath(), nullptr, false);
+    std::optional<PackageUnpacker::Unpacked> unpacked;
+    if (m_unpacker && path.Exists() && CGalleryManifestIO::IsArchiveName(path.GetPath()))
+        unpacked = m_unpacker->Take(path);
+    HRESULT hr =
+        unpacked ? CGalleryManifestIO::OpenUnpacked(*package.Get(), unpacked->folder, unpacked->whole, nullptr, false)
+                 : CGalleryManifestIO::Open(*package.Get(), path.GetPath(), nullptr, false);
     // An archive that does not unpack whole opens as an empty manifest; it fails here, with why.
-    const std::string zipError = ZipTakeLastError();
+    const std::string zipError = unpacked ? unpacked->error : ZipTakeLastError();
     if (!zipError.empty()) {
         NoteFailureReason(L"Damaged package: " + CAtlString::FromUtf8(zipError.c_str()));
         return E_FAIL;
@@ -559,7 +587,11 @@ HRESULT CGalleryInstallation::Run()
         if (isUrl && !usePrefetch && IsInstallAction(category->GetAction()))
             for (const CAtlString& name : FilesToInstall(*category))
                 packages.push_back(ToFetch(name, m_source, m_downloadDirectory));
-    ScopedAhead ahead(FetchAhead(std::move(packages), m_observer.GetProxyObserver(), &m_cancel), m_ahead);
+    ScopedLend<PackagePrefetcher> ahead(FetchAhead(std::move(packages), m_observer.GetProxyObserver(), &m_cancel),
+                                        m_ahead);
+    const std::vector<CZoltaFilePath> archives = ArchivesToUnpack();
+    ScopedLend<PackageUnpacker> unpacker(archives.empty() ? nullptr : std::make_unique<PackageUnpacker>(archives),
+                                         m_unpacker);
 
     bool anyFailed = false;
     bool anySucceeded = false;
@@ -577,6 +609,7 @@ HRESULT CGalleryInstallation::Run()
             InstallCategory(*category, isUrl, total, done, usePrefetch, fetched, anyFailed, anySucceeded);
     }
     ahead.Reset();
+    unpacker.Reset();
 
     if (m_removeAllRecords && !m_cancel && !m_downloadOnly)
         RemoveUnlistedRecords(anySucceeded);

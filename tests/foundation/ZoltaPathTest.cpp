@@ -87,6 +87,18 @@ TEST(ZoltaPathText, FolderEqualityAppendSanitizeAndSameFile)
     EXPECT_TRUE(CZoltaFilePath(W("rel/x.txt")).IsSameFile(CZoltaFilePath(W(cwd + "/rel/./x.txt"))));
 }
 
+TEST(ZoltaPathText, FileSystemBytesAreTheUtf8OfTheNameAsQtWouldEncodeIt)
+{
+    // One to four bytes a code point; a lone surrogate or a value beyond Unicode as Qt replaces it.
+    for (const std::wstring& name : {std::wstring(L"/plain/a.png"), std::wstring(L"/Grüße/日本/\U0001F600.png"),
+                                     std::wstring(L"/\u07FF\u0800\uFFFF\U00010000\U0010FFFF"),
+                                     std::wstring{L'/', wchar_t(0xD800), L'x'}, std::wstring{wchar_t(0x110000)}})
+    {
+        const CAtlString path(name.c_str());
+        EXPECT_EQ(path.ToQString().toUtf8(), ToFileSystemEncoding(path));
+    }
+}
+
 TEST(ZoltaPathDisk, CreateMakesParentsKindsAreToldApartAndNamesAreUtf8OnDisk)
 {
     const std::string root = MakeScratchDir("create");
