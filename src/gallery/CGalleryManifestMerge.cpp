@@ -16,9 +16,12 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <optional>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -266,10 +269,24 @@ bool FileIsThere(const CZoltaFilePath& path, bool& plain)
     return plain || (::stat(name.constData(), &status) == 0 && S_ISREG(status.st_mode));
 }
 
+// The mount that `folder` lies on, when the system tells it: a rename within one mount cannot
+// fail for lying across two.
+std::optional<std::uint64_t> MountOf(const CZoltaDirectoryPath& folder)
+{
+    struct statx status {};
+    if (::statx(AT_FDCWD, ToFileSystemEncoding(folder.GetPath()).constData(), 0, STATX_MNT_ID, &status) != 0 ||
+        (status.stx_mask & STATX_MNT_ID) == 0)
+        return std::nullopt;
+    return status.stx_mnt_id;
+}
+
 // Checks every content file of the package and puts each beside its target, touching nothing
 // of the gallery: a package goes in whole or not at all. Only a file that a record lists is
 // ever replaced; a file of the user's that stands in the way stops the package. The files of a
-// temporary extraction are moved there (`move`), any others copied.
+// temporary extraction are moved there (`move`), any others copied. A file of an extraction on
+// the target's own mount is already out of sight where it is: it waits there and is renamed
+// straight onto its target.
+
 HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectoryPath& from,
                           const CZoltaDirectoryPath& to, bool move, OwnedFiles& owned, std::vector<StagedFile>& staged,
                           CAtlString* reason)
@@ -278,7 +295,8 @@ HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectory
     std::unordered_set<std::wstring> seen;
     // Each folder of the gallery is checked, and made, once per package: most packages name one.
     std::unordered_set<std::wstring> safeFolders;
-    std::unordered_set<std::wstring> madeFolders;
+    std::unordered_map<std::wstring, bool> madeFolders;  // whether an extracted file can wait where it is
+    const std::optional<std::uint64_t> fromMount = move ? MountOf(from) : std::nullopt;
     HRESULT result = S_OK;
     ForEachActivity(package, [&](CGalleryActivity& activity) {
         const wchar_t* href = activity.m_href;
@@ -320,11 +338,15 @@ HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectory
             break;
         }
         const CZoltaDirectoryPath folder = file.target.GetFolder();
-        const bool made = madeFolders.count(folder.GetPath().GetString()) != 0 || folder.Create();
-        if (made) {
-            madeFolders.insert(folder.GetPath().GetString());
+        auto made = madeFolders.find(folder.GetPath().GetString());
+        if (made == madeFolders.end() && folder.Create()) {
+            made = madeFolders.emplace(folder.GetPath().GetString(), fromMount && MountOf(folder) == fromMount).first;
         }
-        if (!made || !MoveOrCopyFile(file.source, file.staged, move && file.plain)) {
+        if (made != madeFolders.end() && made->second && file.plain) {
+            file.staged = file.source;
+            continue;
+        }
+        if (made == madeFolders.end() || !MoveOrCopyFile(file.source, file.staged, move && file.plain)) {
             Tell(reason, CAtlString(L"could not write ") + file.target.GetPath() + L" (" +
                              CAtlString(QString::fromLocal8Bit(std::strerror(errno))) + L")");
             result = E_FAIL;

@@ -6,8 +6,7 @@
 
 #include <algorithm>
 
-PackageUnpacker::PackageUnpacker(const std::vector<CZoltaFilePath>& archives, std::size_t workers,
-                                 std::size_t ahead)
+PackageUnpacker::PackageUnpacker(const std::vector<CZoltaFilePath>& archives, std::size_t workers, std::size_t ahead)
     : m_ahead(std::max<std::size_t>(1, ahead))
 {
     for (const CZoltaFilePath& archive : archives)
@@ -72,7 +71,8 @@ std::optional<PackageUnpacker::Unpacked> PackageUnpacker::Take(const CZoltaFileP
     std::optional<Unpacked> taken;
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        const auto found = std::find(m_archives.begin() + static_cast<std::ptrdiff_t>(m_wanted), m_archives.end(), path);
+        const auto found =
+            std::find(m_archives.begin() + static_cast<std::ptrdiff_t>(m_wanted), m_archives.end(), path);
         if (found == m_archives.end())
             return std::nullopt;
         const std::size_t index = static_cast<std::size_t>(found - m_archives.begin());
