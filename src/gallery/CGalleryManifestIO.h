@@ -61,8 +61,9 @@ public:
     // E_INVALIDARG for a null `other`, E_FAIL when a file can't be copied (an href that would
     // leave the gallery folder counts as such and is never touched). `outFirstItem`, if given,
     // receives the first root category of the last organization merged.
-    // The package goes in whole or not at all: every file is checked and copied beside its
-    // target before the record is written and the files take their places. A file that no
+    // The package goes in whole or not at all: every file is checked and put out of sight
+    // beside its target (or left in its extraction when that lies on the target's mount)
+    // before the record is written and the files take their places. A file that no
     // record lists (the user's) is never replaced: it fails the package. `reason`, if given,
     // receives why a package failed.
     [[nodiscard]] static HRESULT MergeFrom(CGalleryManifest& manifest, CGalleryManifest* other,

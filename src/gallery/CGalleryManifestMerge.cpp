@@ -190,8 +190,10 @@ namespace {
 struct StagedFile {
     CZoltaFilePath source;
     CZoltaFilePath target;
-    CZoltaFilePath staged;  // the copy beside the target, renamed onto it once all are there
-    bool plain = false;     // the source is a plain file, not a link: it may move
+    // Where the file waits, out of sight, to be renamed onto the target once all are there:
+    // beside the target, or in the extraction it came from.
+    CZoltaFilePath staged;
+    bool plain = false;  // the source is a plain file, not a link: it may move
 };
 
 // The gallery files that records list: those of the package's own earlier record first, the
@@ -286,7 +288,6 @@ std::optional<std::uint64_t> MountOf(const CZoltaDirectoryPath& folder)
 // temporary extraction are moved there (`move`), any others copied. A file of an extraction on
 // the target's own mount is already out of sight where it is: it waits there and is renamed
 // straight onto its target.
-
 HRESULT StageContentFiles(const CGalleryManifest& package, const CZoltaDirectoryPath& from,
                           const CZoltaDirectoryPath& to, bool move, OwnedFiles& owned, std::vector<StagedFile>& staged,
                           CAtlString* reason)
